@@ -1,0 +1,46 @@
+# Orvane developer entry points. Each target installs what it needs first.
+#   make demo      build the release tree and run the main job
+#   make test      build the release tree and run every test
+#   make sanitize  build with address + undefined-behaviour sanitizers and run every test
+#   make bench     run the benchmarks (release build)
+
+RELEASE := build/release
+SANITIZE := build/sanitize
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+
+.PHONY: all deps release sanitize-build demo test sanitize bench clean
+
+all: release
+
+deps:
+	bash scripts/install-deps.sh
+
+$(RELEASE)/build.ninja: CMakeLists.txt | deps
+	cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release -DORVANE_WERROR=ON
+
+release: deps $(RELEASE)/build.ninja
+	cmake --build $(RELEASE) -j $(JOBS)
+
+demo: release
+	$(RELEASE)/bin/orvane --version
+	$(RELEASE)/bin/orvane --help
+
+test: release
+	ctest --test-dir $(RELEASE) --output-on-failure -j $(JOBS)
+
+$(SANITIZE)/build.ninja: CMakeLists.txt | deps
+	cmake -S . -B $(SANITIZE) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANE_WERROR=ON \
+	  -DORVANE_SANITIZE=ON -DORVANE_BUILD_BENCH=OFF
+
+sanitize-build: deps $(SANITIZE)/build.ninja
+	cmake --build $(SANITIZE) -j $(JOBS)
+
+sanitize: sanitize-build
+	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	  ctest --test-dir $(SANITIZE) --output-on-failure -j $(JOBS)
+
+bench: release
+	$(RELEASE)/bin/orvane-bench
+
+clean:
+	rm -rf build

@@ -1,0 +1,40 @@
+// The orvane command: renders data files and reports facts about them from a shell.
+// Each sub-command lives in its own file and registers itself in main().
+
+#include <exception>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "orvane/core/error.h"
+#include "orvane/version.h"
+
+int main(int argc, char** argv) {
+  CLI::App app{"orvane: render Z = f(X, Y) data files as 3-D surfaces and contour maps.",
+               "orvane"};
+  app.set_version_flag("--version", std::string("orvane ") + ORVANE_VERSION_STRING,
+                       "Print the version and exit");
+  app.require_subcommand(0, 1);
+  app.footer("Run 'orvane COMMAND --help' for the options of a command.");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    // --help and --version end here with status 0; usage mistakes get status 2.
+    return app.exit(e) == 0 ? 0 : 2;
+  }
+  try {
+    if (app.get_subcommands().empty()) {
+      std::cout << app.help();
+      return 0;
+    }
+  } catch (const orvane::Error& e) {
+    std::cerr << "orvane: " << e.Description() << " (error " << e.Number() << ", "
+              << e.Source() << ")\n";
+    return 1;
+  } catch (const std::exception& e) {
+    std::cerr << "orvane: " << e.what() << "\n";
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+// Everything a host program needs from Orvane, in one include.
+
+#include "orvane/core/array.h"
+#include "orvane/core/color.h"
+#include "orvane/core/currency.h"
+#include "orvane/core/error.h"
+#include "orvane/core/event.h"
+#include "orvane/core/font.h"
+#include "orvane/core/format.h"
+#include "orvane/core/property_bag.h"
+#include "orvane/render/line.h"
+#include "orvane/version.h"

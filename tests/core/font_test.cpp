@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "orvane/core/font.h"
+#include "orvane/core/property_bag.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+struct Recorder {
+  explicit Recorder(Font& font)
+      : connection(font.FontChanged.Connect([this](const std::string& n) { names.push_back(n); })) {}
+  std::vector<std::string> names;
+  Connection connection;
+};
+
+TEST(Font, DefaultsAndConstruction) {
+  const Font plain;
+  EXPECT_EQ(plain.Name(), "Arial");
+  EXPECT_EQ(plain.Size(), Currency{80000});
+  EXPECT_FALSE(plain.Bold());
+  EXPECT_EQ(plain.Weight(), 400);
+  EXPECT_FALSE(plain.Italic() || plain.Underline() || plain.Strikethrough());
+  const Font caption("Arial", 10, true);
+  EXPECT_EQ(caption.SizePoints(), 10.0);
+  EXPECT_TRUE(caption.Bold());
+  EXPECT_EQ(caption.Weight(), 700);
+}
+
+TEST(Font, BoldAndWeightAreOneSetting) {
+  Font font;
+  Recorder events(font);
+  font.SetWeight(551);
+  EXPECT_TRUE(font.Bold());
+  font.SetWeight(550);
+  EXPECT_FALSE(font.Bold());
+  font.SetBold(true);
+  EXPECT_EQ(font.Weight(), 700);
+  font.SetBold(true);  // unchanged: no event
+  font.SetBold(false);
+  EXPECT_EQ(font.Weight(), 400);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Weight", "Weight", "Bold", "Bold"}));
+}
+
+TEST(Font, SizeKeepsFourDecimalsRoundedHalfToEven) {
+  Font font;
+  font.SetSize(8.25);
+  EXPECT_EQ(font.Size(), Currency{82500});
+  font.SetSize(10.12345);  // 101234.5 ten-thousandths
+  EXPECT_EQ(font.Size(), Currency{101234});
+  font.SetSize(10.12355);
+  EXPECT_EQ(font.Size(), Currency{101236});
+}
+
+TEST(Font, EventsNameTheChangedAttributeOnlyOnRealChanges) {
+  Font font;
+  Recorder events(font);
+  font.SetName("Arial");
+  font.SetName("Times New Roman");
+  font.SetSize(8.0);
+  font.SetSize(12.0);
+  font.SetItalic(true);
+  font.SetUnderline(true);
+  font.SetStrikethrough(true);
+  font.SetStrikethrough(true);
+  EXPECT_EQ(events.names,
+            (std::vector<std::string>{"Name", "Size", "Italic", "Underline", "Strikethrough"}));
+}
+
+TEST(Font, InvalidValuesAreRefusedAndKeepTheOldOne) {
+  Font font;
+  Recorder events(font);
+  EXPECT_ORVANE_ERROR(font.SetName(""), 380, "StdFont", "A font name cannot be empty.");
+  EXPECT_ORVANE_ERROR(font.SetSize(0.0), 380, "StdFont",
+                      "A font size must be above 0 and at most 16384 points, not 0.");
+  EXPECT_ORVANE_ERROR(font.SetSize(-3.5), 380, "StdFont");
+  EXPECT_ORVANE_ERROR(font.SetSize(20000.0), 380, "StdFont");
+  EXPECT_ORVANE_ERROR(font.SetSize(std::nan("")), 380, "StdFont");
+  EXPECT_ORVANE_ERROR(font.SetWeight(1001), 380, "StdFont");
+  EXPECT_ORVANE_ERROR(font.SetWeight(-1), 380, "StdFont");
+  EXPECT_EQ(font.Name(), "Arial");
+  EXPECT_EQ(font.SizePoints(), 8.0);
+  EXPECT_EQ(font.Weight(), 400);
+  EXPECT_TRUE(events.names.empty());
+}
+
+TEST(Font, CopyFromTakesAllSevenAttributes) {
+  Font source("Courier New", 14.5, true);
+  source.SetItalic(true);
+  source.SetStrikethrough(true);
+  source.SetWeight(900);
+  Font target;
+  Recorder events(target);
+  target.CopyFrom(source);
+  EXPECT_EQ(target.Name(), "Courier New");
+  EXPECT_EQ(target.Size(), Currency{145000});
+  EXPECT_TRUE(target.Bold());
+  EXPECT_TRUE(target.Italic());
+  EXPECT_FALSE(target.Underline());
+  EXPECT_TRUE(target.Strikethrough());
+  EXPECT_EQ(target.Weight(), 900);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Name", "Size", "Bold", "Italic",
+                                                    "Strikethrough", "Weight"}));
+}
+
+TEST(Font, PersistsAsSevenKeysUnderItsPrefix) {
+  Font font("Courier New", 9.75, true);
+  font.SetUnderline(true);
+  PropertyBag bag;
+  font.WriteProperties(bag, "Axes.TitleFontMaster");
+  ASSERT_EQ(bag.Count(), 7u);
+  const char* keys[] = {"Name", "Bold", "Italic", "Size", "Strikethrough", "Underline", "Weight"};
+  for (std::size_t i = 0; i < 7; ++i) {
+    EXPECT_EQ(bag.Items()[i].first, std::string("Axes.TitleFontMaster") + keys[i]);
+  }
+  EXPECT_EQ(bag.TypeOf("Axes.TitleFontMasterSize"), PropertyType::Currency);
+  EXPECT_EQ(bag.TypeOf("Axes.TitleFontMasterWeight"), PropertyType::Integer);
+  EXPECT_EQ(bag.ReadProperty("Axes.TitleFontMasterSize", Currency{}), Currency{97500});
+
+  PropertyBag stored;
+  stored.SetContents(bag.Contents());
+  Font restored;
+  restored.ReadProperties(stored, "Axes.TitleFontMaster");
+  EXPECT_EQ(restored.Name(), "Courier New");
+  EXPECT_EQ(restored.Size(), Currency{97500});
+  EXPECT_TRUE(restored.Bold());
+  EXPECT_TRUE(restored.Underline());
+  EXPECT_EQ(restored.Weight(), 700);
+}
+
+TEST(Font, MissingKeysKeepTheCurrentAttributes) {
+  Font font("Arial", 10, true);
+  PropertyBag partial;
+  partial.WriteProperty("F.Italic", true);
+  font.ReadProperties(partial, "F.");
+  EXPECT_EQ(font.Name(), "Arial");
+  EXPECT_EQ(font.SizePoints(), 10.0);
+  EXPECT_TRUE(font.Bold());
+  EXPECT_TRUE(font.Italic());
+  // Bold without Weight sets the weight Bold implies.
+  PropertyBag boldOnly;
+  boldOnly.WriteProperty("F.Bold", false);
+  font.ReadProperties(boldOnly, "F.");
+  EXPECT_EQ(font.Weight(), 400);
+}
+
+TEST(Font, BadBagValuesChangeNothing) {
+  Font font;
+  Recorder events(font);
+  PropertyBag bag;
+  bag.WriteProperty("F.Name", std::string("Verdana"));
+  bag.WriteProperty("F.Size", std::string("large"));
+  EXPECT_ORVANE_ERROR(font.ReadProperties(bag, "F."), 13, "PropertyBag");
+  PropertyBag negative;
+  negative.WriteProperty("F.Name", std::string("Verdana"));
+  negative.WriteProperty("F.Size", -2.0);
+  EXPECT_ORVANE_ERROR(font.ReadProperties(negative, "F."), 380, "StdFont");
+  EXPECT_EQ(font.Name(), "Arial");
+  EXPECT_TRUE(events.names.empty());
+}
+
+}  // namespace
+}  // namespace orvane

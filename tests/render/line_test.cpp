@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "orvane/core/color.h"
+#include "orvane/core/property_bag.h"
+#include "orvane/render/line.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+struct Recorder {
+  explicit Recorder(Line& line)
+      : connection(line.PropertyChanged.Connect([this](const std::string& n) { names.push_back(n); })) {}
+  std::vector<std::string> names;
+  Connection connection;
+};
+
+TEST(Line, DefaultsAreBlackSolidOnePixel) {
+  const Line line;
+  EXPECT_EQ(line.Color(), 0u);
+  EXPECT_EQ(line.DrawStyle(), orvDrawStyleSolid);
+  EXPECT_EQ(line.Width(), 1);
+  EXPECT_EQ(line.StipplePattern(), 0xFFFF);
+}
+
+TEST(Line, EachStyleSelectsItsStipplePattern) {
+  EXPECT_EQ(Line::StipplePattern(orvDrawStyleSolid), 0xFFFF);
+  EXPECT_EQ(Line::StipplePattern(orvDrawStyleDash), 0xEEEE);
+  EXPECT_EQ(Line::StipplePattern(orvDrawStyleDot), 0xAAAA);
+  EXPECT_EQ(Line::StipplePattern(orvDrawStyleDashDot), 0xD6B4);
+  EXPECT_EQ(Line::StipplePattern(orvDrawStyleDashDotDot), 0xEAEA);
+  Line line;
+  line.SetDrawStyle(3);
+  EXPECT_EQ(line.StipplePattern(), 0xD6B4);
+}
+
+TEST(Line, LetsRaisePropertyChangedOnlyWhenTheValueChanges) {
+  Line line;
+  Recorder events(line);
+  line.SetColor(0);
+  line.SetColor(Rgb(255, 0, 0));
+  line.SetDrawStyle(0);
+  line.SetDrawStyle(orvDrawStyleDot);
+  line.SetWidth(1);
+  line.SetWidth(0);
+  line.SetWidth(-3);  // any Long is accepted
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Color", "DrawStyle", "Width", "Width"}));
+  EXPECT_EQ(line.Width(), -3);
+}
+
+TEST(Line, DrawStyleOutsideTheEnumerationIsRefused) {
+  Line line;
+  line.SetDrawStyle(orvDrawStyleDash);
+  Recorder events(line);
+  for (std::int32_t bad : {5, -1, 100, -2147483647 - 1}) {
+    EXPECT_ORVANE_ERROR(line.SetDrawStyle(bad), 5, "Orvada.Line",
+                        "Invalid procedure call or argument");
+  }
+  EXPECT_EQ(line.DrawStyle(), orvDrawStyleDash);
+  EXPECT_TRUE(events.names.empty());
+}
+
+TEST(Line, PersistsThreeKeysUnderItsPrefix) {
+  Line line;
+  line.SetColor(Rgb(0x12, 0x34, 0x56));
+  line.SetDrawStyle(orvDrawStyleDashDotDot);
+  line.SetWidth(3);
+  PropertyBag bag;
+  line.WriteProperties(bag, "Faces.EdgeLineMaster.");
+  ASSERT_EQ(bag.Count(), 3u);
+  EXPECT_EQ(bag.Items()[0].first, "Faces.EdgeLineMaster.Color");
+  EXPECT_EQ(bag.Items()[1].first, "Faces.EdgeLineMaster.DrawStyle");
+  EXPECT_EQ(bag.Items()[2].first, "Faces.EdgeLineMaster.Width");
+  EXPECT_EQ(bag.TypeOf("Faces.EdgeLineMaster.Color"), PropertyType::Long);
+  EXPECT_EQ(bag.ReadProperty("Faces.EdgeLineMaster.Color", std::int32_t{0}), 0x563412);
+
+  PropertyBag stored;
+  stored.SetContents(bag.Contents());
+  Line restored;
+  Recorder events(restored);
+  restored.ReadProperties(stored, "Faces.EdgeLineMaster.");
+  EXPECT_EQ(restored.Color(), Rgb(0x12, 0x34, 0x56));
+  EXPECT_EQ(restored.DrawStyle(), orvDrawStyleDashDotDot);
+  EXPECT_EQ(restored.Width(), 3);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Color", "DrawStyle", "Width"}));
+}
+
+TEST(Line, ABagWithNoKeysGivesTheDefaults) {
+  Line line;
+  line.SetColor(Rgb(1, 2, 3));
+  line.SetDrawStyle(orvDrawStyleDot);
+  line.SetWidth(4);
+  line.ReadProperties(PropertyBag(), "Cursor.Line.");
+  EXPECT_EQ(line.Color(), 0u);
+  EXPECT_EQ(line.DrawStyle(), orvDrawStyleSolid);
+  EXPECT_EQ(line.Width(), 1);
+}
+
+TEST(Line, HighBitColoursSurviveTheSignedStore) {
+  Line line;
+  line.SetColor(0x80000005u);
+  PropertyBag bag;
+  line.WriteProperties(bag, "L.");
+  Line restored;
+  restored.ReadProperties(bag, "L.");
+  EXPECT_EQ(restored.Color(), 0x80000005u);
+}
+
+TEST(Line, AnInvalidStoredStyleChangesNothing) {
+  Line line;
+  line.SetWidth(2);
+  Recorder events(line);
+  PropertyBag bag;
+  bag.WriteProperty("L.Color", std::int32_t{255});
+  bag.WriteProperty("L.DrawStyle", std::int32_t{7});
+  EXPECT_ORVANE_ERROR(line.ReadProperties(bag, "L."), 5, "Orvada.Line");
+  EXPECT_EQ(line.Color(), 0u);
+  EXPECT_EQ(line.Width(), 2);
+  EXPECT_TRUE(events.names.empty());
+}
+
+TEST(Line, CopyFromTakesTheThreePropertiesWithTheirEvents) {
+  Line source;
+  source.SetColor(Rgb(9, 8, 7));
+  source.SetDrawStyle(orvDrawStyleDashDot);
+  Line target;
+  target.SetWidth(5);
+  Recorder events(target);
+  target.CopyFrom(source);
+  EXPECT_EQ(target.Color(), Rgb(9, 8, 7));
+  EXPECT_EQ(target.DrawStyle(), orvDrawStyleDashDot);
+  EXPECT_EQ(target.Width(), 1);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Color", "DrawStyle", "Width"}));
+  target.CopyFrom(target);
+  EXPECT_EQ(events.names.size(), 3u);
+}
+
+}  // namespace
+}  // namespace orvane
