@@ -2,14 +2,16 @@
 //
 // Contents layout: one flat CBOR array
 //   [ "Orvane.PropertyBag", 1, key0, type0, value0, key1, type1, value1, ... ]
-// where type is the PropertyType number (0 Long ... 5 Currency) and the value is a CBOR
-// integer (Long, Integer, Currency), boolean, float (Double) or text string. Reading
+// where type is the PropertyType number (0 Long ... 6 DoubleArray) and the value is a
+// CBOR integer (Long, Integer, Currency), boolean, float (Double), text string, or byte
+// string of little-endian IEEE doubles (DoubleArray). Reading
 // goes through a SAX handler that accepts exactly this shape: no nested containers, so
 // corrupt input can neither recurse deeply nor make the reader reserve memory for
 // lengths it claims, and any deviation fails the whole read.
 
 #include "orvane/core/property_bag.h"
 
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -37,6 +39,7 @@ const char* TypeName(PropertyType type) {
     case PropertyType::Double: return "Double";
     case PropertyType::String: return "String";
     case PropertyType::Currency: return "Currency";
+    case PropertyType::DoubleArray: return "DoubleArray";
   }
   return "?";
 }
@@ -61,6 +64,8 @@ std::string ToText(const PropertyValue& value) {
     case PropertyType::Double: return ShortestText(std::get<double>(value));
     case PropertyType::String: return std::get<std::string>(value);
     case PropertyType::Currency: return std::get<Currency>(value).ToString();
+    case PropertyType::DoubleArray:
+      return "(" + std::to_string(std::get<std::vector<double>>(value).size()) + " values)";
   }
   return {};
 }
@@ -125,6 +130,7 @@ double NumericValue(const std::string& key, const PropertyValue& value, Property
       if (auto number = ParseNumber(text)) return *number;
       Mismatch(key, value, wanted);
     }
+    case PropertyType::DoubleArray: Mismatch(key, value, wanted);
   }
   Mismatch(key, value, wanted);
 }
@@ -207,7 +213,18 @@ double PropertyBag::ReadProperty(const std::string& key, double fallback) const 
 std::string PropertyBag::ReadProperty(const std::string& key, const std::string& fallback) const {
   const PropertyValue* value = Find(key);
   if (value == nullptr) return fallback;
+  if (value->index() == static_cast<std::size_t>(PropertyType::DoubleArray)) {
+    Mismatch(key, *value, PropertyType::String);
+  }
   return ToText(*value);
+}
+
+std::vector<double> PropertyBag::ReadProperty(const std::string& key,
+                                              const std::vector<double>& fallback) const {
+  const PropertyValue* value = Find(key);
+  if (value == nullptr) return fallback;
+  if (const auto* values = std::get_if<std::vector<double>>(value)) return *values;
+  Mismatch(key, *value, PropertyType::DoubleArray);
 }
 
 std::string PropertyBag::ReadProperty(const std::string& key, const char* fallback) const {
@@ -232,6 +249,30 @@ Currency PropertyBag::ReadProperty(const std::string& key, Currency fallback) co
 // ---------------------------------------------------------------------------------------
 // CBOR form
 
+namespace {
+
+// Doubles as little-endian IEEE 754 bytes, whatever the machine's byte order.
+std::vector<std::uint8_t> EncodeDoubles(const std::vector<double>& values) {
+  std::vector<std::uint8_t> bytes(values.size() * 8);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const auto bits = std::bit_cast<std::uint64_t>(values[i]);
+    for (std::size_t b = 0; b < 8; ++b) bytes[i * 8 + b] = static_cast<std::uint8_t>(bits >> (8 * b));
+  }
+  return bytes;
+}
+
+std::vector<double> DecodeDoubles(const std::vector<std::uint8_t>& bytes) {
+  std::vector<double> values(bytes.size() / 8);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    std::uint64_t bits = 0;
+    for (std::size_t b = 0; b < 8; ++b) bits |= std::uint64_t{bytes[i * 8 + b]} << (8 * b);
+    values[i] = std::bit_cast<double>(bits);
+  }
+  return values;
+}
+
+}  // namespace
+
 std::vector<std::uint8_t> PropertyBag::Contents() const {
   nlohmann::json flat = nlohmann::json::array();
   flat.push_back(kMagic);
@@ -244,6 +285,8 @@ std::vector<std::uint8_t> PropertyBag::Contents() const {
           using T = std::decay_t<decltype(v)>;
           if constexpr (std::is_same_v<T, Currency>) {
             flat.push_back(v.scaled);
+          } else if constexpr (std::is_same_v<T, std::vector<double>>) {
+            flat.push_back(nlohmann::json::binary(EncodeDoubles(v)));
           } else {
             flat.push_back(v);
           }
@@ -298,7 +341,11 @@ class BagReader {
       default: return Fail("a stray string");
     }
   }
-  bool binary(json::binary_t&) { return Fail("binary data"); }
+  bool binary(json::binary_t& bytes) {
+    if (step_ != Step::Value || type_ != PropertyType::DoubleArray) return Fail("binary data");
+    if (bytes.size() % 8 != 0) return Fail("an array of Doubles with a partial value");
+    return Store(DecodeDoubles(bytes));
+  }
   bool start_object(std::size_t) { return Fail("a map"); }
   bool key(json::string_t&) { return Fail("a map key"); }
   bool end_object() { return Fail("a map end"); }
@@ -333,7 +380,7 @@ class BagReader {
         step_ = Step::Key;
         return true;
       case Step::Type:
-        if (negative || value > static_cast<std::int64_t>(PropertyType::Currency)) {
+        if (negative || value > static_cast<std::int64_t>(PropertyType::DoubleArray)) {
           return Fail("type code " + std::to_string(value));
         }
         type_ = static_cast<PropertyType>(value);

@@ -31,6 +31,8 @@ PropertyBag EveryType() {
   bag.WriteProperty("Empty", std::string());
   bag.WriteProperty("Currency", Currency{82500});
   bag.WriteProperty("CurrencyMin", Currency{std::numeric_limits<std::int64_t>::min()});
+  bag.WriteProperty("Array", std::vector<double>{1.5, -0.0, 1e-310, -1.7976931348623157e308});
+  bag.WriteProperty("EmptyArray", std::vector<double>{});
   return bag;
 }
 
@@ -259,6 +261,31 @@ TEST(PropertyBag, RandomBytesAndRandomCorruptionAreRefused) {
       EXPECT_EQ(bag.ReadProperty("Keep", std::int32_t{0}), 42);
     }
   }
+}
+
+TEST(PropertyBag, DoubleArraysAreExactAndReadOnlyAsArrays) {
+  PropertyBag bag;
+  std::vector<double> values(10000);
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = std::sin(static_cast<double>(i)) * 1e7;
+  bag.WriteProperty("X", values);
+  const PropertyBag copy = RoundTrip(bag);
+  EXPECT_EQ(copy.ReadProperty("X", std::vector<double>{}), values);
+  EXPECT_EQ(copy.ReadProperty("Missing", std::vector<double>{7}), std::vector<double>{7});
+  EXPECT_ORVANE_ERROR(copy.ReadProperty("X", 0.0), 13, "PropertyBag");
+  EXPECT_ORVANE_ERROR(copy.ReadProperty("X", ""), 13, "PropertyBag");
+  PropertyBag scalar;
+  scalar.WriteProperty("S", 1.0);
+  EXPECT_ORVANE_ERROR(scalar.ReadProperty("S", std::vector<double>{}), 13, "PropertyBag",
+                      "Type mismatch: property \"S\" holds the Double \"1\", which cannot be "
+                      "read as a DoubleArray.");
+  // A byte string that is not a whole number of doubles.
+  PropertyBag one;
+  one.WriteProperty("A", std::vector<double>{2.0});
+  Bytes partial = one.Contents();
+  ASSERT_EQ(partial[partial.size() - 9], 0x48);  // byte string of 8
+  partial[partial.size() - 9] = 0x47;
+  partial.pop_back();
+  ExpectRefused(partial);
 }
 
 TEST(PropertyBag, EmptyBagRoundTrips) {

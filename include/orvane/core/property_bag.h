@@ -14,11 +14,12 @@
 namespace orvane {
 
 /// The types a property bag holds, in the order of PropertyValue's alternatives.
-enum class PropertyType { Long, Integer, Boolean, Double, String, Currency };
+enum class PropertyType { Long, Integer, Boolean, Double, String, Currency, DoubleArray };
 
-/// One stored value: Long (32-bit), Integer (16-bit), Boolean, Double, String, Currency.
-using PropertyValue =
-    std::variant<std::int32_t, std::int16_t, bool, double, std::string, Currency>;
+/// One stored value: Long (32-bit), Integer (16-bit), Boolean, Double, String, Currency,
+/// or an array of Doubles (the data points of a data set).
+using PropertyValue = std::variant<std::int32_t, std::int16_t, bool, double, std::string,
+                                   Currency, std::vector<double>>;
 
 /// Typed values under string keys, kept in the order first written; the store through
 /// which every object saves and restores its properties. Contents() are CBOR bytes that
@@ -44,6 +45,9 @@ class PropertyBag {
   std::string ReadProperty(const std::string& key, const char* fallback) const;
   /// The value as Currency, or fallback when absent.
   Currency ReadProperty(const std::string& key, Currency fallback) const;
+  /// The array of Doubles under key, or fallback when absent; any other type raises 13.
+  std::vector<double> ReadProperty(const std::string& key,
+                                   const std::vector<double>& fallback) const;
 
   /// True when a value is stored under key.
   bool Contains(const std::string& key) const { return index_.contains(key); }
