@@ -1,11 +1,12 @@
 // The orvane command: renders data files and reports facts about them from a shell.
-// Each sub-command lives in its own file and registers itself in main().
+// Each sub-command registers itself from its own file (commands.h).
 
 #include <exception>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
 
+#include "commands.h"
 #include "orvane/core/error.h"
 #include "orvane/version.h"
 
@@ -16,22 +17,18 @@ int main(int argc, char** argv) {
                        "Print the version and exit");
   app.require_subcommand(0, 1);
   app.footer("Run 'orvane COMMAND --help' for the options of a command.");
+  orvane::cli::AddInfoCommand(app);
+  orvane::cli::AddTriangulateCommand(app);
 
   try {
     app.parse(argc, argv);
+    if (app.get_subcommands().empty()) std::cout << app.help();
   } catch (const CLI::ParseError& e) {
     // --help and --version end here with status 0; usage mistakes get status 2.
     return app.exit(e) == 0 ? 0 : 2;
-  }
-  try {
-    if (app.get_subcommands().empty()) {
-      std::cout << app.help();
-      return 0;
-    }
   } catch (const orvane::Error& e) {
-    std::cerr << "orvane: " << e.Description() << " (error " << e.Number() << ", "
-              << e.Source() << ")\n";
-    return 1;
+    std::cerr << "orvane: " << e.Description() << "\n";
+    return 2;
   } catch (const std::exception& e) {
     std::cerr << "orvane: " << e.what() << "\n";
     return 1;

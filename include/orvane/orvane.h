@@ -10,5 +10,8 @@
 #include "orvane/core/font.h"
 #include "orvane/core/format.h"
 #include "orvane/core/property_bag.h"
+#include "orvane/data/data_set.h"
+#include "orvane/data/data_sets.h"
+#include "orvane/data/xyz_file.h"
 #include "orvane/render/line.h"
 #include "orvane/version.h"

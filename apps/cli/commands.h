@@ -1,0 +1,15 @@
+#pragma once
+
+// Sub-commands of the orvane command. Each Add function registers one sub-command whose
+// callback does the work; failures surface as orvane::Error and end with status 2.
+
+#include <CLI/CLI.hpp>
+
+namespace orvane::cli {
+
+// orvane info FILE [--json]: facts about an XYZ file loaded as scattered data.
+void AddInfoCommand(CLI::App& app);
+// orvane triangulate FILE -o OUT.csv: the triangles of an XYZ file.
+void AddTriangulateCommand(CLI::App& app);
+
+}  // namespace orvane::cli

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "orvane/core/array.h"
+
+namespace orvane {
+
+class PropertyBag;
+
+namespace detail {
+struct DataSetState;
+struct DataSetAccess;
+}  // namespace detail
+
+/// One set of plotted data: the input points (a rectangular grid or scattered points),
+/// their limits, the triangulated or grid mesh drawn from them, the data hull and an
+/// optional user hull. Obtained from DataSets::Item. Failing calls raise orvane::Error
+/// with source "Orvadis.Dataset".
+class DataSet {
+ public:
+  /// An empty data set (no data, ranges 1).
+  DataSet();
+  ~DataSet();
+  DataSet(const DataSet&) = delete;
+  DataSet& operator=(const DataSet&) = delete;
+
+  /// "Clears the dataset of all input data." Removes the user hull too; raises DataChanged.
+  void Clear();
+  /// "Sets the input data for this dataset in rectangular grid format." zValues(i, j) is
+  /// the Z at xValues(i), yValues(j). Clears the previous data first (keeping the user
+  /// hull); bad bounds, NaN or a limit of 1e300 or more raise error 5 and leave it cleared.
+  void DataAsRectangularGridSet(const Array& xValues, std::int32_t xCount, const Array& yValues,
+                                std::int32_t yCount, const Array2D& zValues);
+  /// "Sets the input data in sparse grid format." Elements 0..count-1 of each array are
+  /// taken and triangulated at once; failures as for the grid setter.
+  void DataAsSparseGridSet(std::int32_t count, const Array& xValues, const Array& yValues,
+                           const Array& zValues);
+  /// "Returns the input data in rectangular grid format." Error 394 unless the data was
+  /// set with DataAsRectangularGridSet.
+  void DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
+                                std::int32_t& yCount, Array2D& zValues) const;
+  /// "Returns the resampled data in rectangular grid format." Error 5 "No resampler was
+  /// selected." while no resampler is selected.
+  void ResampledDataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
+                                         std::int32_t& yCount, Array2D& zValues) const;
+  /// "Returns data describing the set of points forming the convex hull around the plot
+  /// data." In data units, counter-clockwise; with a count of 0 the arrays are untouched.
+  void DataHullGet(std::int32_t& pointCount, Array& xValues, Array& yValues) const;
+  /// "Sets the user defined UserHull." A polygon in data units (elements 0..pointCount-1),
+  /// which must lie within the data hull when contours are traced over scattered data.
+  void UserHullSet(std::int32_t pointCount, const Array& xValues, const Array& yValues);
+  /// "Clears the user defined UserHull."
+  void UserHullClear();
+  /// The Z of the mesh at (xValue, yValue), linear within the triangle that holds the
+  /// point (grids split each cell from (i, j) to (i + 1, j + 1)). False, with zValue
+  /// untouched, outside the limits or the mesh. Rebuilds a stale mesh first.
+  bool ZValueInterpolate(double xValue, double yValue, double& zValue);
+
+  /// "Returns the minimum value of the input data in the X direction."
+  double XMin() const;
+  /// Maximum X of the input data.
+  double XMax() const;
+  /// Minimum Y of the input data.
+  double YMin() const;
+  /// Maximum Y of the input data.
+  double YMax() const;
+  /// Minimum Z of the input data.
+  double ZMin() const;
+  /// Maximum Z of the input data.
+  double ZMax() const;
+
+  /// Writes the data under prefix: "DataType", "Count", "X", "Y", "Z" and, with a user
+  /// hull, "UserHull.X" and "UserHull.Y".
+  void WriteContents(PropertyBag& bag, const std::string& prefix) const;
+  /// Restores data written by WriteContents through the setters. Inconsistent stored
+  /// data raises error 5 and leaves the data set as it was.
+  void ReadContents(const PropertyBag& bag, const std::string& prefix);
+
+ private:
+  friend struct detail::DataSetAccess;
+  std::unique_ptr<detail::DataSetState> state_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,542 @@
+// DataSet: input validation and storage, limits and normalisation, hulls, lazy mesh
+// rebuild, Z interpolation and the persisted contents.
+//
+// Coordinates of the mesh, the hulls and the triangulation are normalised per axis,
+// n = (v - min) / range, with a range below the double epsilon taken as 1 so that a flat
+// axis maps onto 0. A grid is stored as flat lists with point k = i * yCount + j.
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "data_set_state.h"
+#include "geometry.h"
+#include "orvane/core/error.h"
+#include "orvane/core/property_bag.h"
+
+namespace orvane {
+
+namespace {
+
+using detail::DataSetState;
+
+constexpr const char* kSource = "Orvadis.Dataset";
+constexpr double kEpsilon = 2.220446049250313e-16;
+// Absolute tolerance of the limits test in ZValueInterpolate and of grid coordinates.
+constexpr double kTolerance = 2.2204460492503102e-14;
+constexpr double kMaximumMagnitude = 1e300;
+
+const char* const kUpperBoundsMessage =
+    "Upper bounds of input data arrays must be consistent with data element counts";
+const char* const kLowerBoundsMessage = "Lower bounds of input data arrays must be 0";
+const char* const kRangeMessage = "Data range exceeds maximum limit";
+
+void CheckCount(std::int32_t count, const char* name) {
+  if (count < 0) {
+    throw Error(5, kSource, std::string(name) + " must not be negative, not " +
+                                std::to_string(count) + ".");
+  }
+}
+
+// NaN is refused outright; infinities and magnitudes of 1e300 or more exceed the range.
+void CheckValues(std::span<const double> values, const char* axis) {
+  for (double v : values) {
+    if (std::isnan(v)) {
+      throw Error(5, kSource, std::string("The ") + axis + " values contain NaN (not a number).");
+    }
+  }
+  for (double v : values) {
+    if (!(std::fabs(v) < kMaximumMagnitude)) throw Error(5, kSource, kRangeMessage);
+  }
+}
+
+std::span<const double> First(const Array& a, std::int32_t count) {
+  return std::span<const double>(a.Values()).first(static_cast<std::size_t>(count));
+}
+
+// Limits of the first count values on one axis; 0 with range 1 when there are none.
+void AxisLimits(const std::vector<double>& values, std::int32_t count, double& min, double& max,
+                double& range) {
+  min = std::numeric_limits<double>::max();
+  max = -min;
+  const std::size_t n = std::max<std::size_t>(1, static_cast<std::size_t>(count));
+  for (std::size_t i = 0; i < n && i < values.size(); ++i) {
+    min = std::min(min, values[i]);
+    max = std::max(max, values[i]);
+  }
+  range = max - min;
+  if (std::fabs(range) < kEpsilon) range = 1.0;
+}
+
+// Position of v between consecutive grid values: the interval index and the fraction.
+bool FindInterval(const std::vector<double>& g, double v, std::size_t& index, double& t) {
+  if (g.size() == 1) {
+    index = 0;
+    t = 0.0;
+    return std::fabs(v - g[0]) <= kTolerance;
+  }
+  for (std::size_t k = 0; k + 1 < g.size(); ++k) {
+    const double lo = std::min(g[k], g[k + 1]);
+    const double hi = std::max(g[k], g[k + 1]);
+    if (v + kTolerance >= lo && v <= hi + kTolerance) {
+      index = k;
+      t = g[k + 1] == g[k] ? 0.0 : std::clamp((v - g[k]) / (g[k + 1] - g[k]), 0.0, 1.0);
+      return true;
+    }
+  }
+  return false;
+}
+
+// Counter-clockwise convex hull of the distinct corners of [x0, x1] x [y0, y1].
+void RectangleHull(double x0, double x1, double y0, double y1, std::vector<double>& hx,
+                   std::vector<double>& hy) {
+  const double xs[4] = {x0, x1, x1, x0};
+  const double ys[4] = {y0, y0, y1, y1};
+  hx.clear();
+  hy.clear();
+  for (int k = 0; k < 4; ++k) {
+    bool seen = false;
+    for (std::size_t m = 0; m < hx.size(); ++m) seen = seen || (hx[m] == xs[k] && hy[m] == ys[k]);
+    if (!seen) {
+      hx.push_back(xs[k]);
+      hy.push_back(ys[k]);
+    }
+  }
+  // A flat side leaves three corners of which the middle one is collinear: drop it.
+  if (hx.size() == 3) {
+    hx.erase(hx.begin() + 1);
+    hy.erase(hy.begin() + 1);
+  }
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------
+// State
+
+namespace detail {
+
+double DataSetState::Normalise(int axis, double value) const {
+  if (axis < 0 || axis > 2) return 0.0;
+  return (value - min[static_cast<std::size_t>(axis)]) / range[static_cast<std::size_t>(axis)];
+}
+
+double DataSetState::Denormalise(int axis, double value) const {
+  if (axis < 0 || axis > 2) return 0.0;
+  return value * range[static_cast<std::size_t>(axis)] + min[static_cast<std::size_t>(axis)];
+}
+
+void DataSetState::ComputeLimits() {
+  AxisLimits(inputX, pointCount, min[0], max[0], range[0]);
+  AxisLimits(inputY, pointCount, min[1], max[1], range[1]);
+  AxisLimits(inputZ, pointCount, min[2], max[2], range[2]);
+}
+
+void DataSetState::Reset(bool keepUserHull) {
+  inputX.assign(1, 0.0);
+  inputY.assign(1, 0.0);
+  inputZ.assign(1, 0.0);
+  pointCount = 0;
+  xCount = 0;
+  yCount = 0;
+  dataType = kNoData;
+  meshType = kNoMesh;
+  meshX.assign(1, 0.0);
+  meshY.assign(1, 0.0);
+  meshZ.assign(1, 0.0);
+  gridX.clear();
+  gridY.clear();
+  geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
+  dataHullX.clear();
+  dataHullY.clear();
+  if (!keepUserHull) {
+    userHullInputX.assign(1, 0.0);
+    userHullInputY.assign(1, 0.0);
+    userHullX.assign(1, 0.0);
+    userHullY.assign(1, 0.0);
+    userHullInputCount = 0;
+  }
+  if (triangulation) triangulation->Reset();
+  min = {0.0, 0.0, 0.0};
+  max = {0.0, 0.0, 0.0};
+  range = {1.0, 1.0, 1.0};
+  changed.Raise();
+}
+
+void DataSetState::RebuildMeshIfNeeded() {
+  if (!needsRebuild || pointCount <= 0) return;
+  const auto n = static_cast<std::size_t>(pointCount);
+  ComputeLimits();
+  meshX.resize(n);
+  meshY.resize(n);
+  meshZ.resize(n);
+  for (std::size_t k = 0; k < n; ++k) {
+    meshX[k] = Normalise(0, inputX[k]);
+    meshY[k] = Normalise(1, inputY[k]);
+    meshZ[k] = Normalise(2, inputZ[k]);
+  }
+  if (dataType == kRectangularGrid) {
+    meshType = kGridMesh;
+    const auto nx = static_cast<std::size_t>(xCount);
+    const auto ny = static_cast<std::size_t>(yCount);
+    gridX.resize(nx);
+    gridY.resize(ny);
+    for (std::size_t i = 0; i < nx; ++i) gridX[i] = inputX[i * ny];
+    for (std::size_t j = 0; j < ny; ++j) gridY[j] = inputY[j];
+  } else {
+    meshType = kTriangleMesh;
+  }
+  geometryChanged = {true, true, true};
+  contoursStale = true;
+  needsRebuild = false;
+}
+
+void DataSetState::PrepareContourTracing() {
+  const auto count = static_cast<std::size_t>(std::max(userHullInputCount, 0));
+  userHullX.assign(std::max<std::size_t>(count, 1), 0.0);
+  userHullY.assign(std::max<std::size_t>(count, 1), 0.0);
+  for (std::size_t k = 0; k < count; ++k) {
+    userHullX[k] = Normalise(0, userHullInputX[k]);
+    userHullY[k] = Normalise(1, userHullInputY[k]);
+  }
+  if (meshType == kTriangleMesh) {
+    for (std::size_t k = 0; k < count; ++k) {
+      if (!IsPointInPolygonInclusive(userHullX[k], userHullY[k], dataHullX, dataHullY)) {
+        throw Error(kObjectErrorBase + 200, "Orvadis.Dataset.DataAsSparseGridSet",
+                    "The user hull must be contained by the data hull.");
+      }
+    }
+  }
+  contoursStale = false;
+}
+
+void DataSetState::PrepareForDrawing() {
+  RebuildMeshIfNeeded();
+  if (contoursStale) PrepareContourTracing();
+}
+
+}  // namespace detail
+
+// ---------------------------------------------------------------------------------------
+// Public members
+
+DataSet::DataSet() : state_(std::make_unique<DataSetState>()) {}
+
+DataSet::~DataSet() = default;
+
+void DataSet::Clear() { state_->Reset(false); }
+
+void DataSet::DataAsRectangularGridSet(const Array& xValues, std::int32_t xCount,
+                                       const Array& yValues, std::int32_t yCount,
+                                       const Array2D& zValues) {
+  DataSetState& s = *state_;
+  s.Reset(true);
+  CheckCount(xCount, "XCount");
+  CheckCount(yCount, "YCount");
+  if (xValues.UpperBound() < xCount - 1 || yValues.UpperBound() < yCount - 1 ||
+      zValues.UpperBound(1) < 1 || zValues.UpperBound(1) < xCount - 1 ||
+      zValues.UpperBound(2) < yCount - 1) {
+    throw Error(5, kSource, kUpperBoundsMessage);
+  }
+  if (xValues.LowerBound() != 0 || yValues.LowerBound() != 0 || zValues.LowerBound(1) != 0) {
+    throw Error(5, kSource, kLowerBoundsMessage);
+  }
+  // Z is read from (0, 0) on; a second dimension that starts later has no such element.
+  if (yCount > 0 && zValues.LowerBound(2) > 0) throw Error(9, kSource);
+  const std::int64_t points = std::int64_t{xCount} * yCount;
+  if (points > std::numeric_limits<std::int32_t>::max()) {
+    throw Error(5, kSource, "A grid of " + std::to_string(xCount) + " by " +
+                                std::to_string(yCount) + " points is too large.");
+  }
+  CheckValues(First(xValues, xCount), "X");
+  CheckValues(First(yValues, yCount), "Y");
+  std::vector<double> z(static_cast<std::size_t>(points));
+  for (std::int32_t i = 0; i < xCount; ++i) {
+    for (std::int32_t j = 0; j < yCount; ++j) {
+      z[static_cast<std::size_t>(i) * static_cast<std::size_t>(yCount) +
+        static_cast<std::size_t>(j)] = zValues.At(i, j);
+    }
+  }
+  CheckValues(z, "Z");
+
+  s.xCount = xCount;
+  s.yCount = yCount;
+  s.dataType = detail::kRectangularGrid;
+  s.pointCount = static_cast<std::int32_t>(points);
+  if (points > 0) {
+    const auto n = static_cast<std::size_t>(points);
+    s.inputX.resize(n);
+    s.inputY.resize(n);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(xCount); ++i) {
+      for (std::size_t j = 0; j < static_cast<std::size_t>(yCount); ++j) {
+        s.inputX[i * static_cast<std::size_t>(yCount) + j] = xValues.Values()[i];
+        s.inputY[i * static_cast<std::size_t>(yCount) + j] = yValues.Values()[j];
+      }
+    }
+    s.inputZ = std::move(z);
+  }
+  s.ComputeLimits();
+  if (points > 0) {
+    RectangleHull(s.Normalise(0, s.min[0]), s.Normalise(0, s.max[0]), s.Normalise(1, s.min[1]),
+                  s.Normalise(1, s.max[1]), s.dataHullX, s.dataHullY);
+  }
+  s.needsRebuild = true;
+  s.changed.Raise();
+}
+
+void DataSet::DataAsSparseGridSet(std::int32_t count, const Array& xValues, const Array& yValues,
+                                  const Array& zValues) {
+  DataSetState& s = *state_;
+  s.Reset(true);
+  CheckCount(count, "Count");
+  if (xValues.UpperBound() < count - 1 || yValues.UpperBound() < count - 1 ||
+      zValues.UpperBound() < count - 1) {
+    throw Error(5, kSource, kUpperBoundsMessage);
+  }
+  if (xValues.LowerBound() != 0 || yValues.LowerBound() != 0 || zValues.LowerBound() != 0) {
+    throw Error(5, kSource, kLowerBoundsMessage);
+  }
+  CheckValues(First(xValues, count), "X");
+  CheckValues(First(yValues, count), "Y");
+  CheckValues(First(zValues, count), "Z");
+
+  s.dataType = detail::kSparse;
+  s.pointCount = count;
+  if (count > 0) {
+    s.inputX.assign(xValues.Values().begin(), xValues.Values().begin() + count);
+    s.inputY.assign(yValues.Values().begin(), yValues.Values().begin() + count);
+    s.inputZ.assign(zValues.Values().begin(), zValues.Values().begin() + count);
+  }
+  s.ComputeLimits();
+  if (count > 0) {
+    const auto n = static_cast<std::size_t>(count);
+    std::vector<double> nx(n), ny(n), nz(n);
+    for (std::size_t k = 0; k < n; ++k) {
+      nx[k] = s.Normalise(0, s.inputX[k]);
+      ny[k] = s.Normalise(1, s.inputY[k]);
+      nz[k] = s.Normalise(2, s.inputZ[k]);
+    }
+    if (!s.triangulation) s.triangulation = std::make_unique<CTriangulate>();
+    s.triangulation->Triangulate(nx, ny, nz);
+    for (std::int32_t v : s.triangulation->HullVertices()) {
+      s.dataHullX.push_back(nx[static_cast<std::size_t>(v)]);
+      s.dataHullY.push_back(ny[static_cast<std::size_t>(v)]);
+    }
+  }
+  s.needsRebuild = true;
+  s.changed.Raise();
+}
+
+void DataSet::DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
+                                       std::int32_t& yCount, Array2D& zValues) const {
+  const DataSetState& s = *state_;
+  if (s.dataType != detail::kRectangularGrid) {
+    throw Error(394, kSource, "Input data was not supplied as a rectangular grid");
+  }
+  const auto nx = static_cast<std::size_t>(s.xCount);
+  const auto ny = static_cast<std::size_t>(s.yCount);
+  std::vector<double> x(nx), y(ny);
+  for (std::size_t i = 0; i < nx && s.pointCount > 0; ++i) x[i] = s.inputX[i * ny];
+  for (std::size_t j = 0; j < ny && s.pointCount > 0; ++j) y[j] = s.inputY[j];
+  std::vector<double> z = s.pointCount > 0 ? s.inputZ : std::vector<double>(nx * ny);
+  xValues = Array(std::move(x));
+  yValues = Array(std::move(y));
+  zValues = Array2D(std::move(z), nx, ny);
+  xCount = s.xCount;
+  yCount = s.yCount;
+}
+
+void DataSet::ResampledDataAsRectangularGridGet(Array&, std::int32_t&, Array&, std::int32_t&,
+                                                Array2D&) const {
+  // The resampled grid exists only once a resampler is selected.
+  throw Error(5, kSource, "No resampler was selected.");
+}
+
+void DataSet::DataHullGet(std::int32_t& pointCount, Array& xValues, Array& yValues) const {
+  const DataSetState& s = *state_;
+  pointCount = static_cast<std::int32_t>(s.dataHullX.size());
+  if (pointCount <= 0) return;
+  std::vector<double> x(s.dataHullX.size()), y(s.dataHullY.size());
+  for (std::size_t k = 0; k < x.size(); ++k) {
+    x[k] = s.Denormalise(0, s.dataHullX[k]);
+    y[k] = s.Denormalise(1, s.dataHullY[k]);
+  }
+  xValues = Array(std::move(x));
+  yValues = Array(std::move(y));
+}
+
+void DataSet::UserHullSet(std::int32_t pointCount, const Array& xValues, const Array& yValues) {
+  CheckCount(pointCount, "PointCount");
+  if (xValues.UpperBound() < pointCount - 1 || yValues.UpperBound() < pointCount - 1) {
+    throw Error(5, kSource, kUpperBoundsMessage);
+  }
+  if (xValues.LowerBound() != 0 || yValues.LowerBound() != 0) {
+    throw Error(5, kSource, kLowerBoundsMessage);
+  }
+  CheckValues(First(xValues, pointCount), "user hull X");
+  CheckValues(First(yValues, pointCount), "user hull Y");
+  DataSetState& s = *state_;
+  const auto n = static_cast<std::size_t>(pointCount);
+  s.userHullInputX.assign(xValues.Values().begin(), xValues.Values().begin() + pointCount);
+  s.userHullInputY.assign(yValues.Values().begin(), yValues.Values().begin() + pointCount);
+  if (n == 0) {
+    s.userHullInputX.assign(1, 0.0);
+    s.userHullInputY.assign(1, 0.0);
+  }
+  s.userHullInputCount = pointCount;
+  s.userHullX.assign(std::max<std::size_t>(n, 1), 0.0);
+  s.userHullY.assign(std::max<std::size_t>(n, 1), 0.0);
+  s.contoursStale = true;
+  s.changed.Raise();
+}
+
+void DataSet::UserHullClear() {
+  DataSetState& s = *state_;
+  s.userHullInputX.assign(1, 0.0);
+  s.userHullInputY.assign(1, 0.0);
+  s.userHullX.assign(1, 0.0);
+  s.userHullY.assign(1, 0.0);
+  s.userHullInputCount = 0;
+  s.changed.Raise();
+}
+
+bool DataSet::ZValueInterpolate(double xValue, double yValue, double& zValue) {
+  DataSetState& s = *state_;
+  s.RebuildMeshIfNeeded();
+  if (!(xValue + kTolerance >= s.min[0] && xValue <= s.max[0] + kTolerance &&
+        yValue + kTolerance >= s.min[1] && yValue <= s.max[1] + kTolerance)) {
+    return false;
+  }
+  if (s.meshType == detail::kTriangleMesh) {
+    double z = 0.0;
+    if (!s.triangulation ||
+        !s.triangulation->LocateAndInterpolate(s.Normalise(0, xValue), s.Normalise(1, yValue), z)) {
+      return false;
+    }
+    zValue = s.Denormalise(2, z);
+    return true;
+  }
+  if (s.meshType != detail::kGridMesh) return false;
+  std::size_t i = 0;
+  std::size_t j = 0;
+  double u = 0.0;
+  double v = 0.0;
+  if (!FindInterval(s.gridX, xValue, i, u) || !FindInterval(s.gridY, yValue, j, v)) return false;
+  const std::size_t ny = s.gridY.size();
+  const std::size_t i1 = std::min(i + 1, s.gridX.size() - 1);
+  const std::size_t j1 = std::min(j + 1, ny - 1);
+  const auto z = [&](std::size_t a, std::size_t b) { return s.inputZ[a * ny + b]; };
+  // The cell's two triangles meet along the diagonal from (i, j) to (i + 1, j + 1).
+  if (u >= v) {
+    zValue = z(i, j) + u * (z(i1, j) - z(i, j)) + v * (z(i1, j1) - z(i1, j));
+  } else {
+    zValue = z(i, j) + v * (z(i, j1) - z(i, j)) + u * (z(i1, j1) - z(i, j1));
+  }
+  return true;
+}
+
+double DataSet::XMin() const { return state_->min[0]; }
+double DataSet::XMax() const { return state_->max[0]; }
+double DataSet::YMin() const { return state_->min[1]; }
+double DataSet::YMax() const { return state_->max[1]; }
+double DataSet::ZMin() const { return state_->min[2]; }
+double DataSet::ZMax() const { return state_->max[2]; }
+
+// ---------------------------------------------------------------------------------------
+// Persisted contents
+
+void DataSet::WriteContents(PropertyBag& bag, const std::string& prefix) const {
+  const DataSetState& s = *state_;
+  bag.WriteProperty(prefix + "DataType", s.dataType);
+  bag.WriteProperty(prefix + "Count", s.pointCount);
+  std::vector<double> x, y, z;
+  if (s.dataType == detail::kRectangularGrid) {
+    Array ax, ay;
+    Array2D az;
+    std::int32_t nx = 0;
+    std::int32_t ny = 0;
+    DataAsRectangularGridGet(ax, nx, ay, ny, az);
+    x = ax.Values();
+    y = ay.Values();
+    z = az.Values();
+  } else if (s.dataType == detail::kSparse && s.pointCount > 0) {
+    x = s.inputX;
+    y = s.inputY;
+    z = s.inputZ;
+  }
+  bag.WriteProperty(prefix + "X", std::move(x));
+  bag.WriteProperty(prefix + "Y", std::move(y));
+  bag.WriteProperty(prefix + "Z", std::move(z));
+  if (s.userHullInputCount > 0) {
+    const auto n = static_cast<std::size_t>(s.userHullInputCount);
+    bag.WriteProperty(prefix + "UserHull.X",
+                      std::vector<double>(s.userHullInputX.begin(), s.userHullInputX.begin() + static_cast<long>(n)));
+    bag.WriteProperty(prefix + "UserHull.Y",
+                      std::vector<double>(s.userHullInputY.begin(), s.userHullInputY.begin() + static_cast<long>(n)));
+  }
+}
+
+void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
+  const std::int32_t dataType = bag.ReadProperty(prefix + "DataType", std::int32_t{0});
+  const std::int32_t count = bag.ReadProperty(prefix + "Count", std::int32_t{0});
+  std::vector<double> x = bag.ReadProperty(prefix + "X", std::vector<double>{});
+  std::vector<double> y = bag.ReadProperty(prefix + "Y", std::vector<double>{});
+  std::vector<double> z = bag.ReadProperty(prefix + "Z", std::vector<double>{});
+  const std::vector<double> hullX = bag.ReadProperty(prefix + "UserHull.X", std::vector<double>{});
+  const std::vector<double> hullY = bag.ReadProperty(prefix + "UserHull.Y", std::vector<double>{});
+
+  // Check everything before anything changes.
+  auto refuse = [&prefix](const std::string& why) {
+    throw Error(5, kSource, "The stored data set under \"" + prefix + "\" is inconsistent: " +
+                                why + ".");
+  };
+  if (dataType < detail::kNoData || dataType > detail::kSparse) {
+    refuse("data type " + std::to_string(dataType) + " is not 0, 1 or 2");
+  }
+  if (count < 0) refuse("the point count is negative");
+  if (dataType == detail::kRectangularGrid &&
+      (x.size() * y.size() != z.size() || z.size() != static_cast<std::size_t>(count))) {
+    refuse("the grid's X, Y and Z sizes do not match its count");
+  }
+  if (dataType == detail::kSparse && (x.size() != static_cast<std::size_t>(count) ||
+                                      y.size() != x.size() || z.size() != x.size())) {
+    refuse("the X, Y and Z lists do not hold Count points");
+  }
+  if (hullX.size() != hullY.size()) refuse("the user hull's X and Y differ in length");
+  if (x.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) ||
+      y.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) ||
+      hullX.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+    refuse("it is too large");
+  }
+  CheckValues(x, "X");
+  CheckValues(y, "Y");
+  CheckValues(z, "Z");
+  CheckValues(hullX, "user hull X");
+  CheckValues(hullY, "user hull Y");
+
+  const auto nx = static_cast<std::int32_t>(x.size());
+  const auto ny = static_cast<std::int32_t>(y.size());
+  if (dataType == detail::kRectangularGrid) {
+    // A grid of fewer than two columns is handed over with a spare zero row, as the
+    // setter wants at least two.
+    const std::size_t rows = std::max<std::size_t>(x.size(), 2);
+    const std::size_t columns = y.size();
+    z.resize(rows * columns, 0.0);
+    DataAsRectangularGridSet(std::move(x), nx, std::move(y), ny,
+                             Array2D(std::move(z), rows, columns));
+  } else if (dataType == detail::kSparse) {
+    DataAsSparseGridSet(count, std::move(x), std::move(y), std::move(z));
+  } else {
+    state_->Reset(true);
+  }
+  if (hullX.empty()) {
+    UserHullClear();
+  } else {
+    UserHullSet(static_cast<std::int32_t>(hullX.size()), hullX, hullY);
+  }
+}
+
+}  // namespace orvane

@@ -1,0 +1,78 @@
+#pragma once
+
+// What a DataSet holds beyond its public members, for the renderer, the contour tracer
+// and the control. Internal header: no compatibility promise.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "orvane/core/event.h"
+#include "orvane/data/data_set.h"
+#include "triangulate.h"
+
+namespace orvane {
+namespace detail {
+
+// Kind of input, as stored.
+enum DataType : std::int32_t { kNoData = 0, kRectangularGrid = 1, kSparse = 2 };
+// Kind of mesh drawn from it.
+enum MeshType : std::int32_t { kNoMesh = 0, kGridMesh = 1, kTriangleMesh = 2 };
+
+struct DataSetState {
+  // Input as flat lists (grid point k = i * yCount + j); one element each when cleared.
+  std::vector<double> inputX{0.0}, inputY{0.0}, inputZ{0.0};
+  std::int32_t pointCount = 0;
+  std::int32_t xCount = 0;
+  std::int32_t yCount = 0;
+  std::int32_t dataType = kNoData;
+
+  // The mesh that is drawn, normalised; for a grid mesh also its axes in data units.
+  std::vector<double> meshX{0.0}, meshY{0.0}, meshZ{0.0};
+  std::vector<double> gridX, gridY;
+  std::int32_t meshType = kNoMesh;
+  std::unique_ptr<CTriangulate> triangulation;  // made on first use
+
+  // Data hull and user hull, normalised; the user hull also as the host gave it.
+  std::vector<double> dataHullX, dataHullY;
+  std::vector<double> userHullInputX{0.0}, userHullInputY{0.0};
+  std::int32_t userHullInputCount = 0;
+  std::vector<double> userHullX{0.0}, userHullY{0.0};
+
+  // Limits; a range below the double epsilon is 1 so that normalising never divides by 0.
+  std::array<double, 3> min{0.0, 0.0, 0.0};
+  std::array<double, 3> max{0.0, 0.0, 0.0};
+  std::array<double, 3> range{1.0, 1.0, 1.0};
+
+  bool needsRebuild = false;
+  std::array<bool, 3> geometryChanged{false, false, false};  // read and cleared by the views
+  bool contoursStale = false;
+  std::int32_t index = 0;  // 1-based position in the owning collection; 0 alone
+
+  Event<> changed;  // the owning DataSets relays it as DataChanged
+
+  // n = (v - min) / range on axis 0 (X), 1 (Y), 2 (Z); any other axis gives 0.
+  double Normalise(int axis, double value) const;
+  // v = n * range + min.
+  double Denormalise(int axis, double value) const;
+  // Limits of the input lists.
+  void ComputeLimits();
+  // Clear's reset; the setters keep the user hull. Raises changed.
+  void Reset(bool keepUserHull);
+  // Rebuilds the mesh when the input changed (lazily, before drawing).
+  void RebuildMeshIfNeeded();
+  // Before contours are traced: the normalised user hull, and over a triangulated mesh the
+  // test that every user hull vertex lies in the data hull (error -2147221304).
+  void PrepareContourTracing();
+  // Rebuild and contour preparation, as a frame does before drawing this data set.
+  void PrepareForDrawing();
+};
+
+struct DataSetAccess {
+  static DataSetState& State(DataSet& d) { return *d.state_; }
+  static const DataSetState& State(const DataSet& d) { return *d.state_; }
+};
+
+}  // namespace detail
+}  // namespace orvane

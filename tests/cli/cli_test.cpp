@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+struct Outcome {
+  int status = -1;
+  std::string out;  // standard output and error together
+};
+
+Outcome Orvane(const std::string& arguments) {
+  const std::string command = std::string(ORVANE_CLI_PATH) + " " + arguments + " 2>&1";
+  Outcome run;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return run;
+  std::array<char, 4096> buffer{};
+  std::size_t n = 0;
+  while ((n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) run.out.append(buffer.data(), n);
+  const int raw = pclose(pipe);
+  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+  return run;
+}
+
+class Cli : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = std::filesystem::temp_directory_path() /
+           ("orvane_cli_" + std::to_string(::getpid()) + "_" +
+            ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::filesystem::create_directories(dir_);
+  }
+  void TearDown() override { std::filesystem::remove_all(dir_); }
+  std::string Write(const std::string& name, const std::string& text) {
+    const std::string path = (dir_ / name).string();
+    std::ofstream(path) << text;
+    return path;
+  }
+  std::filesystem::path dir_;
+};
+
+TEST_F(Cli, VersionHelpAndUsageErrors) {
+  const Outcome version = Orvane("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out.rfind("orvane ", 0), 0u);
+  const Outcome help = Orvane("--help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.out.find("info"), std::string::npos);
+  EXPECT_NE(help.out.find("triangulate"), std::string::npos);
+  EXPECT_EQ(Orvane("bogus").status, 2);
+  EXPECT_EQ(Orvane("info").status, 2);  // FILE is required
+}
+
+TEST_F(Cli, InfoReportsCountsLimitsAndHullAsJson) {
+  const std::string file = Write("square.xyz",
+                                 "x y z\n0 0 1\n2 0 2\n2 3 3\n0 3 4\n1 1.5 -5\n");
+  const Outcome run = Orvane("info " + file + " --json");
+  ASSERT_EQ(run.status, 0) << run.out;
+  const nlohmann::json facts = nlohmann::json::parse(run.out);
+  EXPECT_EQ(facts["points"], 5);
+  EXPECT_EQ(facts["triangles"], 4);
+  EXPECT_EQ(facts["xmin"], 0.0);
+  EXPECT_EQ(facts["xmax"], 2.0);
+  EXPECT_EQ(facts["ymax"], 3.0);
+  EXPECT_EQ(facts["zmin"], -5.0);
+  EXPECT_EQ(facts["zmax"], 4.0);
+  EXPECT_EQ(facts["hull"], nlohmann::json::parse("[[0,0],[2,0],[2,3],[0,3]]"));
+  const Outcome text = Orvane("info " + file);
+  EXPECT_EQ(text.status, 0);
+  EXPECT_NE(text.out.find("points     5"), std::string::npos) << text.out;
+  EXPECT_NE(text.out.find("triangles  4"), std::string::npos);
+}
+
+TEST_F(Cli, MalformedAndMissingFilesExitWithStatusTwo) {
+  const std::string bad = Write("bad.xyz", "0 0 1\n1 0 2\n1 1\n");
+  const Outcome run = Orvane("info " + bad);
+  EXPECT_EQ(run.status, 2);
+  EXPECT_NE(run.out.find("bad.xyz:3: expected 3 numbers (X, Y, Z), found 2 fields"),
+            std::string::npos)
+      << run.out;
+  const Outcome missing = Orvane("info " + (dir_ / "none.xyz").string());
+  EXPECT_EQ(missing.status, 2);
+  EXPECT_NE(missing.out.find("cannot open the file"), std::string::npos);
+}
+
+TEST_F(Cli, TriangulateWritesEveryTriangleOnce) {
+  std::ostringstream text;
+  std::mt19937 random(8);
+  std::uniform_real_distribution<double> unit(-50, 50);
+  for (int i = 0; i < 300; ++i) text << unit(random) << "," << unit(random) << "," << i << "\n";
+  const std::string file = Write("random.xyz", text.str());
+  const std::string out = (dir_ / "tri.csv").string();
+  ASSERT_EQ(Orvane("triangulate " + file + " -o " + out).status, 0);
+  const nlohmann::json facts = nlohmann::json::parse(Orvane("info --json " + file).out);
+  std::ifstream csv(out);
+  std::set<std::array<int, 3>> triangles;
+  std::string line;
+  while (std::getline(csv, line)) {
+    std::array<int, 3> t{};
+    ASSERT_EQ(std::sscanf(line.c_str(), "%d,%d,%d", &t[0], &t[1], &t[2]), 3) << line;
+    for (int v : t) {
+      EXPECT_GE(v, 0);
+      EXPECT_LT(v, 300);
+    }
+    std::sort(t.begin(), t.end());
+    EXPECT_TRUE(triangles.insert(t).second);
+  }
+  EXPECT_EQ(static_cast<int>(triangles.size()), facts["triangles"].get<int>());
+  // Euler: a triangulation of n points with h on the hull has 2n - 2 - h triangles.
+  const int hull = static_cast<int>(facts["hull"].size());
+  EXPECT_EQ(static_cast<int>(triangles.size()), 2 * 300 - 2 - hull);
+}
+
+}  // namespace
