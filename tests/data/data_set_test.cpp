@@ -127,6 +127,10 @@ TEST(DataSet, SetterErrorsComeAfterTheResetAndLeaveTheSetCleared) {
 
 TEST(DataSet, SparseCountZeroPassesAndSkipsTheTriangulation) {
   DataSet d;
+  std::int32_t before = -1;
+  Array unused;
+  d.DataHullGet(before, unused, unused);
+  EXPECT_EQ(before, 0);  // no data yet
   d.DataAsSparseGridSet(0, std::vector<double>{}, std::vector<double>{}, std::vector<double>{});
   const auto& s = DataSetAccess::State(d);
   EXPECT_EQ(s.dataType, detail::kSparse);
