@@ -152,18 +152,20 @@ void DataSetState::Reset(bool keepUserHull) {
   geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
   dataHullX.clear();
   dataHullY.clear();
-  if (!keepUserHull) {
-    userHullInputX.assign(1, 0.0);
-    userHullInputY.assign(1, 0.0);
-    userHullX.assign(1, 0.0);
-    userHullY.assign(1, 0.0);
-    userHullInputCount = 0;
-  }
+  if (!keepUserHull) ClearUserHull();
   if (triangulation) triangulation->Reset();
   min = {0.0, 0.0, 0.0};
   max = {0.0, 0.0, 0.0};
   range = {1.0, 1.0, 1.0};
   changed.Raise();
+}
+
+void DataSetState::ClearUserHull() {
+  userHullInputX.assign(1, 0.0);
+  userHullInputY.assign(1, 0.0);
+  userHullX.assign(1, 0.0);
+  userHullY.assign(1, 0.0);
+  userHullInputCount = 0;
 }
 
 void DataSetState::RebuildMeshIfNeeded() {
@@ -394,13 +396,8 @@ void DataSet::UserHullSet(std::int32_t pointCount, const Array& xValues, const A
 }
 
 void DataSet::UserHullClear() {
-  DataSetState& s = *state_;
-  s.userHullInputX.assign(1, 0.0);
-  s.userHullInputY.assign(1, 0.0);
-  s.userHullX.assign(1, 0.0);
-  s.userHullY.assign(1, 0.0);
-  s.userHullInputCount = 0;
-  s.changed.Raise();
+  state_->ClearUserHull();
+  state_->changed.Raise();
 }
 
 bool DataSet::ZValueInterpolate(double xValue, double yValue, double& zValue) {

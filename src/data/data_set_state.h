@@ -58,6 +58,8 @@ struct DataSetState {
   double Denormalise(int axis, double value) const;
   // Limits of the input lists.
   void ComputeLimits();
+  // Removes the user hull (no event).
+  void ClearUserHull();
   // Clear's reset; the setters keep the user hull. Raises changed.
   void Reset(bool keepUserHull);
   // Rebuilds the mesh when the input changed (lazily, before drawing).

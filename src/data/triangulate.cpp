@@ -354,8 +354,10 @@ class Inserter {
     return kNone;
   }
 
-  // Collects into cavity_ the connected deleted triangles around seed.
-  void Grow(std::int32_t seed, double px, double py) {
+  // Collects into cavity_ the triangles connected to seed through neighbours that joins(n)
+  // admits; members are marked stamp_.
+  template <class Joins>
+  void Collect(std::int32_t seed, Joins joins) {
     cavity_.clear();
     stack_.assign(1, seed);
     At(seed).mark = stamp_;
@@ -365,15 +367,21 @@ class Inserter {
       cavity_.push_back(t);
       for (int k = 0; k < 3; ++k) {
         const std::int32_t n = At(t).nb[k];
-        if (n == kNone || WasTested(n)) continue;
-        if (Deletes(n, px, py)) {
-          At(n).mark = stamp_;
-          stack_.push_back(n);
-        } else {
-          At(n).mark = stamp_ + 1;
-        }
+        if (n == kNone || At(n).mark == stamp_ || !joins(n)) continue;
+        At(n).mark = stamp_;
+        stack_.push_back(n);
       }
     }
+  }
+
+  // The connected triangles around seed that the point deletes.
+  void Grow(std::int32_t seed, double px, double py) {
+    Collect(seed, [&](std::int32_t n) {
+      if (WasTested(n)) return false;
+      if (Deletes(n, px, py)) return true;
+      At(n).mark = stamp_ + 1;
+      return false;
+    });
   }
 
   // Fills boundary_ and returns a cavity triangle other than seed that spoils the star
@@ -400,25 +408,12 @@ class Inserter {
 
   void MakeStarShaped(std::int32_t seed, double px, double py) {
     for (std::int32_t spoiler; (spoiler = CollectBoundary(seed, px, py)) != kNone;) {
-      // Give the spoiler back and keep only what is still connected to the seed.
-      const std::vector<std::int32_t> previous = cavity_;
-      for (std::int32_t t : previous) At(t).mark = stamp_ + 1;
-      cavity_.clear();
-      stack_.assign(1, seed);
-      At(seed).mark = stamp_;
-      while (!stack_.empty()) {
-        const std::int32_t t = stack_.back();
-        stack_.pop_back();
-        cavity_.push_back(t);
-        for (int k = 0; k < 3; ++k) {
-          const std::int32_t n = At(t).nb[k];
-          if (n != kNone && n != spoiler && At(n).mark != stamp_ &&
-              std::find(previous.begin(), previous.end(), n) != previous.end()) {
-            At(n).mark = stamp_;
-            stack_.push_back(n);
-          }
-        }
-      }
+      // Give the spoiler back and keep what is still connected to the seed: the current
+      // members carry the old stamp, the fresh stamp marks the new cavity.
+      const std::uint32_t member = stamp_;
+      stamp_ += 2;
+      At(spoiler).mark = stamp_ + 1;
+      Collect(seed, [&](std::int32_t n) { return At(n).mark == member; });
     }
   }
 
