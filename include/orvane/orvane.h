@@ -2,6 +2,8 @@
 
 // Everything a host program needs from Orvane, in one include.
 
+#include "orvane/axes/axes.h"
+#include "orvane/axes/axis.h"
 #include "orvane/core/array.h"
 #include "orvane/core/color.h"
 #include "orvane/core/currency.h"
