@@ -55,11 +55,16 @@ void Axes::ApplyMasterProperties() {
   CopyMastersInto(z_);
 }
 
-void Axes::SetUseMasterProperties(bool value) {
-  if (value == useMasters_) return;
-  useMasters_ = value;
+template <class T>
+void Axes::MasterLet(T& field, const T& value, const char* name) {
+  if (field == value) return;
+  field = value;
   ApplyMasterProperties();
-  PropertyChanged.Raise("UseMasterProperties");
+  PropertyChanged.Raise(name);
+}
+
+void Axes::SetUseMasterProperties(bool value) {
+  MasterLet(useMasters_, value, "UseMasterProperties");
 }
 
 void Axes::SetKeepXYAspectRatio(bool value) {
@@ -69,24 +74,16 @@ void Axes::SetKeepXYAspectRatio(bool value) {
 }
 
 void Axes::SetLabelsFormatMaster(const std::string& value) {
-  if (value == labelsFormatMaster_) return;
-  labelsFormatMaster_ = value;
-  ApplyMasterProperties();
-  PropertyChanged.Raise("LabelFormatMaster");
+  // Announced without the s of the property's name, as it is also stored.
+  MasterLet(labelsFormatMaster_, value, "LabelFormatMaster");
 }
 
 void Axes::SetLabelsVisibleMaster(bool value) {
-  if (value == labelsVisibleMaster_) return;
-  labelsVisibleMaster_ = value;
-  ApplyMasterProperties();
-  PropertyChanged.Raise("LabelsVisibleMaster");
+  MasterLet(labelsVisibleMaster_, value, "LabelsVisibleMaster");
 }
 
 void Axes::SetTitleVisibleMaster(bool value) {
-  if (value == titleVisibleMaster_) return;
-  titleVisibleMaster_ = value;
-  ApplyMasterProperties();
-  PropertyChanged.Raise("TitleVisibleMaster");
+  MasterLet(titleVisibleMaster_, value, "TitleVisibleMaster");
 }
 
 void Axes::WriteProperties(PropertyBag& bag, const std::string& prefix) const {

@@ -11,10 +11,11 @@
 namespace orvane {
 namespace {
 
+// Names raised by several events, in order.
 struct Names {
   std::vector<std::string> seen;
-  Connection Watch(Event<const std::string&>& e, const std::string& tag = "") {
-    return e.Connect([this, tag](const std::string& n) { seen.push_back(tag + n); });
+  Connection Watch(Event<const std::string&>& e) {
+    return e.Connect([this](const std::string& n) { seen.push_back(n); });
   }
 };
 

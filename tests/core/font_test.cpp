@@ -6,17 +6,14 @@
 
 #include "orvane/core/font.h"
 #include "orvane/core/property_bag.h"
+#include "support/event_recorder.h"
 #include "support/expect_error.h"
 
 namespace orvane {
 namespace {
 
-struct Recorder {
-  explicit Recorder(Font& font)
-      : connection(font.FontChanged.Connect([this](const std::string& n) { names.push_back(n); })) {}
-  std::vector<std::string> names;
-  Connection connection;
-};
+using testing::EventRecorder;
+
 
 TEST(Font, DefaultsAndConstruction) {
   const Font plain;
@@ -33,7 +30,7 @@ TEST(Font, DefaultsAndConstruction) {
 
 TEST(Font, BoldAndWeightAreOneSetting) {
   Font font;
-  Recorder events(font);
+  EventRecorder events(font.FontChanged);
   font.SetWeight(551);
   EXPECT_TRUE(font.Bold());
   font.SetWeight(550);
@@ -58,7 +55,7 @@ TEST(Font, SizeKeepsFourDecimalsRoundedHalfToEven) {
 
 TEST(Font, EventsNameTheChangedAttributeOnlyOnRealChanges) {
   Font font;
-  Recorder events(font);
+  EventRecorder events(font.FontChanged);
   font.SetName("Arial");
   font.SetName("Times New Roman");
   font.SetSize(8.0);
@@ -73,7 +70,7 @@ TEST(Font, EventsNameTheChangedAttributeOnlyOnRealChanges) {
 
 TEST(Font, InvalidValuesAreRefusedAndKeepTheOldOne) {
   Font font;
-  Recorder events(font);
+  EventRecorder events(font.FontChanged);
   EXPECT_ORVANE_ERROR(font.SetName(""), 380, "StdFont", "A font name cannot be empty.");
   EXPECT_ORVANE_ERROR(font.SetSize(0.0), 380, "StdFont",
                       "A font size must be above 0 and at most 16384 points, not 0.");
@@ -94,7 +91,7 @@ TEST(Font, CopyFromTakesAllSevenAttributes) {
   source.SetStrikethrough(true);
   source.SetWeight(900);
   Font target;
-  Recorder events(target);
+  EventRecorder events(target.FontChanged);
   target.CopyFrom(source);
   EXPECT_EQ(target.Name(), "Courier New");
   EXPECT_EQ(target.Size(), Currency{145000});
@@ -150,7 +147,7 @@ TEST(Font, MissingKeysKeepTheCurrentAttributes) {
 
 TEST(Font, BadBagValuesChangeNothing) {
   Font font;
-  Recorder events(font);
+  EventRecorder events(font.FontChanged);
   PropertyBag bag;
   bag.WriteProperty("F.Name", std::string("Verdana"));
   bag.WriteProperty("F.Size", std::string("large"));

@@ -8,17 +8,14 @@
 #include "orvane/render/caption.h"
 #include "orvane/render/cursor.h"
 #include "orvane/render/legend.h"
+#include "support/event_recorder.h"
 #include "support/expect_error.h"
 
 namespace orvane {
 namespace {
 
-struct Recorder {
-  explicit Recorder(Event<const std::string&>& e)
-      : c(e.Connect([this](const std::string& n) { names.push_back(n); })) {}
-  std::vector<std::string> names;
-  Connection c;
-};
+using testing::EventRecorder;
+
 
 TEST(Caption, NewCaptionIsArialTenPointBold) {
   Caption caption;
@@ -31,7 +28,7 @@ TEST(Caption, NewCaptionIsArialTenPointBold) {
 
 TEST(Caption, EventsAndPersistedForm) {
   Caption caption;
-  Recorder events(caption.PropertyChanged);
+  EventRecorder events(caption.PropertyChanged);
   caption.SetText("Z = f(X, Y)");
   caption.SetText("Z = f(X, Y)");
   caption.Font().SetSize(14.0);
@@ -55,7 +52,7 @@ TEST(Caption, EventsAndPersistedForm) {
 
 TEST(Legend, VisibleByDefaultAndStoredAsLegendVisible) {
   Legend legend;
-  Recorder events(legend.PropertyChanged);
+  EventRecorder events(legend.PropertyChanged);
   EXPECT_TRUE(legend.Visible());
   legend.SetVisible(true);
   legend.SetVisible(false);
@@ -74,7 +71,7 @@ TEST(Cursor, DefaultsValidationAndEvents) {
   EXPECT_FALSE(cursor.Visible());
   EXPECT_EQ(cursor.XValue(), 0.0);
   EXPECT_EQ(cursor.Line().Width(), 1);
-  Recorder events(cursor.PropertyChanged);
+  EventRecorder events(cursor.PropertyChanged);
   EXPECT_ORVANE_ERROR(cursor.SetMode(2), 5, "Orvada.Cursor", "Invalid procedure call or argument");
   EXPECT_ORVANE_ERROR(cursor.SetMode(-1), 5, "Orvada.Cursor");
   EXPECT_ORVANE_ERROR(cursor.SetXValue(NAN), 5, "Orvada.Cursor", "XValue must be a finite number.");

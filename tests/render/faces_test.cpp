@@ -5,17 +5,14 @@
 
 #include "orvane/core/property_bag.h"
 #include "orvane/render/faces.h"
+#include "support/event_recorder.h"
 #include "support/expect_error.h"
 
 namespace orvane {
 namespace {
 
-struct Recorder {
-  explicit Recorder(Event<const std::string&>& e)
-      : c(e.Connect([this](const std::string& n) { names.push_back(n); })) {}
-  std::vector<std::string> names;
-  Connection c;
-};
+using testing::EventRecorder;
+
 
 TEST(Faces, DefaultsOfAFaceAndOfTheMasters) {
   Faces faces;
@@ -32,7 +29,7 @@ TEST(Faces, DefaultsOfAFaceAndOfTheMasters) {
 
 TEST(Faces, MastersAreCopiedXYThenXZThenYZWhileTheyRule) {
   Faces faces;
-  Recorder events(faces.PropertyChanged);
+  EventRecorder events(faces.PropertyChanged);
   faces.SetFillColorMaster(Rgb(10, 20, 30));
   EXPECT_EQ(events.names, (std::vector<std::string>{"XYFace.FillColor", "XZFace.FillColor",
                                                     "YZFace.FillColor", "FillColorMaster"}));
@@ -55,7 +52,7 @@ TEST(Faces, MastersAreCopiedXYThenXZThenYZWhileTheyRule) {
 TEST(Faces, WithoutMastersEachFaceKeepsItsOwnValues) {
   Faces faces;
   faces.SetUseMasterProperties(false);
-  Recorder events(faces.PropertyChanged);
+  EventRecorder events(faces.PropertyChanged);
   faces.SetFillColorMaster(Rgb(1, 2, 3));  // reaches no face
   EXPECT_EQ(faces.XYFace().FillColor(), 0xFFFFFFu);
   faces.XYFace().SetFillColor(Rgb(9, 9, 9));

@@ -6,17 +6,14 @@
 #include "orvane/core/color.h"
 #include "orvane/core/property_bag.h"
 #include "orvane/render/line.h"
+#include "support/event_recorder.h"
 #include "support/expect_error.h"
 
 namespace orvane {
 namespace {
 
-struct Recorder {
-  explicit Recorder(Line& line)
-      : connection(line.PropertyChanged.Connect([this](const std::string& n) { names.push_back(n); })) {}
-  std::vector<std::string> names;
-  Connection connection;
-};
+using testing::EventRecorder;
+
 
 TEST(Line, DefaultsAreBlackSolidOnePixel) {
   const Line line;
@@ -39,7 +36,7 @@ TEST(Line, EachStyleSelectsItsStipplePattern) {
 
 TEST(Line, LetsRaisePropertyChangedOnlyWhenTheValueChanges) {
   Line line;
-  Recorder events(line);
+  EventRecorder events(line.PropertyChanged);
   line.SetColor(0);
   line.SetColor(Rgb(255, 0, 0));
   line.SetDrawStyle(0);
@@ -54,7 +51,7 @@ TEST(Line, LetsRaisePropertyChangedOnlyWhenTheValueChanges) {
 TEST(Line, DrawStyleOutsideTheEnumerationIsRefused) {
   Line line;
   line.SetDrawStyle(orvDrawStyleDash);
-  Recorder events(line);
+  EventRecorder events(line.PropertyChanged);
   for (std::int32_t bad : {5, -1, 100, -2147483647 - 1}) {
     EXPECT_ORVANE_ERROR(line.SetDrawStyle(bad), 5, "Orvada.Line",
                         "Invalid procedure call or argument");
@@ -80,7 +77,7 @@ TEST(Line, PersistsThreeKeysUnderItsPrefix) {
   PropertyBag stored;
   stored.SetContents(bag.Contents());
   Line restored;
-  Recorder events(restored);
+  EventRecorder events(restored.PropertyChanged);
   restored.ReadProperties(stored, "Faces.EdgeLineMaster.");
   EXPECT_EQ(restored.Color(), Rgb(0x12, 0x34, 0x56));
   EXPECT_EQ(restored.DrawStyle(), orvDrawStyleDashDotDot);
@@ -112,7 +109,7 @@ TEST(Line, HighBitColoursSurviveTheSignedStore) {
 TEST(Line, AnInvalidStoredStyleChangesNothing) {
   Line line;
   line.SetWidth(2);
-  Recorder events(line);
+  EventRecorder events(line.PropertyChanged);
   PropertyBag bag;
   bag.WriteProperty("L.Color", std::int32_t{255});
   bag.WriteProperty("L.DrawStyle", std::int32_t{7});
@@ -128,7 +125,7 @@ TEST(Line, CopyFromTakesTheThreePropertiesWithTheirEvents) {
   source.SetDrawStyle(orvDrawStyleDashDot);
   Line target;
   target.SetWidth(5);
-  Recorder events(target);
+  EventRecorder events(target.PropertyChanged);
   target.CopyFrom(source);
   EXPECT_EQ(target.Color(), Rgb(9, 8, 7));
   EXPECT_EQ(target.DrawStyle(), orvDrawStyleDashDot);
