@@ -4,6 +4,9 @@
 
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
+#include "orvane/contour/color_map.h"
+#include "orvane/contour/contouring.h"
+#include "orvane/contour/named_colors.h"
 #include "orvane/core/array.h"
 #include "orvane/core/color.h"
 #include "orvane/core/currency.h"

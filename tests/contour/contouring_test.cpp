@@ -1,0 +1,234 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "orvane/contour/contouring.h"
+#include "orvane/core/property_bag.h"
+#include "support/event_recorder.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+using testing::EventRecorder;
+
+std::vector<double> Values(const Contouring& c) {
+  std::vector<double> v;
+  for (std::int32_t i = 0; i < c.Contours().Count(); ++i) v.push_back(c.Contours().Item(i)->Value());
+  return v;
+}
+
+TEST(Contouring, DefaultLevelsByIntervalCountInRainbowColours) {
+  Contouring c;
+  EXPECT_EQ(c.AutoSetContoursType(), orvAutoSetByIntervalCount);
+  EXPECT_EQ(c.AutoSetIntervalCount(), 10);
+  EXPECT_EQ(c.ColorMapType(), orvColorMapRainbow);
+  c.AutoSetContours(0, 100);
+  EXPECT_EQ(Values(c), (std::vector<double>{0, 10, 20, 30, 40, 50, 60, 70, 80, 90, 100}));
+  const auto& levels = c.Contours();
+  EXPECT_EQ(levels.Item(0)->Color(), FromHexRgb(0xEE82EE));    // violet at 0
+  EXPECT_EQ(levels.Item(10)->Color(), FromHexRgb(0xCD5C5C));   // indian red at 1
+  EXPECT_EQ(levels.Item(0)->ColorBelow(), levels.Item(0)->Color());
+  // 0.1 lies between 0 (violet) and 0.14 (dark violet): t = 0.1 / 0.14.
+  EXPECT_EQ(levels.Item(1)->Color(), InterpolateColor(FromHexRgb(0xEE82EE), FromHexRgb(0x9400D3), 0.1 / 0.14));
+}
+
+TEST(Contouring, LevelsByIntervalRoundTheCountHalfToEven) {
+  Contouring c;
+  c.SetAutoSetContoursType(orvAutoSetByInterval);
+  c.SetAutoSetInterval(3);
+  c.AutoSetContours(0, 10);
+  EXPECT_EQ(Values(c), (std::vector<double>{0, 3, 6, 9}));  // round(3.33) = 3
+  c.SetAutoSetInterval(4);
+  c.AutoSetContours(0, 10);
+  EXPECT_EQ(Values(c), (std::vector<double>{0, 4, 8}));  // round-half-even(2.5) = 2
+  // Repeated addition, not ZMin + i * interval.
+  c.SetAutoSetInterval(0.1);
+  c.AutoSetContours(0, 0.3);
+  EXPECT_EQ(Values(c), (std::vector<double>{0, 0.1, 0.2, 0.30000000000000004}));
+}
+
+TEST(Contouring, BadSettingsAndFlatDataGiveNoLevels) {
+  Contouring c;
+  c.AutoSetContours(5, 5);
+  EXPECT_EQ(c.Contours().Count(), 0);
+  c.SetAutoSetContoursType(orvAutoSetByInterval);
+  c.AutoSetContours(5, 5);
+  EXPECT_EQ(c.Contours().Count(), 0);
+  c.SetAutoSetInterval(-1);
+  c.AutoSetContours(0, 10);
+  EXPECT_EQ(c.Contours().Count(), 0);
+  c.SetAutoSetInterval(NAN);
+  c.AutoSetContours(0, 10);
+  EXPECT_EQ(c.Contours().Count(), 0);
+  c.SetAutoSetContoursType(orvAutoSetByIntervalCount);
+  c.SetAutoSetIntervalCount(0);
+  c.AutoSetContours(0, 10);
+  EXPECT_EQ(c.Contours().Count(), 0);
+  c.AutoSetContours(10, 0);  // maximum below minimum
+  EXPECT_EQ(c.Contours().Count(), 0);
+  // Off leaves the host's levels alone.
+  c.SetAutoSetContoursType(orvAutoSetOff);
+  c.Contours().Add(1);
+  c.AutoSetContours(0, 100);
+  EXPECT_EQ(Values(c), std::vector<double>{1});
+}
+
+TEST(Contours, InsertionAfterEqualValuesRecreatesMovedLevels) {
+  Contours levels;
+  EXPECT_EQ(levels.Add(0), 0);
+  EXPECT_EQ(levels.Add(5), 0);
+  EXPECT_EQ(levels.Add(10, orvColorRed, orvColorBlue), 0);  // returns 0 at the end too
+  const auto ten = levels.Item(2);
+  ten->SetLineWidth(3);
+  ten->SetLineDrawStyle(orvDrawStyleDot);
+  levels.Add(5, orvColorGreen);
+  EXPECT_EQ(levels.Item(2)->Value(), 5);
+  EXPECT_EQ(levels.Item(2)->Color(), static_cast<Color>(orvColorGreen));
+  const auto moved = levels.Item(3);
+  EXPECT_NE(moved, ten);
+  EXPECT_EQ(moved->Value(), 10);
+  EXPECT_EQ(moved->Color(), static_cast<Color>(orvColorRed));
+  EXPECT_EQ(moved->ColorBelow(), static_cast<Color>(orvColorBlue));
+  EXPECT_EQ(moved->LineWidth(), 1);
+  EXPECT_EQ(moved->LineDrawStyle(), 0);
+  EXPECT_EQ(ten->LineWidth(), 3);  // the old level lives on outside the collection
+  EXPECT_EQ(levels.Item(0)->Color(), 0u);  // omitted colours stay 0
+  levels.Remove(0);
+  EXPECT_EQ(levels.Item(0)->Value(), 5);
+  EXPECT_ORVANE_ERROR(levels.Item(3), 9, "Orvada", "Subscript out of range");
+  EXPECT_ORVANE_ERROR(levels.Remove(-1), 9, "Orvada");
+  EXPECT_ORVANE_ERROR(levels.Add(1, 0x100000000ll), 5, "Orvada.Contours");
+}
+
+TEST(Contour, LineDrawStyleIsStoredBeforeItIsRefused) {
+  Contour level(2.0);
+  EventRecorder events(level.PropertyChanged);
+  EXPECT_ORVANE_ERROR(level.SetLineDrawStyle(7), 5, "Orvada.Contour",
+                      "Invalid procedure call or argument");
+  EXPECT_EQ(level.LineDrawStyle(), 7);
+  level.SetLineDrawStyle(3);
+  level.SetLineWidth(2);
+  level.SetColor(9);
+  level.SetColorBelow(9);
+  level.SetColorBelow(9);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"LineDrawStyle", "LineWidth", "Color", "ColorBelow"}));
+}
+
+TEST(Contouring, StripedMapsSetEveryColorBelow) {
+  Contouring c;
+  c.SetColorMapType(orvColorMapRainbowStriped);
+  c.AutoSetContours(0, 100);
+  for (std::int32_t i = 0; i < c.Contours().Count(); ++i) {
+    EXPECT_EQ(c.Contours().Item(i)->ColorBelow(), FromHexRgb(0xF5F5F5));
+  }
+  EXPECT_EQ(c.Contours().Item(0)->Color(), FromHexRgb(0xEE82EE));
+  c.SetColorMapType(orvColorMapZebraStriped);
+  c.ApplyColorMap();
+  EXPECT_EQ(c.Contours().Item(5)->Color(), 0u);
+  EXPECT_EQ(c.Contours().Item(5)->ColorBelow(), FromHexRgb(0xF5F5F5));
+  EXPECT_TRUE(c.WorkingColorMap().IsStriped());
+  // The reversed rainbow keeps the positions: 0.14 is red there.
+  c.SetColorMapType(orvColorMapRainbowReverse);
+  c.Contours().RemoveAll();
+  c.Contours().Add(0);
+  c.Contours().Add(14);
+  c.Contours().Add(100);
+  c.ApplyColorMap();
+  EXPECT_EQ(c.Contours().Item(1)->Color(), FromHexRgb(0xFF0000));
+  EXPECT_FALSE(c.WorkingColorMap().IsStriped());
+}
+
+TEST(Contouring, FindColorAtBetweenAndOutsideTheLevels) {
+  Contouring c;
+  c.SetAutoSetContoursType(orvAutoSetOff);
+  EXPECT_ORVANE_ERROR(c.FindColor(1, false), 9, "Orvada");
+  c.Contours().Add(0, Rgb(0, 0, 0), Rgb(10, 10, 10));
+  c.Contours().Add(10, Rgb(255, 255, 255), Rgb(100, 100, 100));
+  EXPECT_EQ(c.FindColor(0, false), Rgb(0, 0, 0));
+  EXPECT_EQ(c.FindColor(1e-14, true), Rgb(10, 10, 10));   // within the tolerance
+  EXPECT_EQ(c.FindColor(-1e-9, false), Rgb(10, 10, 10));  // below the first: its ColorBelow
+  EXPECT_EQ(c.FindColor(5, true), Rgb(0, 0, 0));          // between: the lower's Color
+  EXPECT_EQ(c.FindColor(11, true), Rgb(255, 255, 255));   // above: the last's Color
+  c.SetInterpolateColors(true);
+  // From the lower's Color (0) to the upper's ColorBelow (100): 50 at the middle.
+  EXPECT_EQ(c.FindColor(5, false), Rgb(50, 50, 50));
+  EXPECT_EQ(c.FindColor(0.5, false), Rgb(5, 5, 5));
+  EXPECT_EQ(c.FindColor(-1, false), Rgb(10, 10, 10));
+}
+
+TEST(Contouring, NoneMapCarriesTheHostsColoursAcrossARebuild) {
+  Contouring c;
+  c.SetColorMapType(orvColorMapNone);
+  c.ApplyColorMap();  // nothing captured yet: nothing happens
+  c.Contours().Add(0, Rgb(255, 0, 0));
+  c.Contours().Add(10, Rgb(0, 0, 255));
+  c.AutoSetContours(0, 100);
+  ASSERT_EQ(c.Contours().Count(), 11);
+  EXPECT_EQ(c.Contours().Item(0)->Color(), Rgb(255, 0, 0));
+  EXPECT_EQ(c.Contours().Item(5)->Color(), Rgb(128, 0, 128));
+  EXPECT_EQ(c.Contours().Item(10)->Color(), Rgb(0, 0, 255));
+}
+
+TEST(Contouring, UserMapIsSampledDirectly) {
+  Contouring c;
+  c.SetColorMapType(orvColorMapUser);
+  c.UserColorMap().RemoveAll();
+  c.UserColorMap().Add(0, Rgb(0, 0, 0));
+  c.UserColorMap().Add(1, Rgb(200, 0, 0));
+  c.SetAutoSetIntervalCount(4);
+  c.AutoSetContours(0, 4);
+  EXPECT_EQ(c.Contours().Item(2)->Color(), Rgb(100, 0, 0));
+  // A single stop reaches nothing: the levels keep their colours.
+  c.UserColorMap().Remove(1);
+  c.Contours().Item(2)->SetColor(7);
+  c.ApplyColorMap();
+  EXPECT_EQ(c.Contours().Item(2)->Color(), 7u);
+}
+
+TEST(Contouring, LetsRaiseTheirNamesAndPersist) {
+  Contouring c;
+  EventRecorder events(c.PropertyChanged);
+  c.SetColorMapType(orvColorMapLandSeaDark);
+  c.SetColorMapType(orvColorMapLandSeaDark);
+  c.SetAutoSetInterval(2.5);
+  c.SetAutoSetIntervalCount(7);
+  c.SetAutoSetContoursType(orvAutoSetByInterval);
+  c.SetInterpolateColors(true);
+  c.UserColorMap().Add(0.5, orvColorGold);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"ColorMap", "AutoSetInterval",
+                                                    "AutoSetIntervalCount", "AutoSetContoursType",
+                                                    "InterpolateColors", "UserColorMap.Count"}));
+  c.AutoSetContours(0, 10);
+  c.Contours().Item(1)->SetLineWidth(4);
+  PropertyBag bag;
+  c.WriteProperties(bag, "Contouring.");
+  EXPECT_EQ(bag.ReadProperty("Contouring.ColorMap", std::int32_t{0}), orvColorMapLandSeaDark);
+  EXPECT_TRUE(bag.Contains("Contouring.Contours.Contour1.LineWidth"));
+  Contouring copy;
+  copy.ReadProperties(bag, "Contouring.");
+  EXPECT_EQ(copy.ColorMapType(), orvColorMapLandSeaDark);
+  EXPECT_EQ(copy.AutoSetInterval(), 2.5);
+  EXPECT_TRUE(copy.InterpolateColors());
+  EXPECT_EQ(Values(copy), Values(c));
+  EXPECT_EQ(copy.Contours().Item(1)->LineWidth(), 4);
+  EXPECT_EQ(copy.Contours().Item(1)->Color(), c.Contours().Item(1)->Color());
+  EXPECT_EQ(copy.UserColorMap().Count(), 3);
+  // No keys: the defaults. A bad style: nothing changes.
+  copy.ReadProperties(PropertyBag(), "Contouring.");
+  EXPECT_EQ(copy.ColorMapType(), orvColorMapRainbow);
+  EXPECT_EQ(copy.Contours().Count(), 0);
+  PropertyBag bad;
+  bad.WriteProperty("C.ColorMap", std::int32_t{2});
+  bad.WriteProperty("C.Contours.Count", std::int32_t{1});
+  bad.WriteProperty("C.Contours.Contour0.LineDrawStyle", std::int32_t{9});
+  EXPECT_ORVANE_ERROR(c.ReadProperties(bad, "C."), 5, "Orvada.Contour");
+  EXPECT_EQ(c.ColorMapType(), orvColorMapLandSeaDark);
+  c.ResetToDefaults();
+  EXPECT_EQ(c.Contours().Count(), 0);
+  EXPECT_EQ(c.AutoSetInterval(), 1.0);
+}
+
+}  // namespace
+}  // namespace orvane
