@@ -9,6 +9,8 @@ packages=(
   g++ cmake ninja-build pkg-config make
   # persistence and command line
   nlohmann-json3-dev libcli11-dev
+  # polygon clipping (Boost.Geometry, header-only)
+  libboost-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
 )

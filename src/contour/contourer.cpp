@@ -1,0 +1,217 @@
+// Tracing contour lines and filled bands over a triangle mesh.
+//
+// Per triangle: the segments at the boundaries within its Z range (the others cannot be
+// crossed), then for every band it reaches the nodes of its part in the band: the
+// segment ends at the band's two boundaries and the vertices within the band. The part
+// is convex and its nodes all lie on the triangle's perimeter, so ordering them by
+// perimeter position gives the polygon's boundary; coincident neighbours are dropped and
+// the polygon is fanned from its first node.
+//
+// A vertex lying on a boundary (within the point tolerance) belongs to the bands on both
+// sides. Counting only vertices strictly inside would drop a vertex that touches a level
+// while the rest of its triangle lies on one side (no segment is made there), and leave a
+// hole in the fill wherever data heights meet level values. A part lying wholly on its
+// band's top boundary (a triangle flat at a level) is left to the band above, which holds
+// the level's own colour, so that it is filled once.
+
+#include "contourer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+// Stands for minus and plus infinity at the outer boundaries.
+constexpr double kBelowAll = -1.79769313486231e+308;
+constexpr double kAboveAll = 1.79769313486231e+308;
+
+int Sign(double v) { return v > 0.0 ? 1 : (v < 0.0 ? -1 : 0); }
+
+// T(s0, s1, s2) as [s2 + 1][s1 + 1][s0 + 1].
+constexpr int kCases[3][3][3] = {
+    {{0, 0, 9}, {0, 1, 5}, {7, 4, 8}},
+    {{0, 3, 6}, {2, 0, 2}, {6, 3, 0}},
+    {{8, 4, 7}, {5, 1, 0}, {9, 0, 0}},
+};
+
+struct Node {
+  double x, y, z, position;
+};
+
+// The crossing of level z on side a-b, at position a + t.
+Node Crossing(double z, int a, const double (&x)[3], const double (&y)[3], const double (&zs)[3]) {
+  const int b = (a + 1) % 3;
+  const double t = (z - zs[a]) / (zs[b] - zs[a]);
+  return {x[a] + (x[b] - x[a]) * t, y[a] + (y[b] - y[a]) * t, z, a + t};
+}
+
+Node Vertex(int i, double z, const double (&x)[3], const double (&y)[3]) {
+  return {x[i], y[i], z, static_cast<double>(i)};
+}
+
+// Per-thread scratch of one triangle's work.
+struct TriangleWork {
+  std::vector<CContourer::Segment> segments;  // at boundaries kFirst .. kLast
+  std::vector<bool> has;
+  std::vector<Node> nodes;
+};
+
+// Appends the fan of nodes[0..count) to the band, through the clip when there is one.
+void Fan(const std::vector<Node>& nodes, BandTriangles& band, const TriangleClip& clip) {
+  for (std::size_t i = 1; i + 1 < nodes.size(); ++i) {
+    const Node& a = nodes[0];
+    const Node& b = nodes[i];
+    const Node& c = nodes[i + 1];
+    if (clip) {
+      const double x[3] = {a.x, b.x, c.x};
+      const double y[3] = {a.y, b.y, c.y};
+      const double z[3] = {a.z, b.z, c.z};
+      clip(x, y, z, band);
+    } else {
+      band.insert(band.end(), {a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z});
+    }
+  }
+}
+
+// One triangle against the sorted boundaries.
+void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)[3],
+                   std::span<const double> b, ContourTrace& out, TriangleWork& work,
+                   const TriangleClip& clip) {
+  const std::size_t n = b.size() - 1;  // number of levels
+  const double zMin = std::min({z[0], z[1], z[2]});
+  const double zMax = std::max({z[0], z[1], z[2]});
+  // Bands from the one just below zMin (its top may hold a segment) to the one holding zMax.
+  const auto firstAbove = std::upper_bound(b.begin(), b.end(), zMax);
+  const std::size_t kLast = static_cast<std::size_t>(firstAbove - b.begin()) - 1;
+  const auto firstReaching = std::lower_bound(b.begin(), b.end(), zMin);
+  const std::size_t kFirst = firstReaching == b.begin()
+                                 ? 0
+                                 : static_cast<std::size_t>(firstReaching - b.begin()) - 1;
+  // Segments at boundaries kFirst .. kLast + 1 (those outside the Z range give none).
+  const std::size_t count = kLast - kFirst + 2;
+  work.segments.resize(count);
+  work.has.assign(count, false);
+  for (std::size_t k = std::max<std::size_t>(kFirst, 1); k <= std::min(kLast + 1, n); ++k) {
+    const std::size_t slot = k - kFirst;
+    if (CContourer::Trace(b[k], x, y, z, work.segments[slot])) {
+      work.has[slot] = true;
+      out.levelLines[k - 1].Append(work.segments[slot].line);
+    }
+  }
+  for (std::size_t k = kFirst; k <= kLast; ++k) {
+    std::vector<Node>& nodes = work.nodes;
+    nodes.clear();
+    const double lo = b[k];
+    const double hi = k < n ? b[k + 1] : kAboveAll;
+    bool belowTop = false;  // some node lies below the band's top boundary
+    for (std::size_t edge : {k, k + 1}) {
+      if (edge > n || !work.has[edge - kFirst]) continue;
+      const CContourer::Segment& s = work.segments[edge - kFirst];
+      nodes.push_back({s.line.x1, s.line.y1, s.line.z1, s.position1});
+      nodes.push_back({s.line.x2, s.line.y2, s.line.z2, s.position2});
+      belowTop = belowTop || edge == k;
+    }
+    for (int i = 0; i < 3; ++i) {
+      if (z[i] - lo > -kPointTolerance && hi - z[i] > -kPointTolerance) {
+        nodes.push_back({x[i], y[i], z[i], static_cast<double>(i)});
+        belowTop = belowTop || hi - z[i] > kPointTolerance;
+      }
+    }
+    if (nodes.size() < 3 || (!belowTop && k < n)) continue;
+    std::sort(nodes.begin(), nodes.end(),
+              [](const Node& p, const Node& q) { return p.position < q.position; });
+    // Coincident neighbours along the boundary (and across its closing point) are one node.
+    std::size_t kept = 1;
+    for (std::size_t i = 1; i < nodes.size(); ++i) {
+      const Node& prev = nodes[kept - 1];
+      if (!Coincide(prev.x, prev.y, prev.z, nodes[i].x, nodes[i].y, nodes[i].z)) nodes[kept++] = nodes[i];
+    }
+    while (kept > 1 && Coincide(nodes[0].x, nodes[0].y, nodes[0].z, nodes[kept - 1].x,
+                                nodes[kept - 1].y, nodes[kept - 1].z)) {
+      --kept;
+    }
+    nodes.resize(kept);
+    if (nodes.size() >= 3) Fan(nodes, out.bands[k], clip);
+  }
+}
+
+ContourTrace EmptyTrace(std::size_t boundaries) {
+  ContourTrace out;
+  out.levelLines.resize(boundaries - 1);
+  out.bands.resize(boundaries);
+  return out;
+}
+
+}  // namespace
+
+int CContourer::Case(int s0, int s1, int s2) { return kCases[s2 + 1][s1 + 1][s0 + 1]; }
+
+bool CContourer::Trace(double z, const double (&x)[3], const double (&y)[3], const double (&zs)[3],
+                       Segment& out) {
+  const int c = Case(Sign(zs[0] - z), Sign(zs[1] - z), Sign(zs[2] - z));
+  Node p, q;
+  switch (c) {
+    case 0: return false;
+    case 1: p = Vertex(0, z, x, y); q = Vertex(1, z, x, y); break;
+    case 2: p = Vertex(1, z, x, y); q = Vertex(2, z, x, y); break;
+    case 3: p = Vertex(2, z, x, y); q = Vertex(0, z, x, y); break;
+    case 4: p = Vertex(0, z, x, y); q = Crossing(z, 1, x, y, zs); break;
+    case 5: p = Vertex(1, z, x, y); q = Crossing(z, 2, x, y, zs); break;
+    case 6: p = Vertex(2, z, x, y); q = Crossing(z, 0, x, y, zs); break;
+    case 7: p = Crossing(z, 0, x, y, zs); q = Crossing(z, 1, x, y, zs); break;
+    case 8: p = Crossing(z, 1, x, y, zs); q = Crossing(z, 2, x, y, zs); break;
+    default: p = Crossing(z, 2, x, y, zs); q = Crossing(z, 0, x, y, zs); break;
+  }
+  out.line = {p.x, p.y, z, q.x, q.y, z};
+  out.position1 = p.position;
+  out.position2 = q.position;
+  return true;
+}
+
+std::vector<double> CContourer::Boundaries(std::span<const double> levels) {
+  std::vector<double> b{kBelowAll};
+  b.insert(b.end(), levels.begin(), levels.end());
+  return b;
+}
+
+ContourTrace CContourer::TraceMesh(
+    std::size_t triangleCount,
+    const std::function<void(std::size_t, double (&)[3], double (&)[3], double (&)[3])>& triangle,
+    std::span<const double> boundaries, const TriangleClip& clip) {
+  ContourTrace out = EmptyTrace(boundaries.size());
+  TriangleWork work;
+  double x[3], y[3], z[3];
+  for (std::size_t t = 0; t < triangleCount; ++t) {
+    triangle(t, x, y, z);
+    TraceTriangle(x, y, z, boundaries, out, work, clip);
+  }
+  return out;
+}
+
+ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const double> gy,
+                                   std::span<const double> gz, std::span<const double> boundaries,
+                                   const TriangleClip& clip) {
+  ContourTrace out = EmptyTrace(boundaries.size());
+  TriangleWork work;
+  const std::size_t nx = gx.size();
+  const std::size_t ny = gy.size();
+  for (std::size_t i = 0; i + 1 < nx; ++i) {
+    for (std::size_t j = 0; j + 1 < ny; ++j) {
+      const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];
+      const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
+      const double xa[3] = {gx[i], gx[i + 1], gx[i + 1]};
+      const double ya[3] = {gy[j], gy[j], gy[j + 1]};
+      const double za[3] = {z00, z10, z11};
+      TraceTriangle(xa, ya, za, boundaries, out, work, clip);
+      const double xb[3] = {gx[i], gx[i + 1], gx[i]};
+      const double yb[3] = {gy[j], gy[j + 1], gy[j + 1]};
+      const double zb[3] = {z00, z11, z01};
+      TraceTriangle(xb, yb, zb, boundaries, out, work, clip);
+    }
+  }
+  return out;
+}
+
+}  // namespace orvane

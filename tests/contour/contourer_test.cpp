@@ -1,0 +1,222 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "contour/contourer.h"
+#include "contour/reference_chain.h"
+#include "data/triangulate.h"
+
+namespace orvane {
+namespace {
+
+using Triangle = const double (&)[3];
+
+CContourer::Segment TraceOne(double level, std::array<double, 3> z) {
+  const double x[3] = {0, 1, 0};
+  const double y[3] = {0, 0, 1};
+  const double zs[3] = {z[0], z[1], z[2]};
+  CContourer::Segment s{};
+  EXPECT_TRUE(CContourer::Trace(level, x, y, zs, s));
+  return s;
+}
+
+TEST(CContourer, TriangleCasesFromTheTable) {
+  const double x[3] = {0, 1, 0};
+  const double y[3] = {0, 0, 1};
+  // Two vertices on the level, the third below: the edge between them (case 2).
+  const CContourer::Segment edge = TraceOne(10, {0, 10, 10});
+  EXPECT_EQ(edge.line, (CLine{1, 0, 10, 0, 1, 10}));
+  // Heights 0, 10, 20 at level 10: vertex 1 to the middle of side 2-0 (case 5).
+  const CContourer::Segment mid = TraceOne(10, {0, 10, 20});
+  EXPECT_EQ(mid.line, (CLine{1, 0, 10, 0, 0.5, 10}));
+  EXPECT_EQ(mid.position1, 1.0);
+  EXPECT_EQ(mid.position2, 2.5);
+  // A triangle flat on the level, or touching it at one vertex only, gives nothing.
+  CContourer::Segment none{};
+  const double flat[3] = {5, 5, 5};
+  EXPECT_FALSE(CContourer::Trace(5, x, y, flat, none));
+  const double touch[3] = {5, 6, 7};
+  EXPECT_FALSE(CContourer::Trace(5, x, y, touch, none));
+  // Every case gives a segment on the level whose ends lie on the triangle.
+  for (int s0 = -1; s0 <= 1; ++s0) {
+    for (int s1 = -1; s1 <= 1; ++s1) {
+      for (int s2 = -1; s2 <= 1; ++s2) {
+        const double zs[3] = {5.0 + s0, 5.0 + s1, 5.0 + s2};
+        CContourer::Segment s{};
+        const bool made = CContourer::Trace(5, x, y, zs, s);
+        EXPECT_EQ(made, CContourer::Case(s0, s1, s2) != 0);
+        if (!made) continue;
+        EXPECT_EQ(s.line.z1, 5);
+        for (double px : {s.line.x1, s.line.x2}) EXPECT_GE(px, 0);
+        EXPECT_NE(s.line, (CLine{s.line.x2, s.line.y2, 5, s.line.x2, s.line.y2, 5}));
+      }
+    }
+  }
+  EXPECT_EQ(CContourer::Case(0, 0, 0), 0);
+  EXPECT_EQ(CContourer::Case(-1, 1, 1), 9);
+}
+
+// A random triangulated mesh of z = f(x, y) traced at several levels.
+struct Mesh {
+  CTriangulate t;
+  void Trace(const std::vector<double>& levels, ContourTrace& out) {
+    const auto& v = t.TriangleVertices();
+    out = CContourer::TraceMesh(
+        static_cast<std::size_t>(t.TriangleCount()),
+        [&](std::size_t tri, double (&x)[3], double (&y)[3], double (&z)[3]) {
+          for (std::size_t k = 0; k < 3; ++k) {
+            const auto p = static_cast<std::size_t>(v[3 * tri + k]);
+            x[k] = t.PointX()[p];
+            y[k] = t.PointY()[p];
+            z[k] = t.PointZ()[p];
+          }
+        },
+        CContourer::Boundaries(levels));
+  }
+};
+
+void ExpectSameChains(const CLineList& lines) {
+  const CLineList fast = lines.Chain();
+  const CLineList reference = testing::ReferenceChain(lines);
+  EXPECT_EQ(fast.Lines(), reference.Lines());
+  EXPECT_EQ(fast.PolylineStarts(), reference.PolylineStarts());
+  EXPECT_EQ(fast.Count(), lines.Count());
+}
+
+TEST(CLineList, ChainingMatchesTheLiteralRuleOnRandomMeshes) {
+  for (unsigned seed : {1u, 2u, 3u}) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> unit(0, 1);
+    std::vector<double> x, y, z;
+    for (int i = 0; i < 1500; ++i) {
+      x.push_back(unit(random));
+      y.push_back(unit(random));
+      z.push_back(std::sin(6 * x.back()) * std::cos(5 * y.back()));
+    }
+    Mesh mesh;
+    mesh.t.Triangulate(x, y, z);
+    ContourTrace trace;
+    mesh.Trace({-0.6, -0.2, 0.0, 0.3, 0.7}, trace);
+    for (const CLineList& level : trace.levelLines) {
+      ASSERT_GT(level.Count(), 0u);
+      ExpectSameChains(level);
+    }
+  }
+}
+
+TEST(CLineList, ChainingMatchesOnGridsWithSharedEdgesAndClosedRings) {
+  // A bump on a grid: rings around the top; levels exactly at grid heights emit edges
+  // twice (shared by two triangles), which makes points touched by several segments.
+  const std::size_t n = 41;
+  std::vector<double> gx(n), gy(n), gz(n * n);
+  for (std::size_t i = 0; i < n; ++i) gx[i] = gy[i] = static_cast<double>(i) / (n - 1.0);
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = 0; j < n; ++j) {
+      const double dx = gx[i] - 0.5, dy = gy[j] - 0.5;
+      gz[i * n + j] = std::round(10 * std::exp(-8 * (dx * dx + dy * dy))) / 10;
+    }
+  }
+  const ContourTrace trace = CContourer::TraceGrid(gx, gy, gz, CContourer::Boundaries(std::vector<double>{0.25, 0.5, 0.8}));
+  for (const CLineList& level : trace.levelLines) ExpectSameChains(level);
+  const CLineList ring = trace.levelLines[1].Chain();
+  ASSERT_FALSE(ring.PolylineStarts().empty());
+  const CLine& first = ring.Lines().front();
+  const std::size_t end = ring.PolylineStarts().size() > 1 ? static_cast<std::size_t>(ring.PolylineStarts()[1]) : ring.Count();
+  const CLine& last = ring.Lines()[end - 1];
+  EXPECT_TRUE(Coincide(first.x1, first.y1, first.z1, last.x2, last.y2, last.z2)) << "ring not closed";
+}
+
+TEST(CLineList, SegmentsAFractionApartAreNotJoined) {
+  CLineList lines;
+  lines.Append({0, 0, 1, 1, 0, 1});
+  lines.Append({1 + 1e-13, 0, 1, 2, 0, 1});  // 1e-13 beyond the tolerance
+  lines.Append({2, 0, 1, 3, 0, 1});
+  lines.Append({3, 0, 1 + 1e-9, 4, 0, 1 + 1e-9});  // another level
+  const CLineList chained = lines.Chain();
+  EXPECT_EQ(chained.PolylineStarts(), (std::vector<std::int32_t>{0, 1, 3}));
+  ExpectSameChains(lines);
+  // Within the tolerance they join, turned round as needed, at either end.
+  CLineList close;
+  close.Append({1, 0, 0, 2, 0, 0});
+  close.Append({0, 0, 0, 1 + 1e-15, 0, 0});
+  close.Append({3, 0, 0, 2, 0, 0});
+  const CLineList one = close.Chain();
+  EXPECT_EQ(one.PolylineStarts(), std::vector<std::int32_t>{0});
+  EXPECT_EQ(one.Lines()[0], (CLine{0, 0, 0, 1 + 1e-15, 0, 0}));
+  EXPECT_EQ(one.Lines()[2], (CLine{2, 0, 0, 3, 0, 0}));
+  ExpectSameChains(close);
+  EXPECT_EQ(CLineList().Chain().Count(), 0u);
+}
+
+double Area(const BandTriangles& b) {
+  double area = 0;
+  for (std::size_t i = 0; i + 8 < b.size(); i += 9) {
+    area += 0.5 * std::fabs((b[i + 3] - b[i]) * (b[i + 7] - b[i + 1]) - (b[i + 4] - b[i + 1]) * (b[i + 6] - b[i]));
+  }
+  return area;
+}
+
+TEST(CContourer, BandsOfAPlaneAreItsStrips) {
+  // z = x over the unit square: band k is the strip between its two levels.
+  const std::size_t n = 11;
+  std::vector<double> g(n), z(n * n);
+  for (std::size_t i = 0; i < n; ++i) g[i] = static_cast<double>(i) / (n - 1.0);
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = 0; j < n; ++j) z[i * n + j] = g[i];
+  }
+  const std::vector<double> levels{0.25, 0.55, 0.8};
+  const ContourTrace trace = CContourer::TraceGrid(g, g, z, CContourer::Boundaries(levels));
+  ASSERT_EQ(trace.bands.size(), 4u);
+  EXPECT_NEAR(Area(trace.bands[0]), 0.25, 1e-12);
+  EXPECT_NEAR(Area(trace.bands[1]), 0.30, 1e-12);
+  EXPECT_NEAR(Area(trace.bands[2]), 0.25, 1e-12);
+  EXPECT_NEAR(Area(trace.bands[3]), 0.20, 1e-12);
+  const std::vector<double> b = CContourer::Boundaries(levels);
+  for (std::size_t k = 0; k < 4; ++k) {
+    const double lo = b[k], hi = k + 1 < b.size() ? b[k + 1] : 2;
+    for (std::size_t i = 2; i < trace.bands[k].size(); i += 3) {
+      EXPECT_GE(trace.bands[k][i], lo - 1e-14);
+      EXPECT_LE(trace.bands[k][i], hi + 1e-14);
+    }
+  }
+  // On one cell, the middle bands hold no vertex at all: only crossings.
+  const ContourTrace coarse = CContourer::TraceGrid(std::vector<double>{0, 1}, std::vector<double>{0, 1},
+                                                    std::vector<double>{0, 0, 1, 1}, CContourer::Boundaries(levels));
+  EXPECT_NEAR(Area(coarse.bands[1]), 0.30, 1e-12);
+  EXPECT_NEAR(Area(coarse.bands[2]), 0.25, 1e-12);
+  // The line at 0.55 is x = 0.55 across the square, one polyline.
+  const CLineList line = trace.levelLines[1].Chain();
+  EXPECT_EQ(line.PolylineStarts().size(), 1u);
+  for (const CLine& s : line.Lines()) {
+    EXPECT_NEAR(s.x1, 0.55, 1e-15);
+    EXPECT_EQ(s.z1, 0.55);
+  }
+}
+
+TEST(CContourer, BandsCoverARandomMeshExactlyOnce) {
+  std::mt19937 random(4);
+  std::uniform_real_distribution<double> unit(0, 1);
+  std::vector<double> x, y, z;
+  for (int i = 0; i < 800; ++i) {
+    x.push_back(unit(random));
+    y.push_back(unit(random));
+    z.push_back(x.back() * x.back() - y.back());
+  }
+  Mesh mesh;
+  mesh.t.Triangulate(x, y, z);
+  ContourTrace trace;
+  mesh.Trace({-0.5, -0.1, 0.2, 0.6}, trace);
+  double meshArea = 0, bandArea = 0;
+  const auto& cx = mesh.t.CornerX();
+  const auto& cy = mesh.t.CornerY();
+  for (std::size_t i = 0; i < cx.size(); i += 3) {
+    meshArea += 0.5 * std::fabs((cx[i + 1] - cx[i]) * (cy[i + 2] - cy[i]) - (cy[i + 1] - cy[i]) * (cx[i + 2] - cx[i]));
+  }
+  for (const BandTriangles& band : trace.bands) bandArea += Area(band);
+  EXPECT_NEAR(bandArea, meshArea, 1e-12);
+}
+
+}  // namespace
+}  // namespace orvane
