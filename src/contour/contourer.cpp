@@ -19,6 +19,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orvane/core/color.h"
+
 namespace orvane {
 
 namespace {
@@ -89,6 +91,17 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
   const std::size_t kFirst = firstReaching == b.begin()
                                  ? 0
                                  : static_cast<std::size_t>(firstReaching - b.begin()) - 1;
+  // Wholly inside one band, clear of both its boundaries: the triangle itself.
+  if (kFirst == kLast) {
+    const double lo = b[kFirst];
+    const double hi = kFirst < n ? b[kFirst + 1] : kAboveAll;
+    if (zMin - lo > kPointTolerance && hi - zMax > kPointTolerance) {
+      std::vector<Node>& nodes = work.nodes;
+      nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
+      Fan(nodes, out.bands[kFirst], clip);
+      return;
+    }
+  }
   // Segments at boundaries kFirst .. kLast + 1 (those outside the Z range give none).
   const std::size_t count = kLast - kFirst + 2;
   work.segments.resize(count);
@@ -137,10 +150,15 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
   }
 }
 
-ContourTrace EmptyTrace(std::size_t boundaries) {
+// Room for T / (n / 2) triangles in each band (twice the average per level).
+ContourTrace EmptyTrace(std::size_t boundaries, std::size_t triangles) {
   ContourTrace out;
   out.levelLines.resize(boundaries - 1);
   out.bands.resize(boundaries);
+  const double levels = static_cast<double>(boundaries - 1);
+  const double perBand = levels < 2 ? static_cast<double>(triangles)
+                                    : RoundHalfEven(static_cast<double>(triangles) / RoundHalfEven(levels / 2));
+  for (BandTriangles& band : out.bands) band.reserve(9 * static_cast<std::size_t>(perBand));
   return out;
 }
 
@@ -180,7 +198,7 @@ ContourTrace CContourer::TraceMesh(
     std::size_t triangleCount,
     const std::function<void(std::size_t, double (&)[3], double (&)[3], double (&)[3])>& triangle,
     std::span<const double> boundaries, const TriangleClip& clip) {
-  ContourTrace out = EmptyTrace(boundaries.size());
+  ContourTrace out = EmptyTrace(boundaries.size(), triangleCount);
   TriangleWork work;
   double x[3], y[3], z[3];
   for (std::size_t t = 0; t < triangleCount; ++t) {
@@ -193,10 +211,10 @@ ContourTrace CContourer::TraceMesh(
 ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const double> gy,
                                    std::span<const double> gz, std::span<const double> boundaries,
                                    const TriangleClip& clip) {
-  ContourTrace out = EmptyTrace(boundaries.size());
-  TriangleWork work;
   const std::size_t nx = gx.size();
   const std::size_t ny = gy.size();
+  ContourTrace out = EmptyTrace(boundaries.size(), nx > 1 && ny > 1 ? 2 * (nx - 1) * (ny - 1) : 0);
+  TriangleWork work;
   for (std::size_t i = 0; i + 1 < nx; ++i) {
     for (std::size_t j = 0; j + 1 < ny; ++j) {
       const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];

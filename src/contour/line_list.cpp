@@ -51,8 +51,10 @@ Neighbours FindCoincidentEnds(const std::vector<CLine>& lines) {
       largest = std::max({largest, std::fabs(p.x), std::fabs(p.y)});
     }
   }
-  // Cells at least the tolerance wide, and coarse enough that their numbers fit 62 bits.
-  const double cell = std::max(kPointTolerance, largest * 0x1.0p-60);
+  // Cells much wider than the tolerance, so that a point's window of coincidence nearly
+  // always lies in its own cell (one look-up), yet far finer than real point spacing;
+  // and coarse enough that their numbers fit 62 bits.
+  const double cell = std::max(1024.0 * kPointTolerance, largest * 0x1.0p-60);
   auto key = [cell](double v) { return static_cast<std::int64_t>(std::floor(v / cell)); };
   struct Entry {
     std::int64_t cx, cy;
