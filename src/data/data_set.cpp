@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "data_set_state.h"
+#include "contour/hull_clip.h"
 #include "geometry.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
@@ -150,6 +151,8 @@ void DataSetState::Reset(bool keepUserHull) {
   gridX.clear();
   gridY.clear();
   geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
+  contourLines.assign(1, CLineList{});
+  bandTriangles.clear();
   dataHullX.clear();
   dataHullY.clear();
   if (!keepUserHull) ClearUserHull();
@@ -196,7 +199,7 @@ void DataSetState::RebuildMeshIfNeeded() {
   needsRebuild = false;
 }
 
-void DataSetState::PrepareContourTracing() {
+void DataSetState::TraceContours(std::span<const double> levels) {
   const auto count = static_cast<std::size_t>(std::max(userHullInputCount, 0));
   userHullX.assign(std::max<std::size_t>(count, 1), 0.0);
   userHullY.assign(std::max<std::size_t>(count, 1), 0.0);
@@ -212,12 +215,55 @@ void DataSetState::PrepareContourTracing() {
       }
     }
   }
+
+  // Boundaries in the mesh's normalised Z; a flat data set puts every level at 0.
+  std::vector<double> normalised(levels.size());
+  const bool flat = max[2] - min[2] < kTolerance;
+  for (std::size_t k = 0; k < levels.size(); ++k) normalised[k] = flat ? 0.0 : Normalise(2, levels[k]);
+  std::sort(normalised.begin(), normalised.end());  // levels arrive ascending already
+  const std::vector<double> boundaries = CContourer::Boundaries(normalised);
+
+  std::unique_ptr<HullClipper> clipper;
+  TriangleClip clip;
+  if (count >= 3) {
+    clipper = std::make_unique<HullClipper>(std::span<const double>(userHullX).first(count),
+                                            std::span<const double>(userHullY).first(count));
+    clip = [&clipper](const double (&x)[3], const double (&y)[3], const double (&z)[3],
+                      BandTriangles& band) { clipper->Clip(x, y, z, band); };
+  }
+  ContourTrace trace;
+  if (meshType == kGridMesh) {
+    const std::size_t ny = gridY.size();
+    std::vector<double> nx(gridX.size()), nyv(ny);
+    for (std::size_t i = 0; i < nx.size(); ++i) nx[i] = meshX[i * ny];
+    for (std::size_t j = 0; j < ny; ++j) nyv[j] = meshY[j];
+    trace = CContourer::TraceGrid(nx, nyv, meshZ, boundaries, clip);
+  } else if (meshType == kTriangleMesh && triangulation) {
+    const CTriangulate& t = *triangulation;
+    trace = CContourer::TraceMesh(
+        static_cast<std::size_t>(t.TriangleCount()),
+        [&t](std::size_t tri, double (&x)[3], double (&y)[3], double (&z)[3]) {
+          for (std::size_t k = 0; k < 3; ++k) {
+            x[k] = t.CornerX()[3 * tri + k];
+            y[k] = t.CornerY()[3 * tri + k];
+            z[k] = t.CornerZ()[3 * tri + k];
+          }
+        },
+        boundaries, clip);
+  } else {
+    trace.levelLines.resize(levels.size());
+    trace.bands.resize(levels.size() + 1);
+  }
+  contourLines.clear();
+  for (const CLineList& level : trace.levelLines) contourLines.push_back(level.Chain());
+  if (contourLines.empty()) contourLines.emplace_back();
+  bandTriangles = std::move(trace.bands);
   contoursStale = false;
 }
 
-void DataSetState::PrepareForDrawing() {
+void DataSetState::PrepareForDrawing(std::span<const double> levels) {
   RebuildMeshIfNeeded();
-  if (contoursStale) PrepareContourTracing();
+  if (contoursStale) TraceContours(levels);
 }
 
 }  // namespace detail

@@ -6,8 +6,10 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
+#include "contour/contourer.h"
 #include "orvane/core/event.h"
 #include "orvane/data/data_set.h"
 #include "triangulate.h"
@@ -45,6 +47,11 @@ struct DataSetState {
   std::array<double, 3> max{0.0, 0.0, 0.0};
   std::array<double, 3> range{1.0, 1.0, 1.0};
 
+  // Contour lines of each level (chained, normalised) and the filled triangles of each
+  // band, from the last tracing; one empty list when cleared.
+  std::vector<CLineList> contourLines{CLineList{}};
+  std::vector<BandTriangles> bandTriangles;
+
   bool needsRebuild = false;
   std::array<bool, 3> geometryChanged{false, false, false};  // read and cleared by the views
   bool contoursStale = false;
@@ -64,11 +71,12 @@ struct DataSetState {
   void Reset(bool keepUserHull);
   // Rebuilds the mesh when the input changed (lazily, before drawing).
   void RebuildMeshIfNeeded();
-  // Before contours are traced: the normalised user hull, and over a triangulated mesh the
-  // test that every user hull vertex lies in the data hull (error -2147221304).
-  void PrepareContourTracing();
-  // Rebuild and contour preparation, as a frame does before drawing this data set.
-  void PrepareForDrawing();
+  // Traces the levels (data units, ascending) over the mesh: first the normalised user
+  // hull and, over a triangulated mesh, the test that every user hull vertex lies in the
+  // data hull (error -2147221304); then lines and bands, clipped to the user hull.
+  void TraceContours(std::span<const double> levels);
+  // Rebuild and tracing, as a frame does before drawing this data set.
+  void PrepareForDrawing(std::span<const double> levels = {});
 };
 
 struct DataSetAccess {

@@ -448,3 +448,81 @@ TEST(DataSets, ClearAllIterationAndSuspendedEvents) {
 
 }  // namespace
 }  // namespace orvane
+
+namespace orvane {
+namespace {
+
+double BandArea(const std::vector<BandTriangles>& bands) {
+  double area = 0;
+  for (const BandTriangles& b : bands) {
+    for (std::size_t i = 0; i + 8 < b.size(); i += 9) {
+      area += 0.5 * std::fabs((b[i + 3] - b[i]) * (b[i + 7] - b[i + 1]) -
+                              (b[i + 4] - b[i + 1]) * (b[i + 6] - b[i]));
+    }
+  }
+  return area;
+}
+
+TEST(DataSet, BandsAreClippedToAConcaveUserHull) {
+  DataSet d;
+  // A 21 x 21 grid given as scattered points over 0..10, z = x + y.
+  std::vector<double> x, y, z;
+  for (int i = 0; i <= 20; ++i) {
+    for (int j = 0; j <= 20; ++j) {
+      x.push_back(i * 0.5);
+      y.push_back(j * 0.5);
+      z.push_back(x.back() + y.back());
+    }
+  }
+  d.DataAsSparseGridSet(static_cast<std::int32_t>(x.size()), x, y, z);
+  // A "C" in data units: the 10 x 10 square less the notch 3..10 x 4..6 (area 86).
+  d.UserHullSet(8, std::vector<double>{0, 10, 10, 3, 3, 10, 10, 0},
+                std::vector<double>{0, 0, 4, 4, 6, 6, 10, 10});
+  auto& s = DataSetAccess::State(d);
+  const std::vector<double> levels{4, 8, 12, 16};
+  s.PrepareForDrawing(levels);
+  ASSERT_EQ(s.bandTriangles.size(), 5u);
+  ASSERT_EQ(s.contourLines.size(), 4u);
+  // Normalised units: the hull's area 86 of the data's 100.
+  EXPECT_NEAR(BandArea(s.bandTriangles), 0.86, 1e-9);
+  for (const BandTriangles& band : s.bandTriangles) {
+    for (std::size_t i = 0; i + 2 < band.size(); i += 3) {
+      EXPECT_TRUE(detail::IsPointInPolygonInclusive(band[i], band[i + 1], s.userHullX, s.userHullY))
+          << band[i] << "," << band[i + 1];
+    }
+  }
+  // Without the hull the bands cover the whole square.
+  d.UserHullClear();
+  s.contoursStale = true;
+  s.PrepareForDrawing(levels);
+  EXPECT_NEAR(BandArea(s.bandTriangles), 1.0, 1e-9);
+}
+
+TEST(DataSet, GridLinesComeBackChainedOnTheLevel) {
+  DataSet d;
+  const std::vector<double> x{0, 1, 2, 3}, y{0, 1, 2};
+  std::vector<double> z;
+  for (double xi : x) {
+    for (double yj : y) z.push_back(10 * xi + yj);  // rises along X
+  }
+  d.DataAsRectangularGridSet(x, 4, y, 3, Array2D(z, 4, 3));
+  auto& s = DataSetAccess::State(d);
+  s.PrepareForDrawing(std::vector<double>{15});
+  ASSERT_EQ(s.contourLines.size(), 1u);
+  const CLineList& line = s.contourLines[0];
+  EXPECT_EQ(line.PolylineStarts().size(), 1u);
+  for (const CLine& seg : line.Lines()) {
+    EXPECT_NEAR(s.Denormalise(2, seg.z1), 15, 1e-12);
+    const double xs = s.Denormalise(0, seg.x1);
+    const double ys = s.Denormalise(1, seg.y1);
+    EXPECT_NEAR(10 * xs + ys, 15, 1e-9);
+  }
+  // Clearing leaves one empty line list and no bands.
+  d.Clear();
+  EXPECT_EQ(s.contourLines.size(), 1u);
+  EXPECT_EQ(s.contourLines[0].Count(), 0u);
+  EXPECT_TRUE(s.bandTriangles.empty());
+}
+
+}  // namespace
+}  // namespace orvane
