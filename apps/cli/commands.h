@@ -11,5 +11,7 @@ namespace orvane::cli {
 void AddInfoCommand(CLI::App& app);
 // orvane triangulate FILE -o OUT.csv: the triangles of an XYZ file.
 void AddTriangulateCommand(CLI::App& app);
+// orvane contour FILE [--count N | --interval D | --levels a,b,c] [--bands] -o OUT.geojson.
+void AddContourCommand(CLI::App& app);
 
 }  // namespace orvane::cli

@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
   app.footer("Run 'orvane COMMAND --help' for the options of a command.");
   orvane::cli::AddInfoCommand(app);
   orvane::cli::AddTriangulateCommand(app);
+  orvane::cli::AddContourCommand(app);
 
   try {
     app.parse(argc, argv);

@@ -124,4 +124,50 @@ TEST_F(Cli, TriangulateWritesEveryTriangleOnce) {
   EXPECT_EQ(static_cast<int>(triangles.size()), 2 * 300 - 2 - hull);
 }
 
+TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
+  // z = x on a 9 x 5 lattice over [0, 4] x [0, 2]: the level 1.25 is the line x = 1.25
+  // (between lattice columns, so no mesh edge lies on it).
+  std::ostringstream text;
+  for (int i = 0; i <= 8; ++i) {
+    for (int j = 0; j <= 4; ++j) text << i * 0.5 << "," << j * 0.5 << "," << i * 0.5 << "\n";
+  }
+  const std::string file = Write("plane.xyz", text.str());
+  const std::string out = (dir_ / "plane.geojson").string();
+  ASSERT_EQ(Orvane("contour " + file + " --levels 1.25,3 --bands -o " + out).status, 0);
+  std::ifstream in(out);
+  const nlohmann::json doc = nlohmann::json::parse(in);
+  EXPECT_EQ(doc["type"], "FeatureCollection");
+  const auto& features = doc["features"];
+  ASSERT_EQ(features.size(), 5u);  // two levels, three bands
+  EXPECT_EQ(features[0]["properties"]["level"], 1.25);
+  EXPECT_EQ(features[0]["geometry"]["type"], "MultiLineString");
+  ASSERT_EQ(features[0]["geometry"]["coordinates"].size(), 1u);  // one polyline
+  for (const auto& p : features[0]["geometry"]["coordinates"][0]) {
+    EXPECT_NEAR(p[0].get<double>(), 1.25, 1e-9);
+  }
+  EXPECT_TRUE(features[2]["properties"]["lower"].is_null());
+  EXPECT_EQ(features[3]["properties"]["lower"], 1.25);
+  EXPECT_EQ(features[3]["properties"]["upper"], 3.0);
+  EXPECT_TRUE(features[4]["properties"]["upper"].is_null());
+  double area = 0;  // the middle band is the strip 1.25 <= x <= 3: area 3.5
+  for (const auto& polygon : features[3]["geometry"]["coordinates"]) {
+    const auto& r = polygon[0];
+    ASSERT_EQ(r.size(), 4u);
+    EXPECT_EQ(r[0], r[3]);
+    for (const auto& p : r) {
+      EXPECT_GE(p[0].get<double>(), 1.25 - 1e-9);
+      EXPECT_LE(p[0].get<double>(), 3.0 + 1e-9);
+    }
+    area += 0.5 * std::fabs((r[1][0].get<double>() - r[0][0].get<double>()) * (r[2][1].get<double>() - r[0][1].get<double>()) -
+                            (r[1][1].get<double>() - r[0][1].get<double>()) * (r[2][0].get<double>() - r[0][0].get<double>()));
+  }
+  EXPECT_NEAR(area, 3.5, 1e-9);
+  // Automatic levels: ten intervals by default, or as asked.
+  ASSERT_EQ(Orvane("contour " + file + " --count 4 -o " + out).status, 0);
+  std::ifstream again(out);
+  EXPECT_EQ(nlohmann::json::parse(again)["features"].size(), 5u);
+  EXPECT_EQ(Orvane("contour " + file + " --count 3 --interval 2 -o " + out).status, 2);
+  EXPECT_EQ(Orvane("contour " + file + " --interval -1 -o " + out).status, 2);
+}
+
 }  // namespace
