@@ -1,0 +1,196 @@
+// The inverse-distance resampler and the input storage shared by the resamplers.
+//
+// The rule, per grid point, over the input points in order: an exact hit (within the
+// tolerance in X and in Y) gives that point's Z; otherwise num += Z / d and den += 1 / d
+// with d = (dx^2 + dy^2)^p, skipping d = 0; the estimate is num / den, or 0 without
+// weight. The grid computation keeps exactly these operations in exactly this order for
+// every grid point, but runs them for a whole column of grid points at once (input
+// points outer, grid points inner), which the compiler turns into vector arithmetic, and
+// spreads the columns over threads. IEEE division and multiplication are correctly
+// rounded at any vector width and nothing is fused, so every value is bit for bit the
+// one EstimateAt computes.
+
+#include <algorithm>
+#include <cmath>
+#include <thread>
+
+#include "interpolator.h"
+#include "orvane/core/error.h"
+#include "orvane/resample/resampling.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr double kHitTolerance = 2.2204460492503102e-14;
+constexpr std::size_t kNoHit = static_cast<std::size_t>(-1);
+
+// Adds every input point's weighted Z to num and den for the grid points (x, gy[j]), for
+// one of the powers handled by a single operation (Power 1 or 2) or by pow.
+template <int Kind>
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
+__attribute__((target_clones("avx512f", "avx2", "default")))
+#endif
+void Accumulate(double x, const double* gy, std::size_t m, const double* xs, const double* ys,
+                const double* zs, std::size_t n, double p, double* num, double* den,
+                std::size_t* hit) {
+  for (std::size_t k = 0; k < n; ++k) {
+    const double dx = std::fabs(xs[k] - x);
+    const double dx2 = dx * dx;
+    const double yk = ys[k];
+    const double zk = zs[k];
+    if (dx < kHitTolerance) {
+      for (std::size_t j = 0; j < m; ++j) {
+        if (hit[j] == kNoHit && std::fabs(yk - gy[j]) < kHitTolerance) hit[j] = k;
+      }
+    }
+    if constexpr (Kind == 1 || Kind == 2) {
+      // Far enough along X that d = s or s * s cannot vanish: no test is needed (an
+      // overflow to infinity adds 0, as the rule does).
+      if (dx > 1e-70) {
+        for (std::size_t j = 0; j < m; ++j) {
+          const double dy = std::fabs(yk - gy[j]);
+          const double s = dx2 + dy * dy;
+          const double d = Kind == 1 ? s : s * s;
+          num[j] += zk / d;
+          den[j] += 1.0 / d;
+        }
+        continue;
+      }
+    }
+    for (std::size_t j = 0; j < m; ++j) {
+      const double dy = std::fabs(yk - gy[j]);
+      const double s = dx2 + dy * dy;
+      double d;
+      if constexpr (Kind == 0) {
+        d = 1.0;
+      } else if constexpr (Kind == 1) {
+        d = s;
+      } else if constexpr (Kind == 2) {
+        d = s * s;
+      } else {
+        d = std::pow(s, p);
+      }
+      // Adding 0 leaves the sums exactly as they are (they are never -0).
+      const bool weighted = d != 0.0;
+      num[j] += weighted ? zk / d : 0.0;
+      den[j] += weighted ? 1.0 / d : 0.0;
+    }
+  }
+}
+
+}  // namespace
+
+void InterpolatorBase::GetInputData(std::int32_t& count, std::vector<double>& x,
+                                    std::vector<double>& y, std::vector<double>& z) const {
+  count = static_cast<std::int32_t>(x_.size());
+  x = x_;
+  y = y_;
+  z = z_;
+}
+
+void InterpolatorBase::GetOutputData(std::vector<double>& x, std::vector<double>& y,
+                                     std::vector<double>& z) {
+  if (stale_) RefreshGrid();
+  x = gridX_;
+  y = gridY_;
+  z = gridZ_;
+}
+
+void InterpolatorBase::SetInputData(std::int32_t count, const Array& x, const Array& y, const Array& z) {
+  if (count < 1) throw Error(5, "IInterpolator");
+  for (const Array* a : {&x, &y, &z}) {
+    if (a->LowerBound() != 0 || a->UpperBound() < count - 1) {
+      throw Error(5, "IInterpolator", "The input arrays must hold elements 0 to Count - 1.");
+    }
+  }
+  const auto n = static_cast<std::ptrdiff_t>(count);
+  x_.assign(x.Values().begin(), x.Values().begin() + n);
+  y_.assign(y.Values().begin(), y.Values().begin() + n);
+  z_.assign(z.Values().begin(), z.Values().begin() + n);
+  stale_ = true;
+}
+
+double InverseDistanceResampler::Power(double s, double p) {
+  if (p == 0.0) return 1.0;
+  if (p == 1.0) return s;
+  if (p == 2.0) return s * s;
+  return std::pow(s, p);
+}
+
+double InverseDistanceResampler::EstimateAt(double x, double y, const std::vector<double>& xs,
+                                            const std::vector<double>& ys,
+                                            const std::vector<double>& zs, double power) {
+  double num = 0.0;
+  double den = 0.0;
+  for (std::size_t k = 0; k < xs.size(); ++k) {
+    const double dx = std::fabs(xs[k] - x);
+    const double dy = std::fabs(ys[k] - y);
+    if (dx < kHitTolerance && dy < kHitTolerance) return zs[k];
+    const double d = Power(dx * dx + dy * dy, power);
+    if (d != 0.0) {
+      num = num + zs[k] / d;
+      den = den + 1.0 / d;
+    }
+  }
+  return den == 0.0 ? 0.0 : num / den;
+}
+
+std::vector<double> InverseDistanceResampler::Grid(const std::vector<double>& gridX,
+                                                   const std::vector<double>& gridY,
+                                                   const std::vector<double>& xs,
+                                                   const std::vector<double>& ys,
+                                                   const std::vector<double>& zs, double power) {
+  const std::size_t nx = gridX.size();
+  const std::size_t ny = gridY.size();
+  std::vector<double> z(nx * ny);
+  auto column = [&](std::size_t i, std::vector<double>& num, std::vector<double>& den,
+                    std::vector<std::size_t>& hit) {
+    num.assign(ny, 0.0);
+    den.assign(ny, 0.0);
+    hit.assign(ny, kNoHit);
+    const auto run = [&](auto kind) {
+      Accumulate<decltype(kind)::value>(gridX[i], gridY.data(), ny, xs.data(), ys.data(),
+                                        zs.data(), xs.size(), power, num.data(), den.data(),
+                                        hit.data());
+    };
+    if (power == 0.0) {
+      run(std::integral_constant<int, 0>{});
+    } else if (power == 1.0) {
+      run(std::integral_constant<int, 1>{});
+    } else if (power == 2.0) {
+      run(std::integral_constant<int, 2>{});
+    } else {
+      run(std::integral_constant<int, 3>{});
+    }
+    for (std::size_t j = 0; j < ny; ++j) {
+      double& out = z[i * ny + j];
+      if (hit[j] != kNoHit) {
+        out = zs[hit[j]];
+      } else {
+        out = den[j] == 0.0 ? 0.0 : num[j] / den[j];
+      }
+    }
+  };
+  // Columns are independent; each thread takes every T-th one.
+  const std::size_t threads = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, std::max<std::size_t>(nx, 1));
+  std::vector<std::thread> workers;
+  for (std::size_t t = 0; t < threads; ++t) {
+    workers.emplace_back([&, t] {
+      std::vector<double> num, den;
+      std::vector<std::size_t> hit;
+      for (std::size_t i = t; i < nx; i += threads) column(i, num, den, hit);
+    });
+  }
+  for (std::thread& w : workers) w.join();
+  return z;
+}
+
+void InverseDistanceResampler::RefreshGrid() {
+  gridX_ = settings_.GridX();
+  gridY_ = settings_.GridY();
+  gridZ_ = Grid(gridX_, gridY_, x_, y_, z_, settings_.InverseDistance().WeightingPower());
+  stale_ = false;
+}
+
+}  // namespace orvane
