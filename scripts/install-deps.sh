@@ -11,6 +11,8 @@ packages=(
   nlohmann-json3-dev libcli11-dev
   # polygon clipping (Boost.Geometry, header-only)
   libboost-dev
+  # resampling engines
+  libeigen3-dev libnanoflann-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
 )

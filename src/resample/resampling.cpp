@@ -55,10 +55,16 @@ void InverseDistance::ReadProperties(const PropertyBag& bag, const std::string& 
 // ---------------------------------------------------------------------------------------
 // Resampling
 
-Resampling::Resampling()
-    : dataLimits_(kNoDataLimits),
-      inverseDistanceChanged_(inverseDistance_.PropertyChanged.Connect(
-          [this](const std::string& name) { PropertyChanged.Raise("InverseDistance." + name); })) {}
+Resampling::Resampling() : dataLimits_(kNoDataLimits) {
+  const std::pair<Event<const std::string&>*, std::string> relays[] = {
+      {&inverseDistance_.PropertyChanged, "InverseDistance."},
+      {&kriging_.PropertyChanged, "Kriging."},
+      {&nnGridR_.PropertyChanged, "NNGridR."}};
+  for (const auto& [event, prefix] : relays) {
+    connections_.push_back(event->Connect(
+        [this, prefix](const std::string& name) { PropertyChanged.Raise(prefix + name); }));
+  }
+}
 
 void Resampling::ApplyAutoRange() {
   if (!autoRange_) return;
@@ -126,6 +132,8 @@ void Resampling::Reset() {
   xInterval_ = yInterval_ = 0.0;
   dataLimits_ = kNoDataLimits;
   inverseDistance_.Reset();
+  kriging_.Reset();
+  nnGridR_.Reset();
 }
 
 namespace {
@@ -154,7 +162,9 @@ void Resampling::WriteProperties(PropertyBag& bag, const std::string& prefix) co
   bag.WriteProperty(prefix + "XMin", xMin_);
   bag.WriteProperty(prefix + "YMax", yMax_);
   bag.WriteProperty(prefix + "YMin", yMin_);
+  kriging_.WriteProperties(bag, prefix + "Kriging.");
   inverseDistance_.WriteProperties(bag, prefix + "InverseDistance.");
+  nnGridR_.WriteProperties(bag, prefix + "NNGridr");
 }
 
 void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
@@ -164,9 +174,17 @@ void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefi
   const double limits[4] = {bag.ReadProperty(prefix + "XMax", 0.0), bag.ReadProperty(prefix + "XMin", 0.0),
                             bag.ReadProperty(prefix + "YMax", 0.0), bag.ReadProperty(prefix + "YMin", 0.0)};
   const double power = bag.ReadProperty(prefix + "InverseDistance.Weighting", 2.0);
+  const double taughtness = bag.ReadProperty(prefix + "NNGridrBI", 1.0);
+  const bool gradients = bag.ReadProperty(prefix + "NNGridrIGrad", false);
   CheckIntervalCount(count);
+  if (!(std::isfinite(taughtness) && taughtness >= 0.0)) {
+    throw Error(5, "Orvada.NNGridR", "Taughtness must be a finite number not below 0.");
+  }
   for (double v : limits) CheckFinite(v, "A stored grid limit");
   CheckWeightingPower(power);
+  // The kriging parameters read (and apply) before anything else changes; they cannot
+  // be invalid, only unreadable.
+  kriging_.ReadProperties(bag, prefix + "Kriging.");
   // Limits first, with the automatic range held off, so that stored limits survive.
   const bool wasAutoRange = autoRange_;
   autoRange_ = false;
@@ -181,6 +199,94 @@ void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefi
   ComputeIntervals();
   if (autoRange != wasAutoRange) PropertyChanged.Raise("AutoRange");
   inverseDistance_.SetWeightingPower(power);
+  nnGridR_.SetTaughtness(taughtness);
+  nnGridR_.SetUseGradients(gradients);
+}
+
+// ---------------------------------------------------------------------------------------
+// Kriging
+
+template <class T>
+void Kriging::Let(T& field, T value, const char* name) {
+  if (field == value) return;
+  field = value;
+  PropertyChanged.Raise(name);
+}
+
+void Kriging::SetAutoSetRange(bool value) { Let(autoSetRange_, value, "AutoSetRange"); }
+void Kriging::SetBlockMode(bool value) { Let(blockMode_, value, "BlockMode"); }
+void Kriging::SetModelSemiVariogram(std::int32_t value) { Let(model_, value, "ModelSemiVariogram"); }
+void Kriging::SetNugget(double value) { Let(nugget_, value, "Nugget"); }
+void Kriging::SetRange(double value) { Let(range_, value, "Range"); }
+void Kriging::SetSill(double value) { Let(sill_, value, "Sill"); }
+
+void Kriging::Reset() {
+  autoSetRange_ = true;
+  blockMode_ = true;
+  model_ = orvKrigingMSVLinear;
+  nugget_ = 1.0;
+  sill_ = 2.0;
+  range_ = 1.0;
+}
+
+void Kriging::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
+  bag.WriteProperty(prefix + "AutoSetRange", autoSetRange_);
+  bag.WriteProperty(prefix + "BlockMode", blockMode_);
+  bag.WriteProperty(prefix + "ModelSemiVariogram", model_);
+  bag.WriteProperty(prefix + "Nugget", nugget_);
+  bag.WriteProperty(prefix + "Range", range_);
+  bag.WriteProperty(prefix + "Sill", sill_);
+}
+
+void Kriging::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
+  const bool autoSetRange = bag.ReadProperty(prefix + "AutoSetRange", true);
+  const bool blockMode = bag.ReadProperty(prefix + "BlockMode", true);
+  const std::int32_t model = bag.ReadProperty(prefix + "ModelSemiVariogram", std::int32_t{0});
+  const double nugget = bag.ReadProperty(prefix + "Nugget", 1.0);
+  // Stored property sets have always been read back with these keys for Range and Sill.
+  const double range = bag.ReadProperty(prefix + "1", 1.0);
+  const double sill = bag.ReadProperty(prefix + "2", 2.0);
+  SetAutoSetRange(autoSetRange);
+  SetBlockMode(blockMode);
+  SetModelSemiVariogram(model);
+  SetNugget(nugget);
+  SetRange(range);
+  SetSill(sill);
+}
+
+// ---------------------------------------------------------------------------------------
+// NNGridR
+
+void NNGridR::SetTaughtness(double value) {
+  if (value == taughtness_) return;
+  if (!(std::isfinite(value) && value >= 0.0)) {
+    throw Error(5, "Orvada.NNGridR", "Taughtness must be a finite number not below 0.");
+  }
+  taughtness_ = value;
+  PropertyChanged.Raise("Taughtness");
+}
+
+void NNGridR::SetUseGradients(bool value) {
+  if (value == useGradients_) return;
+  useGradients_ = value;
+  PropertyChanged.Raise("UseGradients");
+}
+
+void NNGridR::Reset() {
+  taughtness_ = 1.0;
+  useGradients_ = false;
+}
+
+void NNGridR::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
+  bag.WriteProperty(prefix + "BI", taughtness_);
+  bag.WriteProperty(prefix + "IGrad", useGradients_);
+}
+
+void NNGridR::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
+  const double taughtness = bag.ReadProperty(prefix + "BI", 1.0);
+  const bool gradients = bag.ReadProperty(prefix + "IGrad", false);
+  SetTaughtness(taughtness);
+  SetUseGradients(gradients);
 }
 
 }  // namespace orvane

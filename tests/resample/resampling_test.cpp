@@ -174,3 +174,58 @@ TEST(InverseDistance, ResamplerKeepsItsInputAndRefreshesWhenStale) {
 
 }  // namespace
 }  // namespace orvane
+
+namespace orvane {
+namespace {
+
+TEST(Kriging, DefaultsEventsAndTheRangeAndSillReadingAsymmetry) {
+  Kriging k;
+  EXPECT_TRUE(k.AutoSetRange());
+  EXPECT_TRUE(k.BlockMode());
+  EXPECT_EQ(k.ModelSemiVariogram(), orvKrigingMSVLinear);
+  EXPECT_EQ(k.Nugget(), 1.0);
+  EXPECT_EQ(k.Sill(), 2.0);
+  EXPECT_EQ(k.Range(), 1.0);
+  testing::EventRecorder events(k.PropertyChanged);
+  k.SetRange(7);
+  k.SetSill(9);
+  k.SetSill(9);
+  k.SetModelSemiVariogram(orvKrigingMSVGaussian);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Range", "Sill", "ModelSemiVariogram"}));
+  PropertyBag bag;
+  k.WriteProperties(bag, "Kriging.");
+  EXPECT_EQ(bag.ReadProperty("Kriging.Range", 0.0), 7);
+  Kriging copy;
+  copy.SetRange(3);
+  copy.ReadProperties(bag, "Kriging.");
+  EXPECT_EQ(copy.Range(), 1.0);  // read under the key "1"
+  EXPECT_EQ(copy.Sill(), 2.0);   // read under the key "2"
+  EXPECT_EQ(copy.ModelSemiVariogram(), orvKrigingMSVGaussian);
+  bag.WriteProperty("Kriging.1", 4.5);
+  copy.ReadProperties(bag, "Kriging.");
+  EXPECT_EQ(copy.Range(), 4.5);
+}
+
+TEST(NNGridR, PublicParametersAndTheirGluedKeys) {
+  Resampling r;
+  testing::EventRecorder events(r.PropertyChanged);
+  r.NNGridR().SetTaughtness(3);
+  r.NNGridR().SetUseGradients(true);
+  r.Kriging().SetNugget(0.5);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"NNGridR.Taughtness", "NNGridR.UseGradients",
+                                                    "Kriging.Nugget"}));
+  EXPECT_ORVANE_ERROR(r.NNGridR().SetTaughtness(-1), 5, "Orvada.NNGridR");
+  PropertyBag bag;
+  r.WriteProperties(bag, "Resampling.");
+  EXPECT_EQ(bag.ReadProperty("Resampling.NNGridrBI", 0.0), 3);
+  EXPECT_EQ(bag.ReadProperty("Resampling.NNGridrIGrad", false), true);
+  EXPECT_TRUE(bag.Contains("Resampling.Kriging.BlockMode"));
+  Resampling copy;
+  copy.ReadProperties(bag, "Resampling.");
+  EXPECT_EQ(copy.NNGridR().Taughtness(), 3);
+  EXPECT_TRUE(copy.NNGridR().UseGradients());
+  EXPECT_EQ(copy.Kriging().Nugget(), 0.5);
+}
+
+}  // namespace
+}  // namespace orvane

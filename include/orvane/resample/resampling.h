@@ -43,6 +43,96 @@ class InverseDistance {
   double weightingPower_ = 2.0;
 };
 
+/// The semi-variogram model of the kriging resampler.
+enum EKrigingModelSemiVariogramType : std::int32_t {
+  orvKrigingMSVLinear = 0,       ///< c0 + (C - c0) min(h / a, 1)
+  orvKrigingMSVSpherical = 1,    ///< c0 + (C - c0) (1.5 t - 0.5 t^3), t = h / a, up to a
+  orvKrigingMSVExponential = 2,  ///< c0 + (C - c0) (1 - exp(-3 h / a))
+  orvKrigingMSVGaussian = 3,     ///< c0 + (C - c0) (1 - exp(-3 (h / a)^2))
+};
+
+/// The parameters of the kriging resampler. Lets store without validation and raise
+/// the property's name.
+class Kriging {
+ public:
+  /// "Returns or sets whether the Range property is automatically calculated." (True)
+  bool AutoSetRange() const noexcept { return autoSetRange_; }
+  /// Lets it; raises "AutoSetRange".
+  void SetAutoSetRange(bool value);
+  /// "Returns or sets whether the Kriging will be carried out on automatically determined
+  /// sub-regions." (True)
+  bool BlockMode() const noexcept { return blockMode_; }
+  /// Lets it; raises "BlockMode".
+  void SetBlockMode(bool value);
+  /// "Returns or sets the model semi-variogram that will be used." (linear)
+  std::int32_t ModelSemiVariogram() const noexcept { return model_; }
+  /// Lets it; raises "ModelSemiVariogram".
+  void SetModelSemiVariogram(std::int32_t value);
+  /// "Returns or sets the nugget value for the model semi-variogram." (1)
+  double Nugget() const noexcept { return nugget_; }
+  /// Lets it; raises "Nugget".
+  void SetNugget(double value);
+  /// "Returns or sets the range value for the model semi-variogram." (1)
+  double Range() const noexcept { return range_; }
+  /// Lets it; raises "Range".
+  void SetRange(double value);
+  /// "Returns or sets the sill value for the model semi-variogram." (2, the total sill)
+  double Sill() const noexcept { return sill_; }
+  /// Lets it; raises "Sill".
+  void SetSill(double value);
+  /// The defaults above.
+  void Reset();
+
+  /// Writes "AutoSetRange", "BlockMode", "ModelSemiVariogram", "Nugget", "Range", "Sill".
+  void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
+  /// Reads them, except that Range and Sill are looked up under the keys "1" and "2" (as
+  /// stored property sets have always been read), so they come back as 1 and 2 unless the
+  /// bag holds those keys.
+  void ReadProperties(const PropertyBag& bag, const std::string& prefix);
+
+  /// Raised with the property's name after a change.
+  Event<const std::string&> PropertyChanged;
+
+ private:
+  template <class T>
+  void Let(T& field, T value, const char* name);
+
+  bool autoSetRange_ = true;
+  bool blockMode_ = true;
+  std::int32_t model_ = orvKrigingMSVLinear;
+  double nugget_ = 1.0;
+  double sill_ = 2.0;
+  double range_ = 1.0;
+};
+
+/// The parameters of the natural-neighbour resampler, one per parameter name of the
+/// gridding method; two of them are public.
+class NNGridR {
+ public:
+  /// "Returns or sets the taughtness parameter applied to the implicit surface." ("BI", 1)
+  double Taughtness() const noexcept { return taughtness_; }
+  /// Lets it (finite, not below 0); raises "Taughtness".
+  void SetTaughtness(double value);
+  /// "Returns or sets whether blended gradients will be used." ("IGrad", False)
+  bool UseGradients() const noexcept { return useGradients_; }
+  /// Lets it; raises "UseGradients".
+  void SetUseGradients(bool value);
+  /// The defaults.
+  void Reset();
+
+  /// Writes "BI" and "IGrad" under prefix (glued: "NNGridrBI").
+  void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
+  /// Reads them (defaults 1 and False).
+  void ReadProperties(const PropertyBag& bag, const std::string& prefix);
+
+  /// Raised with "Taughtness" or "UseGradients" after a change.
+  Event<const std::string&> PropertyChanged;
+
+ private:
+  double taughtness_ = 1.0;
+  bool useGradients_ = false;
+};
+
 /// The grid layout of a data set's resampling and the choice of resampler. Its limits
 /// follow the data while AutoRange is True; the grid has IntervalCount + 1 points along
 /// X and along Y, built from the minimums by repeated addition of the intervals.
@@ -90,6 +180,14 @@ class Resampling {
   orvane::InverseDistance& InverseDistance() noexcept { return inverseDistance_; }
   /// The same, read-only.
   const orvane::InverseDistance& InverseDistance() const noexcept { return inverseDistance_; }
+  /// "Returns a reference to the Kriging resampler associated with this object."
+  orvane::Kriging& Kriging() noexcept { return kriging_; }
+  /// The same, read-only.
+  const orvane::Kriging& Kriging() const noexcept { return kriging_; }
+  /// "Returns a reference to the NNGridR resampler associated with this object."
+  orvane::NNGridR& NNGridR() noexcept { return nnGridR_; }
+  /// The same, read-only.
+  const orvane::NNGridR& NNGridR() const noexcept { return nnGridR_; }
 
   /// True when a resampler is selected.
   bool ResamplerSelected() const noexcept { return resamplerType_ != orvResamplerTypeNone; }
@@ -103,13 +201,13 @@ class Resampling {
   std::vector<double> GridY() const;
 
   /// Writes "AutoRange", "IntervalCount", "ResamperType", "XMax", "XMin", "YMax", "YMin",
-  /// then the resamplers' parameters under prefix + "InverseDistance.".
+  /// then the resamplers' parameters under "Kriging.", "InverseDistance." and "NNGridr".
   void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
   /// Reads them with the defaults; a bad bag changes nothing.
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
 
   /// Raised with the property's name; a parameter object's change comes prefixed
-  /// ("InverseDistance.Weighting").
+  /// ("InverseDistance.Weighting", "Kriging.Sill", "NNGridR.Taughtness").
   Event<const std::string&> PropertyChanged;
 
  private:
@@ -126,7 +224,9 @@ class Resampling {
   // The data's limits; empty (minimums above maximums) until a data set hands them over.
   std::array<double, 4> dataLimits_;
   orvane::InverseDistance inverseDistance_;
-  Connection inverseDistanceChanged_;
+  orvane::Kriging kriging_;
+  orvane::NNGridR nnGridR_;
+  std::vector<Connection> connections_;
 };
 
 }  // namespace orvane
