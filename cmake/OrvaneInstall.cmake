@@ -3,12 +3,13 @@
 #   target_link_libraries(app PRIVATE Orvane::orvane)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS orvane EXPORT OrvaneTargets
+install(TARGETS orvane orvane_kriging EXPORT OrvaneTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY include/orvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY engines/kriging/include/orvane_kriging DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${PROJECT_BINARY_DIR}/include/orvane/version.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvane)
 if(ORVANE_BUILD_CLI)
