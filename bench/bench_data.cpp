@@ -4,9 +4,9 @@
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
-#include <random>
 #include <vector>
 
+#include "bench_points.h"
 #include "data/triangulate.h"
 
 namespace {
@@ -18,18 +18,10 @@ double PeakMegabytes() {
 }
 
 void BM_Triangulate(benchmark::State& state) {
-  const auto n = static_cast<std::size_t>(state.range(0));
-  std::mt19937_64 random(42);
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  std::vector<double> x(n), y(n), z(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    x[i] = unit(random);
-    y[i] = unit(random);
-    z[i] = unit(random);
-  }
+  const auto p = orvane::bench::RandomPoints(static_cast<std::size_t>(state.range(0)), 42);
   for (auto _ : state) {
     orvane::CTriangulate mesh;
-    mesh.Triangulate(x, y, z);
+    mesh.Triangulate(p.x, p.y, p.z);
     benchmark::DoNotOptimize(mesh.TriangleCount());
   }
   state.counters["peak_MB"] = PeakMegabytes();

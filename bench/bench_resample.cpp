@@ -6,26 +6,18 @@
 #include <random>
 #include <vector>
 
+#include "bench_points.h"
 #include "orvane_kriging/kriging.h"
 #include "resample/interpolator.h"
 
 namespace {
 
 void BM_InverseDistance(benchmark::State& state) {
-  const auto n = static_cast<std::size_t>(state.range(0));
   const double power = static_cast<double>(state.range(1));
-  std::mt19937_64 random(11);
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  std::vector<double> x(n), y(n), z(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    x[i] = unit(random);
-    y[i] = unit(random);
-    z[i] = unit(random);
-  }
-  std::vector<double> grid(101);
-  for (std::size_t i = 0; i < grid.size(); ++i) grid[i] = static_cast<double>(i) / 100.0;
+  const auto p = orvane::bench::RandomPoints(static_cast<std::size_t>(state.range(0)), 11);
+  const std::vector<double> grid = orvane::bench::UnitAxis(101);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(orvane::InverseDistanceResampler::Grid(grid, grid, x, y, z, power));
+    benchmark::DoNotOptimize(orvane::InverseDistanceResampler::Grid(grid, grid, p.x, p.y, p.z, power));
   }
 }
 // Power 2 is the default (weights 1 / r^4); power 1 weights by 1 / r^2.
@@ -39,20 +31,13 @@ namespace {
 
 void RunKriging(benchmark::State& state, bool block) {
   const auto n = static_cast<std::size_t>(state.range(0));
-  std::mt19937_64 random(13);
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  std::vector<double> x(n), y(n), z(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    x[i] = unit(random);
-    y[i] = unit(random);
-    z[i] = std::sin(5 * x[i]) * y[i];
-  }
-  std::vector<double> grid(101);
-  for (std::size_t i = 0; i < grid.size(); ++i) grid[i] = static_cast<double>(i) / 100.0;
+  auto p = orvane::bench::RandomPoints(n, 13);
+  for (std::size_t i = 0; i < n; ++i) p.z[i] = std::sin(5 * p.x[i]) * p.y[i];
+  const std::vector<double> grid = orvane::bench::UnitAxis(101);
   std::vector<double> values(grid.size() * grid.size());
   for (auto _ : state) {
     KrigingHandle h = KrigingCreate();
-    KrigingSetData(h, static_cast<std::int32_t>(n), x.data(), y.data(), z.data());
+    KrigingSetData(h, static_cast<std::int32_t>(n), p.x.data(), p.y.data(), p.z.data());
     KrigingSetGridCoordinate(h, 101, grid.data(), 101, grid.data());
     KrigingSetBlockKriging(h, block);
     KrigingSetModel(h, 1);
