@@ -8,6 +8,8 @@
 
 #include "bench_points.h"
 #include "orvane_kriging/kriging.h"
+#include "orvane/core/array.h"
+#include "orvane/resample/resampling.h"
 #include "resample/interpolator.h"
 
 namespace {
@@ -53,5 +55,32 @@ void BM_KrigingGlobal(benchmark::State& state) { RunKriging(state, false); }
 void BM_KrigingBlock(benchmark::State& state) { RunKriging(state, true); }
 BENCHMARK(BM_KrigingGlobal)->Arg(2000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_KrigingBlock)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+// Natural-neighbour resampling of 100,000 random points onto a 201 x 201 grid, the whole
+// run: triangulation, gradients (in gradient mode) and the grid. Arg 1 selects gradients.
+
+namespace {
+
+void BM_NaturalNeighbour(benchmark::State& state) {
+  const auto n = static_cast<std::int32_t>(state.range(0));
+  auto p = orvane::bench::RandomPoints(static_cast<std::size_t>(n), 17);
+  for (std::size_t i = 0; i < p.x.size(); ++i) p.z[i] = std::sin(5 * p.x[i]) * p.y[i];
+  orvane::Resampling settings;
+  settings.SetAutoRange(false);
+  settings.SetXMax(1.0);
+  settings.SetYMax(1.0);
+  settings.SetIntervalCount(200);
+  settings.SetResamplerType(orvane::orvResamplerTypeNNGridR);
+  settings.NNGridR().SetUseGradients(state.range(1) != 0);
+  const orvane::Array x(p.x), y(p.y), z(p.z);
+  orvane::NaturalNeighbourResampler resampler(settings);
+  for (auto _ : state) {
+    resampler.SetInputData(n, x, y, z);
+    resampler.RefreshGrid();
+  }
+}
+BENCHMARK(BM_NaturalNeighbour)->Args({100000, 0})->Args({100000, 1})->Unit(benchmark::kMillisecond);
 
 }  // namespace

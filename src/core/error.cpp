@@ -25,6 +25,7 @@ std::string Error::StandardDescription(std::int32_t number) {
     case 6: return "Overflow";
     case 9: return "Subscript out of range";
     case 13: return "Type mismatch";
+    case 18: return "User interrupt occurred";
     case 380: return "Invalid property value";
     default: return {};
   }

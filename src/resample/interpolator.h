@@ -3,7 +3,11 @@
 // IInterpolator: what every resampler offers the data set, and the shared base that
 // keeps the input points. Internal header.
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
 #include <vector>
 
 #include "orvane/core/array.h"
@@ -29,17 +33,52 @@ class IInterpolator {
   virtual void SetInputData(std::int32_t count, const Array& x, const Array& y, const Array& z) = 0;
 };
 
+// Told how far a run has come (grid values done out of the total); returning false
+// stops the run, which then raises error 18 (source "IInterpolator").
+using ProgressCallback = std::function<bool(std::int64_t done, std::int64_t total)>;
+
+// The progress of one run, shared by its worker threads. The callback is called by one
+// thread at a time.
+class RunProgress {
+ public:
+  RunProgress(const ProgressCallback& callback, std::int64_t total)
+      : callback_(callback), total_(total) {}
+  // Adds work done and reports it; false once the run is to stop.
+  bool Advance(std::int64_t done);
+  // Reports done out of the total (for work counted elsewhere); false once the run is to stop.
+  bool Report(std::int64_t done);
+  bool Cancelled() const noexcept { return cancelled_.load(); }
+  // Raises error 18 when the run was stopped.
+  void ThrowIfCancelled() const;
+
+ private:
+  const ProgressCallback& callback_;
+  std::int64_t total_;
+  std::atomic<std::int64_t> done_{0};
+  std::atomic<bool> cancelled_{false};
+  std::mutex mutex_;
+};
+
+// Runs body(i) for i = 0 .. count - 1 on all cores, each index once, advancing progress
+// by perItem after each; stops early once the run is cancelled. An exception from body
+// is raised again on the calling thread.
+void ParallelFor(std::size_t count, std::int64_t perItem, RunProgress& progress,
+                 const std::function<void(std::size_t)>& body);
+
 // The input points and the grid, shared by the resamplers.
 class InterpolatorBase : public IInterpolator {
  public:
-  explicit InterpolatorBase(const Resampling& settings) : settings_(settings) {}
+  explicit InterpolatorBase(Resampling& settings) : settings_(settings) {}
   void GetInputData(std::int32_t& count, std::vector<double>& x, std::vector<double>& y,
                     std::vector<double>& z) const override;
   void GetOutputData(std::vector<double>& x, std::vector<double>& y, std::vector<double>& z) override;
   void SetInputData(std::int32_t count, const Array& x, const Array& y, const Array& z) override;
+  // Where the runs report their progress (none by default).
+  void SetProgressCallback(ProgressCallback callback) { progress_ = std::move(callback); }
 
  protected:
-  const Resampling& settings_;
+  Resampling& settings_;
+  ProgressCallback progress_;
   std::vector<double> x_, y_, z_;           // the input points
   std::vector<double> gridX_, gridY_, gridZ_;  // the last grid
   bool stale_ = true;
@@ -62,7 +101,29 @@ class InverseDistanceResampler : public InterpolatorBase {
   // The grid values (X index outer) for the given axes, computed in parallel.
   static std::vector<double> Grid(const std::vector<double>& gridX, const std::vector<double>& gridY,
                                   const std::vector<double>& xs, const std::vector<double>& ys,
-                                  const std::vector<double>& zs, double power);
+                                  const std::vector<double>& zs, double power,
+                                  const ProgressCallback& progress = {});
 };
+
+// Ordinary kriging through the orvane_kriging engine: one engine handle per run, always
+// released. With Kriging.AutoSetRange the range is first set to the diagonal of the grid
+// limits (through the let, so "Range" is raised). Engine failures raise error 5 (source
+// "Orvada.Kriging") with the engine's description.
+class KrigingResampler : public InterpolatorBase {
+ public:
+  using InterpolatorBase::InterpolatorBase;
+  void RefreshGrid() override;
+};
+
+// Natural-neighbour interpolation (see natural_neighbour.h for the method).
+class NaturalNeighbourResampler : public InterpolatorBase {
+ public:
+  using InterpolatorBase::InterpolatorBase;
+  void RefreshGrid() override;
+};
+
+// The resampler that settings.ResamplerType() selects, or none for orvResamplerTypeNone
+// (an unknown type raises error 5, source "Resampling").
+std::unique_ptr<InterpolatorBase> CreateInterpolator(Resampling& settings);
 
 }  // namespace orvane

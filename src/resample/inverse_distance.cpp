@@ -1,4 +1,4 @@
-// The inverse-distance resampler and the input storage shared by the resamplers.
+// The inverse-distance resampler.
 //
 // The rule, per grid point, over the input points in order: an exact hit (within the
 // tolerance in X and in Y) gives that point's Z; otherwise num += Z / d and den += 1 / d
@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <thread>
 
 #include "interpolator.h"
 #include "orvane/core/error.h"
@@ -81,36 +80,6 @@ void Accumulate(double x, const double* gy, std::size_t m, const double* xs, con
 
 }  // namespace
 
-void InterpolatorBase::GetInputData(std::int32_t& count, std::vector<double>& x,
-                                    std::vector<double>& y, std::vector<double>& z) const {
-  count = static_cast<std::int32_t>(x_.size());
-  x = x_;
-  y = y_;
-  z = z_;
-}
-
-void InterpolatorBase::GetOutputData(std::vector<double>& x, std::vector<double>& y,
-                                     std::vector<double>& z) {
-  if (stale_) RefreshGrid();
-  x = gridX_;
-  y = gridY_;
-  z = gridZ_;
-}
-
-void InterpolatorBase::SetInputData(std::int32_t count, const Array& x, const Array& y, const Array& z) {
-  if (count < 1) throw Error(5, "IInterpolator");
-  for (const Array* a : {&x, &y, &z}) {
-    if (a->LowerBound() != 0 || a->UpperBound() < count - 1) {
-      throw Error(5, "IInterpolator", "The input arrays must hold elements 0 to Count - 1.");
-    }
-  }
-  const auto n = static_cast<std::ptrdiff_t>(count);
-  x_.assign(x.Values().begin(), x.Values().begin() + n);
-  y_.assign(y.Values().begin(), y.Values().begin() + n);
-  z_.assign(z.Values().begin(), z.Values().begin() + n);
-  stale_ = true;
-}
-
 double InverseDistanceResampler::Power(double s, double p) {
   if (p == 0.0) return 1.0;
   if (p == 1.0) return s;
@@ -140,7 +109,8 @@ std::vector<double> InverseDistanceResampler::Grid(const std::vector<double>& gr
                                                    const std::vector<double>& gridY,
                                                    const std::vector<double>& xs,
                                                    const std::vector<double>& ys,
-                                                   const std::vector<double>& zs, double power) {
+                                                   const std::vector<double>& zs, double power,
+                                                   const ProgressCallback& progress) {
   const std::size_t nx = gridX.size();
   const std::size_t ny = gridY.size();
   std::vector<double> z(nx * ny);
@@ -172,24 +142,21 @@ std::vector<double> InverseDistanceResampler::Grid(const std::vector<double>& gr
       }
     }
   };
-  // Columns are independent; each thread takes every T-th one.
-  const std::size_t threads = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, std::max<std::size_t>(nx, 1));
-  std::vector<std::thread> workers;
-  for (std::size_t t = 0; t < threads; ++t) {
-    workers.emplace_back([&, t] {
-      std::vector<double> num, den;
-      std::vector<std::size_t> hit;
-      for (std::size_t i = t; i < nx; i += threads) column(i, num, den, hit);
-    });
-  }
-  for (std::thread& w : workers) w.join();
+  // Columns are independent.
+  RunProgress run(progress, static_cast<std::int64_t>(nx * ny));
+  ParallelFor(nx, static_cast<std::int64_t>(ny), run, [&](std::size_t i) {
+    std::vector<double> num, den;
+    std::vector<std::size_t> hit;
+    column(i, num, den, hit);
+  });
+  run.ThrowIfCancelled();
   return z;
 }
 
 void InverseDistanceResampler::RefreshGrid() {
   gridX_ = settings_.GridX();
   gridY_ = settings_.GridY();
-  gridZ_ = Grid(gridX_, gridY_, x_, y_, z_, settings_.InverseDistance().WeightingPower());
+  gridZ_ = Grid(gridX_, gridY_, x_, y_, z_, settings_.InverseDistance().WeightingPower(), progress_);
   stale_ = false;
 }
 

@@ -32,6 +32,34 @@ void CheckWeightingPower(double value) {
   }
 }
 
+struct NNParameter {
+  const char* name;
+  double defaultValue;
+};
+
+// The gridding method's parameters and their defaults.
+constexpr NNParameter kNNParameters[] = {
+    {"BI", 1.0},      {"BJ", 1.0},     {"Densi", 0.0},  {"Extrap", 1.0},  {"Floor", 0.0},
+    {"ClipToFloor", 0.0}, {"HoriLap", -1.0}, {"IChoro", 0.0}, {"IGrad", 0.0}, {"MagX", 1.0},
+    {"MagY", 1.0},    {"MagZ", 1.0},   {"NonNeg", 0.0}, {"Nuldat", 0.0},  {"Optim", 1.0},
+    {"Rads", 0.0},    {"SDip", 0.0},   {"Updir", 0.0},  {"VertLap", -1.0}};
+constexpr std::size_t kBI = 0;
+constexpr std::size_t kIGrad = 8;
+
+void CheckNNParameter(const std::string& name, double value) {
+  if (name == "BI") {
+    if (!(std::isfinite(value) && value >= 0.0)) {
+      throw Error(5, "Orvada.NNGridR", "Taughtness must be a finite number not below 0.");
+    }
+  } else if (name == "MagX" || name == "MagY" || name == "MagZ") {
+    if (!(std::isfinite(value) && value > 0.0)) {
+      throw Error(5, "Orvada.NNGridR", name + " must be a finite number above 0.");
+    }
+  } else if (!std::isfinite(value)) {
+    throw Error(5, "Orvada.NNGridR", name + " must be a finite number.");
+  }
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -177,9 +205,7 @@ void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefi
   const double taughtness = bag.ReadProperty(prefix + "NNGridrBI", 1.0);
   const bool gradients = bag.ReadProperty(prefix + "NNGridrIGrad", false);
   CheckIntervalCount(count);
-  if (!(std::isfinite(taughtness) && taughtness >= 0.0)) {
-    throw Error(5, "Orvada.NNGridR", "Taughtness must be a finite number not below 0.");
-  }
+  CheckNNParameter("BI", taughtness);
   for (double v : limits) CheckFinite(v, "A stored grid limit");
   CheckWeightingPower(power);
   // The kriging parameters read (and apply) before anything else changes; they cannot
@@ -257,34 +283,57 @@ void Kriging::ReadProperties(const PropertyBag& bag, const std::string& prefix) 
 // ---------------------------------------------------------------------------------------
 // NNGridR
 
-void NNGridR::SetTaughtness(double value) {
-  if (value == taughtness_) return;
-  if (!(std::isfinite(value) && value >= 0.0)) {
-    throw Error(5, "Orvada.NNGridR", "Taughtness must be a finite number not below 0.");
-  }
-  taughtness_ = value;
-  PropertyChanged.Raise("Taughtness");
+
+NNGridR::NNGridR() { Reset(); }
+
+const std::vector<std::string>& NNGridR::ParameterNames() {
+  static const std::vector<std::string> names = [] {
+    std::vector<std::string> list;
+    for (const NNParameter& p : kNNParameters) list.emplace_back(p.name);
+    return list;
+  }();
+  return names;
 }
 
-void NNGridR::SetUseGradients(bool value) {
-  if (value == useGradients_) return;
-  useGradients_ = value;
-  PropertyChanged.Raise("UseGradients");
+std::size_t NNGridR::IndexOf(const std::string& name) const {
+  const std::vector<std::string>& names = ParameterNames();
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    if (names[k] == name) return k;
+  }
+  throw Error(5, "Orvada.NNGridR", "\"" + name + "\" is not a parameter of the natural-neighbour resampler.");
 }
+
+double NNGridR::Taughtness() const noexcept { return values_[kBI]; }
+bool NNGridR::UseGradients() const noexcept { return values_[kIGrad] != 0.0; }
+
+double NNGridR::Parameter(const std::string& name) const { return values_[IndexOf(name)]; }
+
+void NNGridR::SetParameter(const std::string& name, double value) {
+  const std::size_t k = IndexOf(name);
+  CheckNNParameter(name, value);
+  if (k == kIGrad) value = value != 0.0 ? 1.0 : 0.0;
+  if (values_[k] == value) return;
+  values_[k] = value;
+  PropertyChanged.Raise(k == kBI ? "Taughtness" : k == kIGrad ? "UseGradients" : name);
+}
+
+void NNGridR::SetTaughtness(double value) { SetParameter("BI", value); }
+void NNGridR::SetUseGradients(bool value) { SetParameter("IGrad", value ? 1.0 : 0.0); }
 
 void NNGridR::Reset() {
-  taughtness_ = 1.0;
-  useGradients_ = false;
+  values_.clear();
+  for (const NNParameter& p : kNNParameters) values_.push_back(p.defaultValue);
 }
 
 void NNGridR::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "BI", taughtness_);
-  bag.WriteProperty(prefix + "IGrad", useGradients_);
+  bag.WriteProperty(prefix + "BI", Taughtness());
+  bag.WriteProperty(prefix + "IGrad", UseGradients());
 }
 
 void NNGridR::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
   const double taughtness = bag.ReadProperty(prefix + "BI", 1.0);
   const bool gradients = bag.ReadProperty(prefix + "IGrad", false);
+  CheckNNParameter("BI", taughtness);
   SetTaughtness(taughtness);
   SetUseGradients(gradients);
 }

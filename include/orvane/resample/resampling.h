@@ -106,18 +106,35 @@ class Kriging {
 };
 
 /// The parameters of the natural-neighbour resampler, one per parameter name of the
-/// gridding method; two of them are public.
+/// gridding method ("BI", "BJ", "Densi", "Extrap", "Floor", "ClipToFloor", "HoriLap",
+/// "IChoro", "IGrad", "MagX", "MagY", "MagZ", "NonNeg", "Nuldat", "Optim", "Rads", "SDip",
+/// "Updir", "VertLap"); two of them are public properties. The resampler reads "BI",
+/// "IGrad", "Extrap" (1: extrapolate outside the data hull, 0: give "Nuldat" there),
+/// "Nuldat" (0), "NonNeg" (1: negative values become 0), "ClipToFloor" with "Floor" (values
+/// below Floor become Floor) and "MagX"/"MagY" (stretch of each axis, 1); the others are
+/// kept for saved parameter sets and do not change the grid.
 class NNGridR {
  public:
+  /// Every parameter at its default.
+  NNGridR();
+
   /// "Returns or sets the taughtness parameter applied to the implicit surface." ("BI", 1)
-  double Taughtness() const noexcept { return taughtness_; }
+  double Taughtness() const noexcept;
   /// Lets it (finite, not below 0); raises "Taughtness".
   void SetTaughtness(double value);
   /// "Returns or sets whether blended gradients will be used." ("IGrad", False)
-  bool UseGradients() const noexcept { return useGradients_; }
+  bool UseGradients() const noexcept;
   /// Lets it; raises "UseGradients".
   void SetUseGradients(bool value);
-  /// The defaults.
+
+  /// The names of the parameters, in the order above.
+  static const std::vector<std::string>& ParameterNames();
+  /// A parameter by name (Booleans are 0 or 1); an unknown name raises error 5.
+  double Parameter(const std::string& name) const;
+  /// Sets a parameter by name: finite; "BI" not below 0, "MagX"/"MagY" above 0. Raises the
+  /// public property's name for "BI" and "IGrad", the parameter's name otherwise.
+  void SetParameter(const std::string& name, double value);
+  /// Every parameter back to its default.
   void Reset();
 
   /// Writes "BI" and "IGrad" under prefix (glued: "NNGridrBI").
@@ -125,12 +142,12 @@ class NNGridR {
   /// Reads them (defaults 1 and False).
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
 
-  /// Raised with "Taughtness" or "UseGradients" after a change.
+  /// Raised with "Taughtness", "UseGradients" or a parameter's name after a change.
   Event<const std::string&> PropertyChanged;
 
  private:
-  double taughtness_ = 1.0;
-  bool useGradients_ = false;
+  std::size_t IndexOf(const std::string& name) const;
+  std::vector<double> values_;
 };
 
 /// The grid layout of a data set's resampling and the choice of resampler. Its limits

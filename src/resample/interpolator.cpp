@@ -1,0 +1,105 @@
+// The input storage shared by the resamplers, progress reporting, the parallel loop over
+// grid columns and the choice of resampler.
+
+#include "interpolator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <thread>
+
+#include "orvane/core/error.h"
+#include "orvane/resample/resampling.h"
+
+namespace orvane {
+
+bool RunProgress::Advance(std::int64_t done) { return Report(done_.fetch_add(done) + done); }
+
+bool RunProgress::Report(std::int64_t done) {
+  if (cancelled_.load()) return false;
+  if (!callback_) return true;
+  // A thread that finds the callback busy skips this report; a later one catches up.
+  std::unique_lock lock(mutex_, std::try_to_lock);
+  if (lock.owns_lock() && !callback_(std::min(done, total_), total_)) cancelled_ = true;
+  return !cancelled_.load();
+}
+
+void RunProgress::ThrowIfCancelled() const {
+  if (cancelled_.load()) throw Error(18, "IInterpolator", "The resampling was interrupted.");
+}
+
+void ParallelFor(std::size_t count, std::int64_t perItem, RunProgress& progress,
+                 const std::function<void(std::size_t)>& body) {
+  std::atomic<std::size_t> next{0};
+  std::exception_ptr failure;
+  std::mutex failureMutex;
+  auto work = [&] {
+    try {
+      for (std::size_t i; (i = next.fetch_add(1)) < count;) {
+        body(i);
+        if (!progress.Advance(perItem)) break;
+      }
+    } catch (...) {
+      const std::lock_guard lock(failureMutex);
+      if (!failure) failure = std::current_exception();
+      next = count;  // the others stop at their next item
+    }
+  };
+  const std::size_t threads =
+      std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, std::max<std::size_t>(count, 1));
+  std::vector<std::thread> workers;
+  for (std::size_t t = 1; t < threads; ++t) workers.emplace_back(work);
+  work();
+  for (std::thread& w : workers) w.join();
+  if (failure) std::rethrow_exception(failure);
+}
+
+void InterpolatorBase::GetInputData(std::int32_t& count, std::vector<double>& x,
+                                    std::vector<double>& y, std::vector<double>& z) const {
+  count = static_cast<std::int32_t>(x_.size());
+  x = x_;
+  y = y_;
+  z = z_;
+}
+
+void InterpolatorBase::GetOutputData(std::vector<double>& x, std::vector<double>& y,
+                                     std::vector<double>& z) {
+  if (stale_) RefreshGrid();
+  x = gridX_;
+  y = gridY_;
+  z = gridZ_;
+}
+
+void InterpolatorBase::SetInputData(std::int32_t count, const Array& x, const Array& y, const Array& z) {
+  if (count < 1) throw Error(5, "IInterpolator");
+  for (const Array* a : {&x, &y, &z}) {
+    if (a->LowerBound() != 0 || a->UpperBound() < count - 1) {
+      throw Error(5, "IInterpolator", "The input arrays must hold elements 0 to Count - 1.");
+    }
+  }
+  const auto n = static_cast<std::ptrdiff_t>(count);
+  for (const Array* a : {&x, &y, &z}) {
+    if (!std::all_of(a->Values().begin(), a->Values().begin() + n,
+                     [](double v) { return std::isfinite(v); })) {
+      throw Error(5, "IInterpolator", "The input points must be finite numbers.");
+    }
+  }
+  x_.assign(x.Values().begin(), x.Values().begin() + n);
+  y_.assign(y.Values().begin(), y.Values().begin() + n);
+  z_.assign(z.Values().begin(), z.Values().begin() + n);
+  stale_ = true;
+}
+
+std::unique_ptr<InterpolatorBase> CreateInterpolator(Resampling& settings) {
+  switch (settings.ResamplerType()) {
+    case orvResamplerTypeNone: return nullptr;
+    case orvResamplerTypeInverseDistance: return std::make_unique<InverseDistanceResampler>(settings);
+    case orvResamplerTypeKriging: return std::make_unique<KrigingResampler>(settings);
+    case orvResamplerTypeNNGridR: return std::make_unique<NaturalNeighbourResampler>(settings);
+    default:
+      throw Error(5, "Resampling", "ResamplerType " + std::to_string(settings.ResamplerType()) +
+                                       " is not a resampler (0 to 3).");
+  }
+}
+
+}  // namespace orvane

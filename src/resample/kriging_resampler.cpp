@@ -1,0 +1,93 @@
+// The kriging resampler: hands the points, the grid and the model to the kriging engine,
+// lets it calculate on its worker thread, reports its progress while waiting, and
+// collects the values. The engine handle is released on every path out.
+
+#include <chrono>
+#include <cmath>
+#include <string>
+#include <thread>
+
+#include "interpolator.h"
+#include "orvane/core/error.h"
+#include "orvane/resample/resampling.h"
+#include "orvane_kriging/kriging.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr const char* kSource = "Orvada.Kriging";
+
+// Owns one engine handle.
+class EngineHandle {
+ public:
+  EngineHandle() : handle_(KrigingCreate()) {
+    if (handle_ == nullptr) throw Error(7, kSource, "The kriging engine could not be created.");
+  }
+  ~EngineHandle() { KrigingDelete(handle_); }
+  EngineHandle(const EngineHandle&) = delete;
+  EngineHandle& operator=(const EngineHandle&) = delete;
+
+  // Raises the engine's description of a failed call as error 5.
+  // fallback describes the call's own argument rule.
+  void Check(std::int32_t status, const char* fallback) const {
+    if (status == kKrigingOk) return;
+    std::string text = KrigingGetLastError(handle_);
+    if (text.empty()) text = fallback;
+    throw Error(5, kSource, text);
+  }
+  KrigingHandle get() const noexcept { return handle_; }
+
+ private:
+  KrigingHandle handle_;
+};
+
+}  // namespace
+
+void KrigingResampler::RefreshGrid() {
+  orvane::Kriging& kriging = settings_.Kriging();
+  if (kriging.AutoSetRange()) {
+    const double dx = settings_.XMax() - settings_.XMin();
+    const double dy = settings_.YMax() - settings_.YMin();
+    kriging.SetRange(std::sqrt(dx * dx + dy * dy));
+  }
+  std::int32_t count = 0;
+  std::vector<double> x, y, z;
+  GetInputData(count, x, y, z);
+  std::vector<double> gridX = settings_.GridX();
+  std::vector<double> gridY = settings_.GridY();
+  const auto nx = static_cast<std::int32_t>(gridX.size());
+  const auto ny = static_cast<std::int32_t>(gridY.size());
+
+  EngineHandle engine;
+  KrigingHandle h = engine.get();
+  engine.Check(KrigingSetData(h, count, x.data(), y.data(), z.data()), "The kriging engine refused the points.");
+  engine.Check(KrigingSetGridCoordinate(h, nx, gridX.data(), ny, gridY.data()), "The kriging engine refused the grid.");
+  engine.Check(KrigingSetBlockKriging(h, kriging.BlockMode()), "The kriging engine refused the block mode.");
+  engine.Check(KrigingSetModel(h, kriging.ModelSemiVariogram()), "ModelSemiVariogram must be 0 (linear), 1 (spherical), 2 (exponential) or 3 (Gaussian).");
+  engine.Check(KrigingSetRange(h, kriging.Range()), "Range must be a finite number above 0.");
+  engine.Check(KrigingSetSill(h, kriging.Nugget(), kriging.Sill()), "Nugget and Sill must be finite numbers.");
+  engine.Check(KrigingCalculateInThread(h), "The kriging engine could not start.");
+
+  // Wait, polling more slowly as the run goes on, and pass the progress on.
+  const std::int64_t total = std::int64_t{nx} * ny;
+  RunProgress progress(progress_, total);
+  auto pause = std::chrono::microseconds(100);
+  while (!KrigingIsFinish(h)) {
+    if (!progress.Report(KrigingGetCurrentProgress(h))) KrigingCancel(h);
+    std::this_thread::sleep_for(pause);
+    pause = std::min(pause * 2, std::chrono::microseconds(20000));
+  }
+  progress.ThrowIfCancelled();
+  engine.Check(KrigingGetLastStatus(h), "The kriging calculation failed.");
+  std::vector<double> values(static_cast<std::size_t>(total));
+  engine.Check(KrigingGetValues(h, values.data()), "The kriging engine has no values.");
+  progress.Report(total);
+
+  gridX_ = std::move(gridX);
+  gridY_ = std::move(gridY);
+  gridZ_ = std::move(values);
+  stale_ = false;
+}
+
+}  // namespace orvane
