@@ -17,6 +17,7 @@
 #include "geometry.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
+#include "resample/interpolator.h"
 
 namespace orvane {
 
@@ -150,6 +151,8 @@ void DataSetState::Reset(bool keepUserHull) {
   meshZ.assign(1, 0.0);
   gridX.clear();
   gridY.clear();
+  resampled = false;
+  resampledZ.clear();
   geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
   contourLines.assign(1, CLineList{});
   bandTriangles.clear();
@@ -171,28 +174,90 @@ void DataSetState::ClearUserHull() {
   userHullInputCount = 0;
 }
 
+void DataSetState::NormaliseDataHull() {
+  dataHullX.clear();
+  dataHullY.clear();
+  if (pointCount <= 0) return;
+  if (dataType == kRectangularGrid) {
+    const auto [x0, x1] = std::minmax_element(inputX.begin(), inputX.end());
+    const auto [y0, y1] = std::minmax_element(inputY.begin(), inputY.end());
+    RectangleHull(Normalise(0, *x0), Normalise(0, *x1), Normalise(1, *y0), Normalise(1, *y1),
+                  dataHullX, dataHullY);
+  } else if (triangulation) {
+    for (std::int32_t v : triangulation->HullVertices()) {
+      dataHullX.push_back(Normalise(0, inputX[static_cast<std::size_t>(v)]));
+      dataHullY.push_back(Normalise(1, inputY[static_cast<std::size_t>(v)]));
+    }
+  }
+}
+
+void DataSetState::Resample() {
+  // The grid is made in full before anything changes, so that a resampler's error
+  // leaves the data set as it was.
+  ComputeLimits();
+  resampling.SetDataLimits(min[0], max[0], min[1], max[1]);
+  std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(resampling);
+  const auto n = static_cast<std::size_t>(pointCount);
+  resampler->SetInputData(pointCount, std::vector<double>(inputX.begin(), inputX.begin() + static_cast<long>(n)),
+                          std::vector<double>(inputY.begin(), inputY.begin() + static_cast<long>(n)),
+                          std::vector<double>(inputZ.begin(), inputZ.begin() + static_cast<long>(n)));
+  std::vector<double> x, y, z;
+  resampler->GetOutputData(x, y, z);
+  CheckValues(z, "resampled Z");
+
+  gridX = std::move(x);
+  gridY = std::move(y);
+  resampledZ = std::move(z);
+  resampled = true;
+  AxisLimits(gridX, static_cast<std::int32_t>(gridX.size()), min[0], max[0], range[0]);
+  AxisLimits(gridY, static_cast<std::int32_t>(gridY.size()), min[1], max[1], range[1]);
+  AxisLimits(resampledZ, static_cast<std::int32_t>(resampledZ.size()), min[2], max[2], range[2]);
+  const std::size_t nx = gridX.size();
+  const std::size_t ny = gridY.size();
+  meshX.resize(nx * ny);
+  meshY.resize(nx * ny);
+  meshZ.resize(nx * ny);
+  for (std::size_t i = 0; i < nx; ++i) {
+    for (std::size_t j = 0; j < ny; ++j) {
+      meshX[i * ny + j] = Normalise(0, gridX[i]);
+      meshY[i * ny + j] = Normalise(1, gridY[j]);
+      meshZ[i * ny + j] = Normalise(2, resampledZ[i * ny + j]);
+    }
+  }
+  meshType = kGridMesh;
+  NormaliseDataHull();
+}
+
 void DataSetState::RebuildMeshIfNeeded() {
   if (!needsRebuild || pointCount <= 0) return;
-  const auto n = static_cast<std::size_t>(pointCount);
-  ComputeLimits();
-  meshX.resize(n);
-  meshY.resize(n);
-  meshZ.resize(n);
-  for (std::size_t k = 0; k < n; ++k) {
-    meshX[k] = Normalise(0, inputX[k]);
-    meshY[k] = Normalise(1, inputY[k]);
-    meshZ[k] = Normalise(2, inputZ[k]);
-  }
-  if (dataType == kRectangularGrid) {
-    meshType = kGridMesh;
-    const auto nx = static_cast<std::size_t>(xCount);
-    const auto ny = static_cast<std::size_t>(yCount);
-    gridX.resize(nx);
-    gridY.resize(ny);
-    for (std::size_t i = 0; i < nx; ++i) gridX[i] = inputX[i * ny];
-    for (std::size_t j = 0; j < ny; ++j) gridY[j] = inputY[j];
+  if (resampling.ResamplerSelected()) {
+    Resample();
   } else {
-    meshType = kTriangleMesh;
+    const bool wasResampled = resampled;
+    resampled = false;
+    resampledZ.clear();
+    const auto n = static_cast<std::size_t>(pointCount);
+    ComputeLimits();
+    if (wasResampled) NormaliseDataHull();
+    meshX.resize(n);
+    meshY.resize(n);
+    meshZ.resize(n);
+    for (std::size_t k = 0; k < n; ++k) {
+      meshX[k] = Normalise(0, inputX[k]);
+      meshY[k] = Normalise(1, inputY[k]);
+      meshZ[k] = Normalise(2, inputZ[k]);
+    }
+    if (dataType == kRectangularGrid) {
+      meshType = kGridMesh;
+      const auto nx = static_cast<std::size_t>(xCount);
+      const auto ny = static_cast<std::size_t>(yCount);
+      gridX.resize(nx);
+      gridY.resize(ny);
+      for (std::size_t i = 0; i < nx; ++i) gridX[i] = inputX[i * ny];
+      for (std::size_t j = 0; j < ny; ++j) gridY[j] = inputY[j];
+    } else {
+      meshType = kTriangleMesh;
+    }
   }
   geometryChanged = {true, true, true};
   contoursStale = true;
@@ -271,7 +336,12 @@ void DataSetState::PrepareForDrawing(std::span<const double> levels) {
 // ---------------------------------------------------------------------------------------
 // Public members
 
-DataSet::DataSet() : state_(std::make_unique<DataSetState>()) {}
+DataSet::DataSet() : state_(std::make_unique<DataSetState>()) {
+  resamplingRelay_ = state_->resampling.PropertyChanged.Connect([this](const std::string& name) {
+    if (state_->pointCount > 0) state_->needsRebuild = true;
+    PropertyChanged.Raise("Resampling." + name);
+  });
+}
 
 DataSet::~DataSet() = default;
 
@@ -397,10 +467,20 @@ void DataSet::DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Arr
   yCount = s.yCount;
 }
 
-void DataSet::ResampledDataAsRectangularGridGet(Array&, std::int32_t&, Array&, std::int32_t&,
-                                                Array2D&) const {
-  // The resampled grid exists only once a resampler is selected.
-  throw Error(5, kSource, "No resampler was selected.");
+void DataSet::ResampledDataAsRectangularGridGet(Array& xValues, std::int32_t& xCount,
+                                                Array& yValues, std::int32_t& yCount,
+                                                Array2D& zValues) const {
+  DataSetState& s = *state_;
+  if (!s.resampling.ResamplerSelected()) throw Error(5, kSource, "No resampler was selected.");
+  s.RebuildMeshIfNeeded();
+  if (!s.resampled) throw Error(5, kSource, "The data set holds no data to resample.");
+  const std::size_t nx = s.gridX.size();
+  const std::size_t ny = s.gridY.size();
+  xValues = Array(s.gridX);
+  yValues = Array(s.gridY);
+  zValues = Array2D(s.resampledZ, nx, ny);
+  xCount = static_cast<std::int32_t>(nx);
+  yCount = static_cast<std::int32_t>(ny);
 }
 
 void DataSet::DataHullGet(std::int32_t& pointCount, Array& xValues, Array& yValues) const {
@@ -471,7 +551,8 @@ bool DataSet::ZValueInterpolate(double xValue, double yValue, double& zValue) {
   const std::size_t ny = s.gridY.size();
   const std::size_t i1 = std::min(i + 1, s.gridX.size() - 1);
   const std::size_t j1 = std::min(j + 1, ny - 1);
-  const auto z = [&](std::size_t a, std::size_t b) { return s.inputZ[a * ny + b]; };
+  const std::vector<double>& gridZ = s.GridZ();
+  const auto z = [&](std::size_t a, std::size_t b) { return gridZ[a * ny + b]; };
   // The cell's two triangles meet along the diagonal from (i, j) to (i + 1, j + 1).
   if (u >= v) {
     zValue = z(i, j) + u * (z(i1, j) - z(i, j)) + v * (z(i1, j1) - z(i1, j));
@@ -480,6 +561,9 @@ bool DataSet::ZValueInterpolate(double xValue, double yValue, double& zValue) {
   }
   return true;
 }
+
+orvane::Resampling& DataSet::Resampling() noexcept { return state_->resampling; }
+const orvane::Resampling& DataSet::Resampling() const noexcept { return state_->resampling; }
 
 double DataSet::XMin() const { return state_->min[0]; }
 double DataSet::XMax() const { return state_->max[0]; }
@@ -520,6 +604,7 @@ void DataSet::WriteContents(PropertyBag& bag, const std::string& prefix) const {
     bag.WriteProperty(prefix + "UserHull.Y",
                       std::vector<double>(s.userHullInputY.begin(), s.userHullInputY.begin() + static_cast<long>(n)));
   }
+  s.resampling.WriteProperties(bag, prefix + "Resampling.");
 }
 
 void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
@@ -559,6 +644,8 @@ void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
   CheckValues(z, "Z");
   CheckValues(hullX, "user hull X");
   CheckValues(hullY, "user hull Y");
+  // The resampling settings check themselves before they change anything.
+  state_->resampling.ReadProperties(bag, prefix + "Resampling.");
 
   const auto nx = static_cast<std::int32_t>(x.size());
   const auto ny = static_cast<std::int32_t>(y.size());

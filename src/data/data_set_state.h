@@ -12,6 +12,7 @@
 #include "contour/contourer.h"
 #include "orvane/core/event.h"
 #include "orvane/data/data_set.h"
+#include "orvane/resample/resampling.h"
 #include "triangulate.h"
 
 namespace orvane {
@@ -34,6 +35,9 @@ struct DataSetState {
   std::vector<double> meshX{0.0}, meshY{0.0}, meshZ{0.0};
   std::vector<double> gridX, gridY;
   std::int32_t meshType = kNoMesh;
+  // The grid mesh comes from the resampler; its Z in data units (X index outer).
+  bool resampled = false;
+  std::vector<double> resampledZ;
   std::unique_ptr<CTriangulate> triangulation;  // made on first use
 
   // Data hull and user hull, normalised; the user hull also as the host gave it.
@@ -59,12 +63,21 @@ struct DataSetState {
 
   Event<> changed;  // the owning DataSets relays it as DataChanged
 
+  // The resampling settings; a change marks the mesh for rebuild.
+  orvane::Resampling resampling;
+
   // n = (v - min) / range on axis 0 (X), 1 (Y), 2 (Z); any other axis gives 0.
   double Normalise(int axis, double value) const;
   // v = n * range + min.
   double Denormalise(int axis, double value) const;
   // Limits of the input lists.
   void ComputeLimits();
+  // The data hull, normalised with the current limits, from the input points.
+  void NormaliseDataHull();
+  // Replaces the mesh by the selected resampler's grid (limits from that grid).
+  void Resample();
+  // The Z values of a grid mesh in data units (X index outer).
+  const std::vector<double>& GridZ() const { return resampled ? resampledZ : inputZ; }
   // Removes the user hull (no event).
   void ClearUserHull();
   // Clear's reset; the setters keep the user hull. Raises changed.

@@ -28,13 +28,13 @@ class EngineHandle {
   EngineHandle(const EngineHandle&) = delete;
   EngineHandle& operator=(const EngineHandle&) = delete;
 
-  // Raises the engine's description of a failed call as error 5.
-  // fallback describes the call's own argument rule.
-  void Check(std::int32_t status, const char* fallback) const {
-    if (status == kKrigingOk) return;
-    std::string text = KrigingGetLastError(handle_);
-    if (text.empty()) text = fallback;
-    throw Error(5, kSource, text);
+  // Raises a refused setting as error 5 with the rule it broke.
+  static void Check(std::int32_t status, const char* rule) {
+    if (status != kKrigingOk) throw Error(5, kSource, rule);
+  }
+  // Raises a failed calculation as error 5 with the engine's description.
+  void CheckRun(std::int32_t status) const {
+    if (status != kKrigingOk) throw Error(5, kSource, KrigingGetLastError(handle_));
   }
   KrigingHandle get() const noexcept { return handle_; }
 
@@ -67,7 +67,7 @@ void KrigingResampler::RefreshGrid() {
   engine.Check(KrigingSetModel(h, kriging.ModelSemiVariogram()), "ModelSemiVariogram must be 0 (linear), 1 (spherical), 2 (exponential) or 3 (Gaussian).");
   engine.Check(KrigingSetRange(h, kriging.Range()), "Range must be a finite number above 0.");
   engine.Check(KrigingSetSill(h, kriging.Nugget(), kriging.Sill()), "Nugget and Sill must be finite numbers.");
-  engine.Check(KrigingCalculateInThread(h), "The kriging engine could not start.");
+  engine.CheckRun(KrigingCalculateInThread(h));
 
   // Wait, polling more slowly as the run goes on, and pass the progress on.
   const std::int64_t total = std::int64_t{nx} * ny;
@@ -79,7 +79,7 @@ void KrigingResampler::RefreshGrid() {
     pause = std::min(pause * 2, std::chrono::microseconds(20000));
   }
   progress.ThrowIfCancelled();
-  engine.Check(KrigingGetLastStatus(h), "The kriging calculation failed.");
+  engine.CheckRun(KrigingGetLastStatus(h));
   std::vector<double> values(static_cast<std::size_t>(total));
   engine.Check(KrigingGetValues(h, values.data()), "The kriging engine has no values.");
   progress.Report(total);

@@ -5,10 +5,12 @@
 #include <string>
 
 #include "orvane/core/array.h"
+#include "orvane/core/event.h"
 
 namespace orvane {
 
 class PropertyBag;
+class Resampling;
 
 namespace detail {
 struct DataSetState;
@@ -42,8 +44,9 @@ class DataSet {
   /// set with DataAsRectangularGridSet.
   void DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
                                 std::int32_t& yCount, Array2D& zValues) const;
-  /// "Returns the resampled data in rectangular grid format." Error 5 "No resampler was
-  /// selected." while no resampler is selected.
+  /// "Returns the resampled data in rectangular grid format." In data units; resamples
+  /// first when the data or the settings changed. Error 5 "No resampler was selected."
+  /// while no resampler is selected; a resampler's own errors pass through.
   void ResampledDataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
                                          std::int32_t& yCount, Array2D& zValues) const;
   /// "Returns data describing the set of points forming the convex hull around the plot
@@ -72,16 +75,28 @@ class DataSet {
   /// Maximum Z of the input data.
   double ZMax() const;
 
+  /// "Returns a reference to the Resampling object which creates an alternative set of
+  /// points to represent the dataset, sampled from a surface derived from a mathematical
+  /// model of the original dataset."
+  orvane::Resampling& Resampling() noexcept;
+  /// The same, read-only.
+  const orvane::Resampling& Resampling() const noexcept;
+
   /// Writes the data under prefix: "DataType", "Count", "X", "Y", "Z" and, with a user
-  /// hull, "UserHull.X" and "UserHull.Y".
+  /// hull, "UserHull.X" and "UserHull.Y"; then the resampling under "Resampling.".
   void WriteContents(PropertyBag& bag, const std::string& prefix) const;
   /// Restores data written by WriteContents through the setters. Inconsistent stored
   /// data raises error 5 and leaves the data set as it was.
   void ReadContents(const PropertyBag& bag, const std::string& prefix);
 
+  /// A change of the resampling settings, with the prefix "Resampling." (such as
+  /// "Resampling.IntervalCount" or "Resampling.Kriging.Range").
+  Event<const std::string&> PropertyChanged;
+
  private:
   friend struct detail::DataSetAccess;
   std::unique_ptr<detail::DataSetState> state_;
+  Connection resamplingRelay_;
 };
 
 }  // namespace orvane

@@ -1,0 +1,206 @@
+// The resamplers behind IInterpolator: choice, kriging through the engine, progress and
+// interruption, natural neighbour with its parameter set.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "orvane/resample/resampling.h"
+#include "orvane_kriging/kriging.h"
+#include "resample/interpolator.h"
+#include "support/event_recorder.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+struct Scatter {
+  std::vector<double> x, y, z;
+  std::int32_t Count() const { return static_cast<std::int32_t>(x.size()); }
+};
+
+// n random points over [0, 3] x [0, 4] with corners included, so the limits are exact.
+Scatter Points(int n, unsigned seed) {
+  Scatter s{{0, 3, 0, 3}, {0, 0, 4, 4}, {1, 2, 3, 4}};
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<double> ux(0, 3), uy(0, 4);
+  for (int i = 0; i < n; ++i) {
+    s.x.push_back(ux(random));
+    s.y.push_back(uy(random));
+    s.z.push_back(std::sin(s.x.back()) + 0.25 * s.y.back());
+  }
+  return s;
+}
+
+std::vector<double> Resample(InterpolatorBase& r, const Scatter& s) {
+  r.SetInputData(s.Count(), s.x, s.y, s.z);
+  std::vector<double> x, y, z;
+  r.GetOutputData(x, y, z);
+  return z;
+}
+
+TEST(Resamplers, TheTypeChoosesTheResampler) {
+  Resampling settings;
+  EXPECT_EQ(CreateInterpolator(settings), nullptr);
+  settings.SetResamplerType(orvResamplerTypeInverseDistance);
+  EXPECT_NE(dynamic_cast<InverseDistanceResampler*>(CreateInterpolator(settings).get()), nullptr);
+  settings.SetResamplerType(orvResamplerTypeKriging);
+  EXPECT_NE(dynamic_cast<KrigingResampler*>(CreateInterpolator(settings).get()), nullptr);
+  settings.SetResamplerType(orvResamplerTypeNNGridR);
+  EXPECT_NE(dynamic_cast<NaturalNeighbourResampler*>(CreateInterpolator(settings).get()), nullptr);
+  settings.SetResamplerType(7);  // stored unchecked, refused when a run needs it
+  EXPECT_ORVANE_ERROR(CreateInterpolator(settings), 5, "Resampling",
+                      "ResamplerType 7 is not a resampler (0 to 3).");
+  InverseDistanceResampler idw(settings);
+  EXPECT_ORVANE_ERROR(idw.SetInputData(1, std::vector<double>{NAN}, std::vector<double>{0}, std::vector<double>{0}),
+                      5, "IInterpolator", "The input points must be finite numbers.");
+}
+
+TEST(Resamplers, KrigingSetsTheRangeFromTheGridAndMatchesTheEngine) {
+  const Scatter s = Points(40, 1);
+  Resampling settings;
+  settings.SetDataLimits(0, 3, 0, 4);
+  settings.SetIntervalCount(6);
+  settings.Kriging().SetModelSemiVariogram(orvKrigingMSVSpherical);
+  settings.Kriging().SetNugget(0.0);
+  settings.Kriging().SetBlockMode(false);
+  testing::EventRecorder events(settings.PropertyChanged);
+  KrigingResampler kriging(settings);
+  const std::vector<double> z = Resample(kriging, s);
+  EXPECT_EQ(settings.Kriging().Range(), 5.0);  // the diagonal of 3 by 4
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Kriging.Range"}));
+
+  // The same run made directly on the engine gives the same values.
+  const std::vector<double> gx = settings.GridX(), gy = settings.GridY();
+  KrigingHandle h = KrigingCreate();
+  KrigingSetData(h, s.Count(), s.x.data(), s.y.data(), s.z.data());
+  KrigingSetGridCoordinate(h, 7, gx.data(), 7, gy.data());
+  KrigingSetBlockKriging(h, false);
+  KrigingSetModel(h, orvKrigingMSVSpherical);
+  KrigingSetRange(h, 5.0);
+  KrigingSetSill(h, 0.0, 2.0);
+  ASSERT_EQ(KrigingCalculate(h), kKrigingOk);
+  std::vector<double> direct(49);
+  KrigingGetValues(h, direct.data());
+  KrigingDelete(h);
+  EXPECT_EQ(z, direct);
+  EXPECT_NEAR(z[0], 1.0, 1e-12);  // the grid's corners are data points: exact without a nugget
+  EXPECT_NEAR(z[48], 4.0, 1e-12);
+
+  // Without AutoSetRange the stored range is used as it is, and checked by the engine.
+  settings.Kriging().SetAutoSetRange(false);
+  settings.Kriging().SetRange(0.0);
+  EXPECT_ORVANE_ERROR(Resample(kriging, s), 5, "Orvada.Kriging", "Range must be a finite number above 0.");
+  EXPECT_EQ(settings.Kriging().Range(), 0.0);
+}
+
+TEST(Resamplers, KrigingPassesTheEnginesFailures) {
+  Resampling settings;
+  settings.SetDataLimits(0, 1, 0, 1);
+  settings.Kriging().SetBlockMode(false);
+  settings.Kriging().SetNugget(0.0);
+  KrigingResampler kriging(settings);
+  // Two points at one place with different values and no nugget: a singular system.
+  const Scatter twins{{0.5, 0.5, 0.0}, {0.5, 0.5, 1.0}, {1.0, 2.0, 0.0}};
+  try {
+    Resample(kriging, twins);
+    FAIL() << "no error";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), 5);
+    EXPECT_EQ(e.Source(), "Orvada.Kriging");
+    EXPECT_EQ(e.Description().rfind("The kriging system is singular", 0), 0u) << e.Description();
+  }
+}
+
+TEST(Resamplers, ProgressReachesTheTotalAndStopsOnRequest) {
+  const Scatter s = Points(3000, 2);
+  Resampling settings;
+  settings.SetDataLimits(0, 3, 0, 4);
+  settings.SetIntervalCount(60);
+  for (const std::int32_t type : {orvResamplerTypeInverseDistance, orvResamplerTypeKriging,
+                                  orvResamplerTypeNNGridR}) {
+    settings.SetResamplerType(type);
+    std::unique_ptr<InterpolatorBase> r = CreateInterpolator(settings);
+    std::int64_t last = -1, total = 0;
+    bool ordered = true;
+    r->SetProgressCallback([&](std::int64_t done, std::int64_t all) {
+      ordered = ordered && done <= all;
+      last = done;
+      total = all;
+      return true;
+    });
+    EXPECT_EQ(Resample(*r, s).size(), 61u * 61u);
+    EXPECT_TRUE(ordered);
+    EXPECT_EQ(total, 61 * 61) << type;
+    EXPECT_EQ(last, total) << type;
+
+    // Asking to stop ends the run with error 18 and leaves no grid behind.
+    r->SetProgressCallback([](std::int64_t done, std::int64_t) { return done == 0; });
+    EXPECT_ORVANE_ERROR(Resample(*r, s), 18, "IInterpolator", "The resampling was interrupted.");
+    r->SetProgressCallback({});
+    EXPECT_EQ(Resample(*r, s).size(), 61u * 61u);
+  }
+}
+
+TEST(Resamplers, NaturalNeighbourReadsItsParameters) {
+  // Z = 2x - y on a square with a dent: the hull is the square.
+  const Scatter s{{0, 1, 0, 1, 0.4}, {0, 0, 1, 1, 0.6}, {0, 2, -1, 1, 0.2}};
+  Resampling settings;
+  settings.SetAutoRange(false);
+  settings.SetXMin(-1);
+  settings.SetXMax(2);
+  settings.SetYMax(1);
+  settings.SetIntervalCount(3);
+  NaturalNeighbourResampler nn(settings);
+  std::vector<double> z = Resample(nn, s);
+  ASSERT_EQ(z.size(), 16u);
+  // X = -1, 0, 1, 2 by Y = 0, 1/3, 2/3, 1: linear data, extrapolated too.
+  EXPECT_NEAR(z[0], -2.0, 1e-12);
+  EXPECT_EQ(z[4 * 1 + 0], 0.0);
+  EXPECT_EQ(z[4 * 2 + 3], 1.0);
+  EXPECT_NEAR(z[4 * 3 + 3], 3.0, 1e-12);
+  settings.NNGridR().SetParameter("Extrap", 0);
+  settings.NNGridR().SetParameter("Nuldat", -99);
+  z = Resample(nn, s);
+  EXPECT_EQ(z[0], -99.0);
+  EXPECT_EQ(z[4 * 3 + 3], -99.0);
+  EXPECT_NEAR(z[4 * 1 + 1], -1.0 / 3.0, 1e-12);
+  settings.NNGridR().SetParameter("NonNeg", 1);
+  z = Resample(nn, s);
+  EXPECT_EQ(z[4 * 1 + 1], 0.0);
+  EXPECT_EQ(z[0], -99.0);  // the null value is not clipped
+}
+
+TEST(NNGridR, EveryParameterByNameWithDefaultsAndChecks) {
+  NNGridR p;
+  ASSERT_EQ(NNGridR::ParameterNames().size(), 19u);
+  EXPECT_EQ(NNGridR::ParameterNames().front(), "BI");
+  EXPECT_EQ(NNGridR::ParameterNames().back(), "VertLap");
+  EXPECT_EQ(p.Parameter("BI"), 1.0);
+  EXPECT_EQ(p.Parameter("Extrap"), 1.0);
+  EXPECT_EQ(p.Parameter("MagX"), 1.0);
+  EXPECT_EQ(p.Parameter("Nuldat"), 0.0);
+  EXPECT_FALSE(p.UseGradients());
+  testing::EventRecorder events(p.PropertyChanged);
+  p.SetParameter("IGrad", 5);  // any non-zero value is True
+  p.SetParameter("BI", 2.5);
+  p.SetParameter("Nuldat", -1);
+  p.SetParameter("Nuldat", -1);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"UseGradients", "Taughtness", "Nuldat"}));
+  EXPECT_EQ(p.Parameter("IGrad"), 1.0);
+  EXPECT_EQ(p.Taughtness(), 2.5);
+  EXPECT_ORVANE_ERROR(p.Parameter("Tension"), 5, "Orvada.NNGridR",
+                      "\"Tension\" is not a parameter of the natural-neighbour resampler.");
+  EXPECT_ORVANE_ERROR(p.SetParameter("MagY", 0), 5, "Orvada.NNGridR", "MagY must be a finite number above 0.");
+  EXPECT_ORVANE_ERROR(p.SetParameter("Floor", INFINITY), 5, "Orvada.NNGridR", "Floor must be a finite number.");
+  EXPECT_ORVANE_ERROR(p.SetTaughtness(NAN), 5, "Orvada.NNGridR", "Taughtness must be a finite number not below 0.");
+  EXPECT_EQ(p.Parameter("MagY"), 1.0);
+  p.Reset();
+  EXPECT_EQ(p.Taughtness(), 1.0);
+  EXPECT_EQ(p.Parameter("Nuldat"), 0.0);
+}
+
+}  // namespace
+}  // namespace orvane
