@@ -13,5 +13,7 @@ void AddInfoCommand(CLI::App& app);
 void AddTriangulateCommand(CLI::App& app);
 // orvane contour FILE [--count N | --interval D | --levels a,b,c] [--bands] -o OUT.geojson.
 void AddContourCommand(CLI::App& app);
+// orvane grid FILE --method idw|kriging|nn [options] -o OUT.csv|OUT.grd: a resampled grid.
+void AddGridCommand(CLI::App& app);
 
 }  // namespace orvane::cli

@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
   orvane::cli::AddInfoCommand(app);
   orvane::cli::AddTriangulateCommand(app);
   orvane::cli::AddContourCommand(app);
+  orvane::cli::AddGridCommand(app);
 
   try {
     app.parse(argc, argv);
@@ -29,7 +30,7 @@ int main(int argc, char** argv) {
     return app.exit(e) == 0 ? 0 : 2;
   } catch (const orvane::Error& e) {
     std::cerr << "orvane: " << e.Description() << "\n";
-    return 2;
+    return e.Number() == 18 ? 130 : 2;  // an interrupted run ends as SIGINT's would
   } catch (const std::exception& e) {
     std::cerr << "orvane: " << e.what() << "\n";
     return 1;

@@ -8,10 +8,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -168,6 +170,110 @@ TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
   EXPECT_EQ(nlohmann::json::parse(again)["features"].size(), 5u);
   EXPECT_EQ(Orvane("contour " + file + " --count 3 --interval 2 -o " + out).status, 2);
   EXPECT_EQ(Orvane("contour " + file + " --interval -1 -o " + out).status, 2);
+}
+
+// Lines of a text file.
+std::vector<std::string> Lines(const std::string& path) {
+  std::ifstream in(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+TEST_F(Cli, GridWritesCsvWithTheXIndexOuter) {
+  const std::string file = Write("p.xyz", "0 0 1\n1 0 2\n0 1 3\n1 1 4\n0.5 0.5 9\n");
+  const std::string out = (dir_ / "g.csv").string();
+  const Outcome run = Orvane("grid " + file + " --method idw --intervals 2 -o " + out);
+  ASSERT_EQ(run.status, 0) << run.out;
+  const std::vector<std::string> lines = Lines(out);
+  ASSERT_EQ(lines.size(), 9u);
+  EXPECT_EQ(lines[0], "0,0,1");      // exact hits keep the data
+  EXPECT_EQ(lines[1].rfind("0,0.5,", 0), 0u);
+  EXPECT_EQ(lines[4], "0.5,0.5,9");
+  EXPECT_EQ(lines[8], "1,1,4");
+  // Power 0 gives the plain mean away from the data.
+  ASSERT_EQ(Orvane("grid " + file + " --method idw --power 0 --intervals 2 -o " + out).status, 0);
+  EXPECT_EQ(Lines(out)[1], "0,0.5,3.8");
+  // Explicit limits replace the data's; the others stay.
+  ASSERT_EQ(Orvane("grid " + file + " --method idw --intervals 4 --xmin -1 -o " + out).status, 0);
+  EXPECT_EQ(Lines(out)[0].rfind("-1,0,", 0), 0u);
+  EXPECT_EQ(Lines(out)[24].rfind("1,1,", 0), 0u);
+}
+
+TEST_F(Cli, GridWritesDsaaForEveryMethod) {
+  std::ostringstream text;
+  std::mt19937 random(3);
+  std::uniform_real_distribution<double> unit(0, 1);
+  text.precision(17);
+  text << "0 0 3\n2 0 7\n0 1 2\n2 1 6\n";  // the corners of [0, 2] x [0, 1]
+  for (int i = 0; i < 40; ++i) {
+    const double x = 2 * unit(random), y = unit(random);
+    text << x << ' ' << y << ' ' << 3 + 2 * x - y << '\n';
+  }
+  const std::string file = Write("plane.xyz", text.str());
+  const std::string out = (dir_ / "g.grd").string();
+  for (const std::string method : {"nn", "nn --gradients --tautness 2", "kriging --no-block --model spherical --nugget 0",
+                                   "kriging --range 3"}) {
+    const Outcome run = Orvane("grid " + file + " --method " + method + " --intervals 4 -o " + out);
+    ASSERT_EQ(run.status, 0) << method << run.out;
+    const std::vector<std::string> lines = Lines(out);
+    ASSERT_EQ(lines.size(), 10u) << method;
+    EXPECT_EQ(lines[0], "DSAA");
+    EXPECT_EQ(lines[1], "5 5");
+    EXPECT_EQ(lines[2], "0 2");
+    EXPECT_EQ(lines[3], "0 1");
+    // First row is Y = 0, X increasing; the corners hold the data.
+    std::istringstream row(lines[5]);
+    std::vector<double> z{std::istream_iterator<double>(row), std::istream_iterator<double>()};
+    ASSERT_EQ(z.size(), 5u);
+    EXPECT_NEAR(z[0], 3.0, method.find("kriging --range") == 0 ? 1.0 : 1e-9) << method;
+    if (method.rfind("nn", 0) == 0) {
+      EXPECT_NEAR(z[2], 5.0, 1e-12);  // linear data reproduced
+      EXPECT_EQ(lines[4], "2 7");
+    }
+  }
+}
+
+TEST_F(Cli, GridRefusesBadRequestsClearly) {
+  const std::string file = Write("p.xyz", "0 0 1\n1 1 2\n2 2 3\n");
+  const std::string out = (dir_ / "g.csv").string();
+  const std::pair<std::string, std::string> cases[] = {
+      {"--method nn -o " + out, "Natural-neighbour interpolation needs points that do not all lie on one line."},
+      {"--method idw --power -1 -o " + out, "Weighting power must be greater than or equal to 0"},
+      {"--method idw --xmin 5 -o " + out, "The grid's X minimum must lie below its maximum."},
+      {"--method nn --power 2 -o " + out, "--power applies to --method idw only."},
+      {"--method idw -o " + (dir_ / "g.txt").string(), "the output must end in .csv (x,y,z lines) or .grd (DSAA grid)."},
+      {"--method spline -o " + out, "spline"},
+      {"--method idw --intervals 0 -o " + out, "--intervals"}};
+  for (const auto& [arguments, message] : cases) {
+    const Outcome run = Orvane("grid " + file + " " + arguments);
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_NE(run.out.find(message), std::string::npos) << arguments << "\n" << run.out;
+  }
+  EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+TEST_F(Cli, GridStopsCleanlyWhenInterrupted) {
+  std::ostringstream text;
+  std::mt19937 random(4);
+  std::uniform_real_distribution<double> unit(0, 1);
+  for (int i = 0; i < 20000; ++i) text << unit(random) << ' ' << unit(random) << ' ' << unit(random) << '\n';
+  const std::string file = Write("big.xyz", text.str());
+  const std::string out = (dir_ / "big.csv").string();
+  // Minutes of work, interrupted after a moment.
+  const std::string script = "sh -c '" + std::string(ORVANE_CLI_PATH) + " grid " + file +
+                             " --method idw --intervals 3000 -o " + out +
+                             " & pid=$!; sleep 0.5; kill -INT $pid; wait $pid; echo status=$?' 2>&1";
+  std::string output;
+  FILE* pipe = popen(script.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::array<char, 4096> buffer{};
+  for (std::size_t n; (n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) output.append(buffer.data(), n);
+  pclose(pipe);
+  EXPECT_NE(output.find("status=130"), std::string::npos) << output;
+  EXPECT_NE(output.find("The resampling was interrupted."), std::string::npos) << output;
+  EXPECT_FALSE(std::filesystem::exists(out));
+  EXPECT_FALSE(std::filesystem::exists(out + ".partial"));
 }
 
 }  // namespace
