@@ -23,4 +23,5 @@
 #include "orvane/render/faces.h"
 #include "orvane/render/legend.h"
 #include "orvane/render/line.h"
+#include "orvane/resample/resampling.h"
 #include "orvane/version.h"

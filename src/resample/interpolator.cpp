@@ -90,6 +90,19 @@ void InterpolatorBase::SetInputData(std::int32_t count, const Array& x, const Ar
   stale_ = true;
 }
 
+void InterpolatorBase::GridAxes(std::vector<double>& x, std::vector<double>& y) const {
+  const std::int64_t side = std::int64_t{settings_.IntervalCount()} + 1;
+  if (side * side > kMaxGridValues) {
+    throw Error(7, "IInterpolator", "A grid of " + std::to_string(side) + " by " + std::to_string(side) +
+                                        " values is too large (at most 10001 by 10001).");
+  }
+  if (!std::isfinite(settings_.XInterval()) || !std::isfinite(settings_.YInterval())) {
+    throw Error(5, "IInterpolator", "The grid limits are too far apart.");
+  }
+  x = settings_.GridX();
+  y = settings_.GridY();
+}
+
 std::unique_ptr<InterpolatorBase> CreateInterpolator(Resampling& settings) {
   switch (settings.ResamplerType()) {
     case orvResamplerTypeNone: return nullptr;

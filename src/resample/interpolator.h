@@ -75,8 +75,13 @@ class InterpolatorBase : public IInterpolator {
   void SetInputData(std::int32_t count, const Array& x, const Array& y, const Array& z) override;
   // Where the runs report their progress (none by default).
   void SetProgressCallback(ProgressCallback callback) { progress_ = std::move(callback); }
+  // Most grid values a run makes: 10,001 x 10,001.
+  static constexpr std::int64_t kMaxGridValues = 10001LL * 10001LL;
 
  protected:
+  // The grid's X and Y values; a grid of more than kMaxGridValues values raises error 7,
+  // limits too far apart for finite intervals error 5 (source "IInterpolator").
+  void GridAxes(std::vector<double>& x, std::vector<double>& y) const;
   Resampling& settings_;
   ProgressCallback progress_;
   std::vector<double> x_, y_, z_;           // the input points

@@ -154,8 +154,7 @@ std::vector<double> InverseDistanceResampler::Grid(const std::vector<double>& gr
 }
 
 void InverseDistanceResampler::RefreshGrid() {
-  gridX_ = settings_.GridX();
-  gridY_ = settings_.GridY();
+  GridAxes(gridX_, gridY_);
   gridZ_ = Grid(gridX_, gridY_, x_, y_, z_, settings_.InverseDistance().WeightingPower(), progress_);
   stale_ = false;
 }

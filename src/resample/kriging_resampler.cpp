@@ -54,8 +54,8 @@ void KrigingResampler::RefreshGrid() {
   std::int32_t count = 0;
   std::vector<double> x, y, z;
   GetInputData(count, x, y, z);
-  std::vector<double> gridX = settings_.GridX();
-  std::vector<double> gridY = settings_.GridY();
+  std::vector<double> gridX, gridY;
+  GridAxes(gridX, gridY);
   const auto nx = static_cast<std::int32_t>(gridX.size());
   const auto ny = static_cast<std::int32_t>(gridY.size());
 

@@ -366,6 +366,7 @@ NaturalNeighbour::Location NaturalNeighbour::Locate(double x, double y, Cursor& 
   std::int32_t t = std::clamp(cursor.triangle, 0, triangles - 1);
   const std::size_t limit = tri_.size() + 3;
   bool found = false;
+  bool left = false;
   for (std::size_t step = 0; step < limit; ++step) {
     const int first = static_cast<int>(step % 3);  // a varying first edge avoids cycles
     std::int32_t next = t;
@@ -380,8 +381,20 @@ NaturalNeighbour::Location NaturalNeighbour::Locate(double x, double y, Cursor& 
       found = true;
       break;
     }
-    if (next == kNone) break;  // left the mesh: outside, or beside a hull edge
+    if (next == kNone) {  // left the mesh: outside, or beside a hull edge
+      left = true;
+      break;
+    }
     t = next;
+  }
+  if (!found && !left) {
+    // The walk went round in circles (rounding): look through every triangle.
+    for (std::int32_t c = 0; c < triangles && !found; ++c) {
+      found = Orient(tri_[3 * U(c)], tri_[3 * U(c) + 1], x, y) >= 0.0 &&
+              Orient(tri_[3 * U(c) + 1], tri_[3 * U(c) + 2], x, y) >= 0.0 &&
+              Orient(tri_[3 * U(c) + 2], tri_[3 * U(c)], x, y) >= 0.0;
+      if (found) t = c;
+    }
   }
   if (!found) {
     // Outside, or on the hull beside the walk's last triangle: the nearest hull point decides.
@@ -614,9 +627,9 @@ void NaturalNeighbourResampler::RefreshGrid() {
   options.nonNegative = p.Parameter("NonNeg") != 0.0;
   options.clipToFloor = p.Parameter("ClipToFloor") != 0.0;
   options.floor = p.Parameter("Floor");
+  std::vector<double> gridX, gridY;
+  GridAxes(gridX, gridY);
   const detail::NaturalNeighbour method(x_, y_, z_, p.Parameter("MagX"), p.Parameter("MagY"));
-  std::vector<double> gridX = settings_.GridX();
-  std::vector<double> gridY = settings_.GridY();
   RunProgress progress(progress_, static_cast<std::int64_t>(gridX.size() * gridY.size()));
   std::vector<double> z = method.Grid(gridX, gridY, options, progress);
   progress.ThrowIfCancelled();

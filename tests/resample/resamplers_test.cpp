@@ -173,6 +173,26 @@ TEST(Resamplers, NaturalNeighbourReadsItsParameters) {
   EXPECT_EQ(z[0], -99.0);  // the null value is not clipped
 }
 
+TEST(Resamplers, AbsurdGridsAreRefusedBeforeAnyWork) {
+  const Scatter s = Points(10, 3);
+  Resampling settings;
+  settings.SetDataLimits(0, 3, 0, 4);
+  settings.SetIntervalCount(10001);  // 10002 x 10002 values
+  for (const std::int32_t type : {orvResamplerTypeInverseDistance, orvResamplerTypeKriging,
+                                  orvResamplerTypeNNGridR}) {
+    settings.SetResamplerType(type);
+    std::unique_ptr<InterpolatorBase> r = CreateInterpolator(settings);
+    EXPECT_ORVANE_ERROR(Resample(*r, s), 7, "IInterpolator",
+                        "A grid of 10002 by 10002 values is too large (at most 10001 by 10001).");
+  }
+  settings.SetIntervalCount(2);
+  settings.SetAutoRange(false);
+  settings.SetXMin(-1.7e308);
+  settings.SetXMax(1.7e308);
+  InverseDistanceResampler idw(settings);
+  EXPECT_ORVANE_ERROR(Resample(idw, s), 5, "IInterpolator", "The grid limits are too far apart.");
+}
+
 TEST(NNGridR, EveryParameterByNameWithDefaultsAndChecks) {
   NNGridR p;
   ASSERT_EQ(NNGridR::ParameterNames().size(), 19u);
