@@ -338,19 +338,24 @@ void NaturalNeighbour::Prepare(Cursor& cursor) const {
   }
 }
 
+double NaturalNeighbour::DistanceToSegment(std::int32_t a, std::int32_t b, double x, double y,
+                                           double& t) const {
+  const double ex = px_[U(b)] - px_[U(a)];
+  const double ey = py_[U(b)] - py_[U(a)];
+  t = std::clamp(((x - px_[U(a)]) * ex + (y - py_[U(a)]) * ey) / (ex * ex + ey * ey), 0.0, 1.0);
+  const double dx = x - (px_[U(a)] + t * ex);
+  const double dy = y - (py_[U(a)] + t * ey);
+  return dx * dx + dy * dy;
+}
+
 NaturalNeighbour::Location NaturalNeighbour::NearestOnHull(double x, double y) const {
   Location best{Location::kOutside, kNone, hull_[0], hull_[0], 0.0};
   double bestD2 = INFINITY;
   for (std::size_t k = 0; k < hull_.size(); ++k) {
     const std::int32_t a = hull_[k];
     const std::int32_t b = hull_[(k + 1) % hull_.size()];
-    const double ex = px_[U(b)] - px_[U(a)];
-    const double ey = py_[U(b)] - py_[U(a)];
-    const double len2 = ex * ex + ey * ey;
-    const double t = std::clamp(((x - px_[U(a)]) * ex + (y - py_[U(a)]) * ey) / len2, 0.0, 1.0);
-    const double dx = x - (px_[U(a)] + t * ex);
-    const double dy = y - (py_[U(a)] + t * ey);
-    const double d2 = dx * dx + dy * dy;
+    double t = 0.0;
+    const double d2 = DistanceToSegment(a, b, x, y, t);
     if (d2 < bestD2) {
       bestD2 = d2;
       best.a = a;
@@ -421,13 +426,10 @@ NaturalNeighbour::Location NaturalNeighbour::Locate(double x, double y, Cursor& 
     for (const std::int32_t first : {pos, (pos + h - 1) % h}) {
       const std::int32_t a = hull_[U(first)];
       const std::int32_t b = hull_[U((first + 1) % h)];
-      const double ex = px_[U(b)] - px_[U(a)];
-      const double ey = py_[U(b)] - py_[U(a)];
-      const double len2 = ex * ex + ey * ey;
-      const double along = std::clamp(((x - px_[U(a)]) * ex + (y - py_[U(a)]) * ey) / len2, 0.0, 1.0);
-      const double dx = x - (px_[U(a)] + along * ex);
-      const double dy = y - (py_[U(a)] + along * ey);
-      if (dx * dx + dy * dy <= kSnap * kSnap) return {Location::kOnHullEdge, t, a, b, along};
+      double along = 0.0;
+      if (DistanceToSegment(a, b, x, y, along) <= kSnap * kSnap) {
+        return {Location::kOnHullEdge, t, a, b, along};
+      }
     }
   }
   return {Location::kInside, t, kNone, kNone, 0.0};

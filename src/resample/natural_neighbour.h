@@ -100,6 +100,8 @@ class NaturalNeighbour {
   double Orient(std::int32_t a, std::int32_t b, double x, double y) const;
   Location Locate(double x, double y, Cursor& cursor) const;
   Location NearestOnHull(double x, double y) const;
+  // Squared distance from (x, y) to segment a-b; t receives the nearest point's position.
+  double DistanceToSegment(std::int32_t a, std::int32_t b, double x, double y, double& t) const;
   // The Sibson coordinates of the point inside triangle `start` into cursor.neighbours
   // and cursor.weights.
   void Sibson(double x, double y, std::int32_t start, Cursor& cursor) const;
