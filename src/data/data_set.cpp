@@ -397,10 +397,7 @@ void DataSet::DataAsRectangularGridSet(const Array& xValues, std::int32_t xCount
     s.inputZ = std::move(z);
   }
   s.ComputeLimits();
-  if (points > 0) {
-    RectangleHull(s.Normalise(0, s.min[0]), s.Normalise(0, s.max[0]), s.Normalise(1, s.min[1]),
-                  s.Normalise(1, s.max[1]), s.dataHullX, s.dataHullY);
-  }
+  s.NormaliseDataHull();
   s.needsRebuild = true;
   s.changed.Raise();
 }
@@ -439,11 +436,8 @@ void DataSet::DataAsSparseGridSet(std::int32_t count, const Array& xValues, cons
     }
     if (!s.triangulation) s.triangulation = std::make_unique<CTriangulate>();
     s.triangulation->Triangulate(nx, ny, nz);
-    for (std::int32_t v : s.triangulation->HullVertices()) {
-      s.dataHullX.push_back(nx[static_cast<std::size_t>(v)]);
-      s.dataHullY.push_back(ny[static_cast<std::size_t>(v)]);
-    }
   }
+  s.NormaliseDataHull();
   s.needsRebuild = true;
   s.changed.Raise();
 }

@@ -78,10 +78,8 @@ class NaturalNeighbour {
   std::vector<double> Grid(const std::vector<double>& gridX, const std::vector<double>& gridY,
                            const NaturalNeighbourOptions& options, RunProgress& progress) const;
 
-  // The merged points (working coordinates), their Z and estimated gradients.
+  // The number of points after duplicates merged.
   std::int32_t PointCount() const noexcept { return static_cast<std::int32_t>(px_.size()); }
-  const std::vector<double>& PointZ() const noexcept { return pz_; }
-  std::int32_t TriangleCount() const noexcept { return static_cast<std::int32_t>(tri_.size() / 3); }
   // True when every triangle's circumcircle holds no other point (checked by brute force).
   bool IsDelaunay() const;
 
