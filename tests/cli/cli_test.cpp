@@ -263,7 +263,7 @@ TEST_F(Cli, GridStopsCleanlyWhenInterrupted) {
   // Minutes of work, interrupted after a moment.
   const std::string script = "sh -c '" + std::string(ORVANE_CLI_PATH) + " grid " + file +
                              " --method idw --intervals 3000 -o " + out +
-                             " & pid=$!; sleep 0.5; kill -INT $pid; wait $pid; echo status=$?' 2>&1";
+                             " & pid=$!; sleep 1; kill -INT $pid; wait $pid; echo status=$?' 2>&1";
   std::string output;
   FILE* pipe = popen(script.c_str(), "r");
   ASSERT_NE(pipe, nullptr);
