@@ -7,6 +7,8 @@ set -euo pipefail
 packages=(
   # build
   g++ cmake ninja-build pkg-config make
+  # the second compiler the code must build with
+  clang
   # persistence and command line
   nlohmann-json3-dev libcli11-dev
   # polygon clipping (Boost.Geometry, header-only)
@@ -15,6 +17,8 @@ packages=(
   libeigen3-dev libnanoflann-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
+  # GDAL's ogrinfo checks the GeoJSON the command writes
+  gdal-bin
 )
 
 missing=()

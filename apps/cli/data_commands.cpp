@@ -1,7 +1,9 @@
 // orvane info, triangulate and contour: load an XYZ file as a scattered data set.
 
 #include <charconv>
-#include <fstream>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -9,11 +11,13 @@
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
+#include "contour/band_outline.h"
 #include "data/data_set_state.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/core/error.h"
 #include "orvane/data/data_sets.h"
 #include "orvane/data/xyz_file.h"
+#include "output_file.h"
 
 namespace orvane::cli {
 
@@ -25,6 +29,16 @@ std::string Number(double v) {
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, v);
   return std::string(buffer, result.ptr);
 }
+
+// The value rounded to 15 significant digits, in shortest round-trip form: what the file
+// said, without the last-bit noise of the trip through normalised units.
+std::string Rounded(double v) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.15g", v);
+  return Number(std::strtod(buffer, nullptr));
+}
+
+double RoundedValue(double v) { return std::strtod(Rounded(v).c_str(), nullptr); }
 
 // Loads the file into a data set of its own.
 void Load(const std::string& path, DataSet& data) {
@@ -50,23 +64,26 @@ void RunInfo(const InfoOptions& options) {
 
   if (options.json) {
     nlohmann::json hull = nlohmann::json::array();
-    for (std::int32_t k = 0; k < hullCount; ++k) hull.push_back({hullX.At(k), hullY.At(k)});
-    const nlohmann::json facts = {
-        {"points", state.pointCount}, {"triangles", triangles}, {"xmin", data.XMin()},
-        {"xmax", data.XMax()},        {"ymin", data.YMin()},    {"ymax", data.YMax()},
-        {"zmin", data.ZMin()},        {"zmax", data.ZMax()},    {"hull", hull}};
+    for (std::int32_t k = 0; k < hullCount; ++k) {
+      hull.push_back({RoundedValue(hullX.At(k)), RoundedValue(hullY.At(k))});
+    }
+    const nlohmann::json facts = {{"points", state.pointCount},      {"triangles", triangles},
+                                  {"xmin", RoundedValue(data.XMin())}, {"xmax", RoundedValue(data.XMax())},
+                                  {"ymin", RoundedValue(data.YMin())}, {"ymax", RoundedValue(data.YMax())},
+                                  {"zmin", RoundedValue(data.ZMin())}, {"zmax", RoundedValue(data.ZMax())},
+                                  {"hull", hull}};
     std::cout << facts.dump() << "\n";
     return;
   }
   std::cout << "file       " << options.file << "\n"
             << "points     " << state.pointCount << "\n"
-            << "x          " << Number(data.XMin()) << " .. " << Number(data.XMax()) << "\n"
-            << "y          " << Number(data.YMin()) << " .. " << Number(data.YMax()) << "\n"
-            << "z          " << Number(data.ZMin()) << " .. " << Number(data.ZMax()) << "\n"
+            << "x          " << Rounded(data.XMin()) << " .. " << Rounded(data.XMax()) << "\n"
+            << "y          " << Rounded(data.YMin()) << " .. " << Rounded(data.YMax()) << "\n"
+            << "z          " << Rounded(data.ZMin()) << " .. " << Rounded(data.ZMax()) << "\n"
             << "triangles  " << triangles << "\n"
             << "hull       " << hullCount << " vertices, counter-clockwise\n";
   for (std::int32_t k = 0; k < hullCount; ++k) {
-    std::cout << "  " << Number(hullX.At(k)) << " " << Number(hullY.At(k)) << "\n";
+    std::cout << "  " << Rounded(hullX.At(k)) << " " << Rounded(hullY.At(k)) << "\n";
   }
 }
 
@@ -76,11 +93,11 @@ struct TriangulateOptions {
 };
 
 void RunTriangulate(const TriangulateOptions& options) {
+  OutputFile file(options.output);
   DataSet data;
   Load(options.file, data);
   const auto& state = detail::DataSetAccess::State(data);
-  std::ofstream out(options.output, std::ios::binary);
-  if (!out) throw Error(5, "orvane", options.output + ": cannot create the file");
+  std::ostream& out = file.Stream();
   if (state.triangulation) {
     const std::vector<std::int32_t>& v = state.triangulation->TriangleVertices();
     std::string line;
@@ -95,18 +112,22 @@ void RunTriangulate(const TriangulateOptions& options) {
       out << line;
     }
   }
-  out.flush();
-  if (!out) throw Error(5, "orvane", options.output + ": writing failed");
+  file.Commit();
 }
 
 struct ContourOptions {
   std::string file;
-  std::int32_t count = 0;
+  std::int64_t count = 10;
   double interval = 0.0;
   std::vector<double> levels;
   bool bands = false;
   std::string output;
+  CLI::Option* countOption = nullptr;
+  CLI::Option* intervalOption = nullptr;
 };
+
+// Most levels a contour map takes, however they are asked for.
+constexpr std::int64_t kMostLevels = 10000;
 
 // Writes GeoJSON text straight to a stream, numbers in shortest round-trip form.
 class GeoJsonWriter {
@@ -121,20 +142,42 @@ class GeoJsonWriter {
 
 std::string JsonNumberOrNull(bool present, double v) { return present ? Number(v) : "null"; }
 
+// The levels the options ask for, refused before any work when they make no sense.
+void SetLevels(const ContourOptions& options, const DataSet& data, Contouring& contouring) {
+  if (!options.levels.empty()) {
+    if (static_cast<std::int64_t>(options.levels.size()) > kMostLevels) {
+      throw Error(5, "orvane", "--levels takes at most " + std::to_string(kMostLevels) + " levels");
+    }
+    for (double v : options.levels) {
+      if (!std::isfinite(v)) throw Error(5, "orvane", "--levels: the level " + Number(v) + " is not a finite number");
+    }
+    contouring.SetAutoSetContoursType(orvAutoSetOff);
+    for (double v : options.levels) contouring.Contours().Add(v);
+  } else if (options.intervalOption->count() > 0) {
+    if (!(std::isfinite(options.interval) && options.interval > 0.0)) {
+      throw Error(5, "orvane", "--interval must be a finite number above 0");
+    }
+    if ((data.ZMax() - data.ZMin()) / options.interval > static_cast<double>(kMostLevels)) {
+      throw Error(5, "orvane", "--interval " + Number(options.interval) + " gives more than " +
+                                   std::to_string(kMostLevels) + " levels between the Z limits");
+    }
+    contouring.SetAutoSetContoursType(orvAutoSetByInterval);
+    contouring.SetAutoSetInterval(options.interval);
+  } else {
+    if (options.count < 1 || options.count > kMostLevels) {
+      throw Error(5, "orvane", "--count must be between 1 and " + std::to_string(kMostLevels));
+    }
+    contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(options.count));
+  }
+  contouring.AutoSetContours(data.ZMin(), data.ZMax());
+}
+
 void RunContour(const ContourOptions& options) {
+  OutputFile file(options.output);
   DataSet data;
   Load(options.file, data);
   Contouring contouring;
-  if (!options.levels.empty()) {
-    contouring.SetAutoSetContoursType(orvAutoSetOff);
-    for (double v : options.levels) contouring.Contours().Add(v);
-  } else if (options.interval > 0.0) {
-    contouring.SetAutoSetContoursType(orvAutoSetByInterval);
-    contouring.SetAutoSetInterval(options.interval);
-  } else if (options.count > 0) {
-    contouring.SetAutoSetIntervalCount(options.count);
-  }
-  contouring.AutoSetContours(data.ZMin(), data.ZMax());
+  SetLevels(options, data, contouring);
   std::vector<double> levels;
   for (std::int32_t i = 0; i < contouring.Contours().Count(); ++i) {
     levels.push_back(contouring.Contours().Item(i)->Value());
@@ -143,9 +186,7 @@ void RunContour(const ContourOptions& options) {
   state.contoursStale = true;
   state.PrepareForDrawing(levels);
 
-  std::ofstream file(options.output, std::ios::binary);
-  if (!file) throw Error(5, "orvane", options.output + ": cannot create the file");
-  GeoJsonWriter json(file);
+  GeoJsonWriter json(file.Stream());
   auto point = [&](double nx, double ny) {
     json.Point(state.Denormalise(0, nx), state.Denormalise(1, ny));
   };
@@ -175,29 +216,37 @@ void RunContour(const ContourOptions& options) {
     json.Raw() << "]}}";
   }
   if (options.bands) {
+    // Band by band: each outline is written and dropped, with the band's triangles,
+    // before the next is made.
     for (std::size_t k = 0; k < state.bandTriangles.size(); ++k) {
-      const BandTriangles& band = state.bandTriangles[k];
+      const BandOutline outline = OutlineBand(state.bandTriangles[k]);
+      BandTriangles().swap(state.bandTriangles[k]);
       beginFeature();
       json.Raw() << "{\"type\":\"Feature\",\"properties\":{\"lower\":"
                  << JsonNumberOrNull(k > 0, k > 0 ? levels[k - 1] : 0.0) << ",\"upper\":"
                  << JsonNumberOrNull(k < levels.size(), k < levels.size() ? levels[k] : 0.0)
                  << "},\"geometry\":{\"type\":\"MultiPolygon\",\"coordinates\":[";
-      for (std::size_t i = 0; i + 8 < band.size(); i += 9) {
-        // One closed ring per triangle: its three corners and the first again.
-        json.Raw() << (i == 0 ? "[[" : ",[[");
-        for (std::size_t corner : {0u, 3u, 6u}) {
-          point(band[i + corner], band[i + corner + 1]);
-          json.Raw() << ',';
+      for (std::size_t p = 0; p < outline.PolygonCount(); ++p) {
+        json.Raw() << (p == 0 ? "[" : ",[");
+        for (std::size_t r = outline.polygonStarts[p]; r < outline.polygonStarts[p + 1]; ++r) {
+          // A closed ring: its vertices and the first again.
+          const std::size_t first = outline.ringStarts[r], last = outline.ringStarts[r + 1];
+          json.Raw() << (r == outline.polygonStarts[p] ? "[" : ",[");
+          for (std::size_t i = first; i < last; ++i) {
+            point(outline.x[i], outline.y[i]);
+            json.Raw() << ',';
+          }
+          point(outline.x[first], outline.y[first]);
+          json.Raw() << ']';
         }
-        point(band[i], band[i + 1]);
-        json.Raw() << "]]";
+        json.Raw() << ']';
       }
       json.Raw() << "]}}";
     }
+    state.contoursStale = true;  // the band triangles are gone
   }
   json.Raw() << "\n]}\n";
-  file.flush();
-  if (!file) throw Error(5, "orvane", options.output + ": writing failed");
+  file.Commit();
 }
 
 }  // namespace
@@ -217,11 +266,13 @@ void AddContourCommand(CLI::App& app) {
   CLI::App* contour = app.add_subcommand(
       "contour", "Trace contour lines (and with --bands filled bands) of an XYZ file into GeoJSON");
   contour->add_option("FILE", options->file, "XYZ text file")->required();
-  CLI::Option* count = contour->add_option("--count", options->count, "Number of equal intervals between the Z limits (default 10)")
-                           ->check(CLI::PositiveNumber);
-  CLI::Option* interval = contour->add_option("--interval", options->interval, "Level spacing, from the Z minimum up")
-                              ->check(CLI::PositiveNumber);
-  CLI::Option* levels = contour->add_option("--levels", options->levels, "Levels given one by one: a,b,c")
+  CLI::Option* count = contour->add_option("--count", options->count,
+                                           "Number of equal intervals between the Z limits (1 to 10000, default 10)");
+  CLI::Option* interval = contour->add_option("--interval", options->interval,
+                                              "Level spacing above 0, from the Z minimum up (at most 10000 levels)");
+  options->countOption = count;
+  options->intervalOption = interval;
+  CLI::Option* levels = contour->add_option("--levels", options->levels, "Levels given one by one: a,b,c (at most 10000)")
                             ->delimiter(',');
   count->excludes(interval)->excludes(levels);
   interval->excludes(levels);

@@ -5,13 +5,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
 #include <chrono>
-#include <csignal>
-#include <cstdio>
+#include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -21,38 +18,12 @@
 #include "orvane/core/error.h"
 #include "orvane/data/xyz_file.h"
 #include "orvane/resample/resampling.h"
+#include "output_file.h"
 #include "resample/interpolator.h"
 
 namespace orvane::cli {
 
 namespace {
-
-volatile std::sig_atomic_t interrupted = 0;
-
-extern "C" void OnInterrupt(int) { interrupted = 1; }
-
-// Catches SIGINT and SIGTERM while it lives, so that a run stops between grid columns.
-class InterruptGuard {
- public:
-  InterruptGuard() {
-    interrupted = 0;
-    struct sigaction action {};
-    action.sa_handler = OnInterrupt;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, &oldInt_);
-    sigaction(SIGTERM, &action, &oldTerm_);
-  }
-  ~InterruptGuard() {
-    sigaction(SIGINT, &oldInt_, nullptr);
-    sigaction(SIGTERM, &oldTerm_, nullptr);
-  }
-  InterruptGuard(const InterruptGuard&) = delete;
-  InterruptGuard& operator=(const InterruptGuard&) = delete;
-
- private:
-  struct sigaction oldInt_ {};
-  struct sigaction oldTerm_ {};
-};
 
 // A progress bar on standard error, redrawn at most ten times a second, only when
 // standard error is a terminal.
@@ -66,7 +37,7 @@ class ProgressBar {
   ProgressBar& operator=(const ProgressBar&) = delete;
 
   bool Update(std::int64_t done, std::int64_t total) {
-    if (interrupted != 0) return false;
+    if (Interrupted()) return false;
     if (!show_ || total <= 0) return true;
     const auto now = std::chrono::steady_clock::now();
     if (drawn_ && now - last_ < std::chrono::milliseconds(100) && done < total) return true;
@@ -95,7 +66,7 @@ std::string Number(double v) {
 struct GridOptions {
   std::string file;
   std::string method;
-  std::int32_t intervals = 10;
+  std::int64_t intervals = 10;
   double xMin = 0, xMax = 0, yMin = 0, yMax = 0;
   double power = 2.0;
   std::string model = "linear";
@@ -111,6 +82,9 @@ struct GridOptions {
 
 void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 
+// Most intervals a grid takes each way (a grid of 10,001 by 10,001 values).
+constexpr std::int64_t kMostIntervals = 10000;
+
 // The settings the options describe, on top of the data's limits.
 void Configure(const GridOptions& o, const XyzPoints& points, Resampling& settings) {
   static const std::map<std::string, std::int32_t> kMethods{
@@ -124,10 +98,18 @@ void Configure(const GridOptions& o, const XyzPoints& points, Resampling& settin
   for (const auto& [option, method] : belongsTo) {
     if (o.Given(option) && method != o.method) Refuse(option + " applies to --method " + method + " only.");
   }
+  if (o.intervals < 1 || o.intervals > kMostIntervals) {
+    Refuse("--intervals must be between 1 and " + std::to_string(kMostIntervals));
+  }
+  const std::pair<const char*, double> limits[] = {
+      {"--xmin", o.xMin}, {"--xmax", o.xMax}, {"--ymin", o.yMin}, {"--ymax", o.yMax}};
+  for (const auto& [name, value] : limits) {
+    if (o.Given(name) && !std::isfinite(value)) Refuse(std::string(name) + " must be a finite number");
+  }
   if (points.x.empty()) Refuse(o.file + ": the file holds no points.");
 
   settings.SetResamplerType(kMethods.at(o.method));
-  settings.SetIntervalCount(o.intervals);
+  settings.SetIntervalCount(static_cast<std::int32_t>(o.intervals));
   const auto [x0, x1] = std::minmax_element(points.x.begin(), points.x.end());
   const auto [y0, y1] = std::minmax_element(points.y.begin(), points.y.end());
   settings.SetDataLimits(*x0, *x1, *y0, *y1);
@@ -139,6 +121,13 @@ void Configure(const GridOptions& o, const XyzPoints& points, Resampling& settin
     if (o.Given("--ymax")) settings.SetYMax(o.yMax);
     if (!(settings.XMin() < settings.XMax())) Refuse("The grid's X minimum must lie below its maximum.");
     if (!(settings.YMin() < settings.YMax())) Refuse("The grid's Y minimum must lie below its maximum.");
+  }
+  // A grid needs an area: points along one line give none unless the limits are given.
+  if (!(settings.XMin() < settings.XMax())) {
+    Refuse(o.file + ": the points have no extent along X; give --xmin and --xmax for the grid.");
+  }
+  if (!(settings.YMin() < settings.YMax())) {
+    Refuse(o.file + ": the points have no extent along Y; give --ymin and --ymax for the grid.");
   }
   settings.InverseDistance().SetWeightingPower(o.power);
   Kriging& kriging = settings.Kriging();
@@ -197,6 +186,7 @@ void RunGrid(const GridOptions& options) {
   if (extension != ".csv" && extension != ".grd") {
     Refuse(options.output + ": the output must end in .csv (x,y,z lines) or .grd (DSAA grid).");
   }
+  OutputFile file(options.output);  // a target that cannot be replaced is refused up front
   XyzPoints points = ReadXyzFile(options.file);
   Resampling settings;
   Configure(options, points, settings);
@@ -211,27 +201,12 @@ void RunGrid(const GridOptions& options) {
     resampler->SetProgressCallback([&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); });
     resampler->GetOutputData(x, y, z);
   }
-
-  // Written beside the target and moved over it, so a failure leaves no half file.
-  const std::filesystem::path partial = output.string() + ".partial";
-  {
-    std::ofstream out(partial, std::ios::binary);
-    if (!out) Refuse(options.output + ": cannot create the file");
-    if (extension == ".csv") {
-      WriteCsv(out, x, y, z);
-    } else {
-      WriteDsaa(out, x, y, z);
-    }
-    out.flush();
-    if (!out) {
-      std::error_code ignored;
-      std::filesystem::remove(partial, ignored);
-      Refuse(options.output + ": writing failed");
-    }
+  if (extension == ".csv") {
+    WriteCsv(file.Stream(), x, y, z);
+  } else {
+    WriteDsaa(file.Stream(), x, y, z);
   }
-  std::error_code error;
-  std::filesystem::rename(partial, output, error);
-  if (error) Refuse(options.output + ": " + error.message());
+  file.Commit();
 }
 
 }  // namespace
@@ -244,8 +219,7 @@ void AddGridCommand(CLI::App& app) {
   grid->add_option("--method", o->method, "idw (inverse distance), kriging or nn (natural neighbour)")
       ->required()
       ->check(CLI::IsMember({"idw", "kriging", "nn"}));
-  o->given["--intervals"] = grid->add_option("--intervals", o->intervals, "Intervals along X and Y (default 10)")
-                                ->check(CLI::Range(1, 100000));
+  o->given["--intervals"] = grid->add_option("--intervals", o->intervals, "Intervals along X and Y (1 to 10000, default 10)");
   o->given["--xmin"] = grid->add_option("--xmin", o->xMin, "Grid X minimum (default: the data's)");
   o->given["--xmax"] = grid->add_option("--xmax", o->xMax, "Grid X maximum");
   o->given["--ymin"] = grid->add_option("--ymin", o->yMin, "Grid Y minimum");

@@ -1,6 +1,7 @@
 // The orvane command: renders data files and reports facts about them from a shell.
 // Each sub-command registers itself from its own file (commands.h).
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 
@@ -22,6 +23,9 @@ int main(int argc, char** argv) {
   orvane::cli::AddContourCommand(app);
   orvane::cli::AddGridCommand(app);
 
+  // Past a file-size limit a write then fails with EFBIG, which the output files report,
+  // instead of the signal ending the process with a truncated file.
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     app.parse(argc, argv);
     if (app.get_subcommands().empty()) std::cout << app.help();

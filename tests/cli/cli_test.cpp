@@ -24,8 +24,8 @@ struct Outcome {
   std::string out;  // standard output and error together
 };
 
-Outcome Orvane(const std::string& arguments) {
-  const std::string command = std::string(ORVANE_CLI_PATH) + " " + arguments + " 2>&1";
+// Runs a shell command line, standard error joined to standard output.
+Outcome Shell(const std::string& command) {
   Outcome run;
   FILE* pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return run;
@@ -35,6 +35,10 @@ Outcome Orvane(const std::string& arguments) {
   const int raw = pclose(pipe);
   run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
   return run;
+}
+
+Outcome Orvane(const std::string& arguments) {
+  return Shell(std::string(ORVANE_CLI_PATH) + " " + arguments + " 2>&1");
 }
 
 class Cli : public ::testing::Test {
@@ -126,6 +130,15 @@ TEST_F(Cli, TriangulateWritesEveryTriangleOnce) {
   EXPECT_EQ(static_cast<int>(triangles.size()), 2 * 300 - 2 - hull);
 }
 
+// Signed area of a closed GeoJSON ring (positive counter-clockwise).
+double RingArea(const nlohmann::json& ring) {
+  double twice = 0;
+  for (std::size_t i = 0; i + 1 < ring.size(); ++i) {
+    twice += ring[i][0].get<double>() * ring[i + 1][1].get<double>() - ring[i + 1][0].get<double>() * ring[i][1].get<double>();
+  }
+  return twice / 2;
+}
+
 TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
   // z = x on a 9 x 5 lattice over [0, 4] x [0, 2]: the level 1.25 is the line x = 1.25
   // (between lattice columns, so no mesh edge lies on it).
@@ -151,25 +164,215 @@ TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
   EXPECT_EQ(features[3]["properties"]["lower"], 1.25);
   EXPECT_EQ(features[3]["properties"]["upper"], 3.0);
   EXPECT_TRUE(features[4]["properties"]["upper"].is_null());
-  double area = 0;  // the middle band is the strip 1.25 <= x <= 3: area 3.5
-  for (const auto& polygon : features[3]["geometry"]["coordinates"]) {
-    const auto& r = polygon[0];
-    ASSERT_EQ(r.size(), 4u);
-    EXPECT_EQ(r[0], r[3]);
-    for (const auto& p : r) {
-      EXPECT_GE(p[0].get<double>(), 1.25 - 1e-9);
-      EXPECT_LE(p[0].get<double>(), 3.0 + 1e-9);
-    }
-    area += 0.5 * std::fabs((r[1][0].get<double>() - r[0][0].get<double>()) * (r[2][1].get<double>() - r[0][1].get<double>()) -
-                            (r[1][1].get<double>() - r[0][1].get<double>()) * (r[2][0].get<double>() - r[0][0].get<double>()));
+  // The middle band is the strip 1.25 <= x <= 3: one polygon, one closed
+  // counter-clockwise ring of area 3.5.
+  const auto& strip = features[3]["geometry"]["coordinates"];
+  ASSERT_EQ(strip.size(), 1u);
+  ASSERT_EQ(strip[0].size(), 1u);
+  const auto& ring = strip[0][0];
+  EXPECT_EQ(ring.front(), ring.back());
+  for (const auto& p : ring) {
+    EXPECT_GE(p[0].get<double>(), 1.25 - 1e-9);
+    EXPECT_LE(p[0].get<double>(), 3.0 + 1e-9);
   }
-  EXPECT_NEAR(area, 3.5, 1e-9);
+  EXPECT_NEAR(RingArea(ring), 3.5, 1e-12);
   // Automatic levels: ten intervals by default, or as asked.
   ASSERT_EQ(Orvane("contour " + file + " --count 4 -o " + out).status, 0);
   std::ifstream again(out);
   EXPECT_EQ(nlohmann::json::parse(again)["features"].size(), 5u);
   EXPECT_EQ(Orvane("contour " + file + " --count 3 --interval 2 -o " + out).status, 2);
   EXPECT_EQ(Orvane("contour " + file + " --interval -1 -o " + out).status, 2);
+}
+
+// How many band geometries of a GeoJSON file GDAL finds invalid, or -1 when it cannot
+// read the file.
+int InvalidBandsPerGdal(const std::filesystem::path& file) {
+  const std::string command = "ogrinfo -q -dialect sqlite -sql \"SELECT count(*) AS bad FROM '" +
+                              file.stem().string() +
+                              "' WHERE level IS NULL AND NOT ST_IsEmpty(geometry) AND NOT "
+                              "ST_IsValid(geometry)\" '" + file.string() + "' 2>&1";
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return -1;
+  std::string out;
+  std::array<char, 4096> buffer{};
+  for (std::size_t n; (n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) out.append(buffer.data(), n);
+  if (pclose(pipe) != 0) return -1;
+  const std::size_t at = out.find("bad (Integer) = ");
+  return at == std::string::npos ? -1 : std::stoi(out.substr(at + 16));
+}
+
+TEST_F(Cli, BandsAreMergedPolygonsWithHoles) {
+  // A ring of high ground around a pit on a 41 x 41 lattice over [-1, 1]^2.
+  std::ostringstream text;
+  text.precision(17);
+  for (int i = 0; i <= 40; ++i) {
+    for (int j = 0; j <= 40; ++j) {
+      const double x = -1 + i / 20.0, y = -1 + j / 20.0;
+      const double r = std::hypot(x, y);
+      text << x << ' ' << y << ' ' << std::exp(-std::pow((r - 0.5) / 0.15, 2)) << '\n';
+    }
+  }
+  const std::string file = Write("crater.xyz", text.str());
+  const std::filesystem::path out = dir_ / "crater.geojson";
+  const Outcome run = Orvane("contour " + file + " --levels 0.5 --bands -o " + out.string());
+  ASSERT_EQ(run.status, 0) << run.out;
+  std::ifstream in(out);
+  const nlohmann::json doc = nlohmann::json::parse(in);
+  ASSERT_EQ(doc["features"].size(), 3u);
+  const auto& below = doc["features"][1]["geometry"]["coordinates"];
+  const auto& above = doc["features"][2]["geometry"]["coordinates"];
+  // Above 0.5: the ring of high ground, one polygon with an outer ring and a hole.
+  ASSERT_EQ(above.size(), 1u);
+  ASSERT_EQ(above[0].size(), 2u);
+  EXPECT_GT(RingArea(above[0][0]), 0);  // outer rings counter-clockwise
+  EXPECT_LT(RingArea(above[0][1]), 0);  // holes clockwise
+  const double ring = RingArea(above[0][0]) + RingArea(above[0][1]);
+  EXPECT_NEAR(ring, 0.785, 0.03);       // pi (0.625^2 - 0.375^2) for the exact surface
+  // Below 0.5: the square less a disk (with its hole), and the pit inside.
+  ASSERT_EQ(below.size(), 2u);
+  double total = ring;
+  for (const auto& polygon : below) {
+    for (const auto& r : polygon) {
+      EXPECT_EQ(r.front(), r.back());
+      total += RingArea(r);
+    }
+  }
+  EXPECT_NEAR(total, 4.0, 4e-12);  // the bands tile the data's square
+  EXPECT_EQ(InvalidBandsPerGdal(out), 0);
+}
+
+TEST_F(Cli, BandsOfScatteredDataAreValidGeometry) {
+  std::ostringstream text;
+  std::mt19937 random(21);
+  std::uniform_real_distribution<double> unit(0, 1);
+  text.precision(17);
+  for (int i = 0; i < 3000; ++i) {
+    const double x = unit(random), y = unit(random);
+    text << x << ' ' << y << ' ' << std::sin(9 * x) * std::cos(7 * y) + 0.2 * unit(random) << '\n';
+  }
+  const std::string file = Write("noisy.xyz", text.str());
+  const std::filesystem::path out = dir_ / "noisy.geojson";
+  const Outcome run = Orvane("contour " + file + " --count 12 --bands -o " + out.string());
+  ASSERT_EQ(run.status, 0) << run.out;
+  EXPECT_EQ(InvalidBandsPerGdal(out), 0);
+}
+
+TEST_F(Cli, LevelOptionsAreBoundedAndNamed) {
+  const std::string file = Write("p.xyz", "0 0 1\n1 0 2\n0 1 3\n1 1 4\n");
+  const std::string out = (dir_ / "c.geojson").string();
+  const std::pair<std::string, std::string> cases[] = {
+      {"--count 0", "orvane: --count must be between 1 and 10000\n"},
+      {"--count 10001", "orvane: --count must be between 1 and 10000\n"},
+      {"--count 2000000000", "orvane: --count must be between 1 and 10000\n"},
+      {"--interval 0", "orvane: --interval must be a finite number above 0\n"},
+      {"--interval nan", "orvane: --interval must be a finite number above 0\n"},
+      {"--interval 1e-9", "orvane: --interval 1e-09 gives more than 10000 levels between the Z limits\n"},
+      {"--levels 1,nan,2", "orvane: --levels: the level nan is not a finite number\n"},
+      {"--levels inf", "orvane: --levels: the level inf is not a finite number\n"}};
+  for (const auto& [arguments, message] : cases) {
+    const Outcome run = Orvane("contour " + file + " " + arguments + " -o " + out);
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_EQ(run.out, message) << arguments;
+  }
+  EXPECT_FALSE(std::filesystem::exists(out));
+  EXPECT_EQ(Orvane("contour " + file + " --count 10000 -o " + out).status, 0);
+  EXPECT_NE(Orvane("contour --help").out.find("1 to 10000"), std::string::npos);
+}
+
+TEST_F(Cli, InfoPrintsTheValuesTheFileHeld) {
+  // 3.5 comes back from normalised units over -7.3 .. 6.9 as 3.500000000000001.
+  const std::string file = Write("h.xyz", "-7.3 0 1\n6.9 0 2\n3.5 5 3\n-7.3 5 4\n");
+  const Outcome text = Orvane("info " + file);
+  ASSERT_EQ(text.status, 0) << text.out;
+  EXPECT_NE(text.out.find("\n  3.5 5\n"), std::string::npos) << text.out;
+  const nlohmann::json facts = nlohmann::json::parse(Orvane("info --json " + file).out);
+  const auto& hull = facts["hull"];
+  EXPECT_NE(std::find(hull.begin(), hull.end(), nlohmann::json::parse("[3.5, 5]")), hull.end()) << hull;
+}
+
+// Files of a folder, by name.
+std::set<std::string> Listing(const std::filesystem::path& folder) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename().string());
+  return names;
+}
+
+std::string Slurp(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// Output through a temporary beside the target, renamed into place at the end.
+class CliOutput : public Cli {
+ protected:
+  void SetUp() override {
+    Cli::SetUp();
+    std::ostringstream text;
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> unit(0, 1);
+    for (int i = 0; i < 2000; ++i) text << unit(random) << ' ' << unit(random) << ' ' << unit(random) << '\n';
+    input_ = Write("in.xyz", text.str());
+  }
+  // Every command that writes, aimed at `target`.
+  std::vector<std::string> Writers(const std::string& target) const {
+    return {"triangulate " + input_ + " -o " + target, "contour " + input_ + " --bands -o " + target,
+            "grid " + input_ + " --method idw --intervals 30 -o " + target};
+  }
+  std::string input_;
+};
+
+TEST_F(CliOutput, AFullDiskLeavesTheOldFileIntact) {
+  for (const std::string& command : Writers((dir_ / "out.grd").string())) {
+    const std::string target = (dir_ / "out.grd").string();
+    std::ofstream(target) << "old contents\n";
+    const std::set<std::string> before = Listing(dir_);
+    // At most 4 blocks of output: every command here writes more.
+    const Outcome run = Shell("sh -c 'ulimit -f 4; exec " + std::string(ORVANE_CLI_PATH) + " " + command + "' 2>&1");
+    EXPECT_EQ(run.status, 2) << command << run.out;
+    EXPECT_NE(run.out.find("out.grd: cannot write the file (File too large)"), std::string::npos) << run.out;
+    EXPECT_EQ(Slurp(target), "old contents\n") << command;
+    EXPECT_EQ(Listing(dir_), before) << command;  // no temporary left behind
+  }
+}
+
+TEST_F(CliOutput, TargetsThatCannotBeReplacedAreRefusedUpFront) {
+  const std::string locked = (dir_ / "locked.grd").string();
+  std::ofstream(locked) << "keep\n";
+  std::filesystem::permissions(locked, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
+  const std::filesystem::path folder = dir_ / "folder.grd";
+  std::filesystem::create_directory(folder);
+  std::ofstream(folder / "inside") << "x";
+  const std::set<std::string> before = Listing(dir_);
+  for (const std::string& command : Writers(locked)) {
+    const Outcome run = Orvane(command);
+    EXPECT_EQ(run.status, 2) << command;
+    EXPECT_EQ(run.out, "orvane: " + locked + ": cannot replace the file: it is read-only\n") << command;
+  }
+  EXPECT_EQ(Slurp(locked), "keep\n");
+  for (const std::string& command : Writers(folder.string())) {
+    const Outcome run = Orvane(command);
+    EXPECT_EQ(run.status, 2) << command;
+    EXPECT_EQ(run.out, "orvane: " + folder.string() + ": cannot replace the file (Is a directory)\n") << command;
+  }
+  const std::string nowhere = (dir_ / "missing" / "out.grd").string();
+  for (const std::string& command : Writers(nowhere)) {
+    const Outcome run = Orvane(command);
+    EXPECT_EQ(run.out, "orvane: " + nowhere + ": cannot create the file (No such file or directory)\n") << command;
+  }
+  EXPECT_EQ(Listing(dir_), before);
+  EXPECT_EQ(Listing(folder), std::set<std::string>{"inside"});
+}
+
+TEST_F(CliOutput, AGoodRunReplacesTheTargetKeepingItsMode) {
+  const std::string target = (dir_ / "tri.csv").string();
+  std::ofstream(target) << "old\n";
+  std::filesystem::permissions(target, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
+                                           std::filesystem::perms::others_read);
+  ASSERT_EQ(Orvane("triangulate " + input_ + " -o " + target).status, 0);
+  EXPECT_NE(Slurp(target).substr(0, 4), "old\n");
+  EXPECT_EQ(std::filesystem::status(target).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write | std::filesystem::perms::others_read);
+  EXPECT_EQ(Listing(dir_), (std::set<std::string>{"in.xyz", "tri.csv"}));
 }
 
 // Lines of a text file.
@@ -244,13 +447,22 @@ TEST_F(Cli, GridRefusesBadRequestsClearly) {
       {"--method nn --power 2 -o " + out, "--power applies to --method idw only."},
       {"--method idw -o " + (dir_ / "g.txt").string(), "the output must end in .csv (x,y,z lines) or .grd (DSAA grid)."},
       {"--method spline -o " + out, "spline"},
-      {"--method idw --intervals 0 -o " + out, "--intervals"}};
+      {"--method idw --intervals 0 -o " + out, "orvane: --intervals must be between 1 and 10000\n"},
+      {"--method idw --intervals 10001 -o " + out, "orvane: --intervals must be between 1 and 10000\n"},
+      {"--method idw --xmax nan -o " + out, "orvane: --xmax must be a finite number\n"}};
   for (const auto& [arguments, message] : cases) {
     const Outcome run = Orvane("grid " + file + " " + arguments);
     EXPECT_EQ(run.status, 2) << arguments;
     EXPECT_NE(run.out.find(message), std::string::npos) << arguments << "\n" << run.out;
   }
+  // Points along one line give no grid unless the limits are given.
+  const std::string line = Write("line.xyz", "1 0 1\n1 1 2\n1 2 3\n");
+  const Outcome flat = Orvane("grid " + line + " --method idw -o " + out);
+  EXPECT_EQ(flat.status, 2);
+  EXPECT_EQ(flat.out, "orvane: " + line + ": the points have no extent along X; give --xmin and --xmax for the grid.\n");
   EXPECT_FALSE(std::filesystem::exists(out));
+  EXPECT_EQ(Orvane("grid " + line + " --method idw --xmin 0 --xmax 2 --intervals 2 -o " + out).status, 0);
+  EXPECT_NE(Orvane("grid --help").out.find("1 to 10000"), std::string::npos);
 }
 
 TEST_F(Cli, GridStopsCleanlyWhenInterrupted) {

@@ -1,0 +1,44 @@
+#pragma once
+
+// Output files of the orvane command. Everything is written to a temporary file in the
+// target's folder, which is flushed to disk, closed and only then renamed over the
+// target: a full disk, a file-size limit, an interrupt or any other failure leaves the
+// old target as it was and no temporary file behind.
+
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "interrupt.h"
+
+namespace orvane::cli {
+
+class OutputFile {
+ public:
+  // Checks the target (an existing directory or read-only file is refused) and creates
+  // the temporary beside it. Failures raise orvane::Error naming the file and the reason.
+  explicit OutputFile(std::string target);
+  // Removes the temporary unless Commit succeeded.
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  // The stream to write to. A failed write raises orvane::Error through it; an interrupt
+  // raises error 18.
+  std::ostream& Stream();
+  // Flushes, syncs and closes the temporary, then renames it over the target.
+  void Commit();
+  // The target's name, as given.
+  const std::string& Target() const noexcept { return target_; }
+
+ private:
+  class Buffer;
+  std::string target_;
+  std::string temporary_;
+  InterruptGuard guard_;
+  std::unique_ptr<Buffer> buffer_;
+  std::unique_ptr<std::ostream> stream_;
+  bool committed_ = false;
+};
+
+}  // namespace orvane::cli
