@@ -3,12 +3,14 @@
 #   make test      build the release tree and run every test
 #   make sanitize  build with address + undefined-behaviour sanitizers and run every test
 #   make bench     run the benchmarks (release build)
+#   make clang     build everything with clang as well (warnings are errors there too)
 
 RELEASE := build/release
 SANITIZE := build/sanitize
+CLANG := build/clang
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps release sanitize-build demo test sanitize bench clean
+.PHONY: all deps release sanitize-build demo test sanitize bench clang clean
 
 all: release
 
@@ -38,6 +40,13 @@ sanitize-build: deps $(SANITIZE)/build.ninja
 sanitize: sanitize-build
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --test-dir $(SANITIZE) --output-on-failure -j $(JOBS)
+
+$(CLANG)/build.ninja: CMakeLists.txt | deps
+	cmake -S . -B $(CLANG) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVANE_WERROR=ON \
+	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+
+clang: deps $(CLANG)/build.ninja
+	cmake --build $(CLANG) -j $(JOBS)
 
 bench: release
 	$(RELEASE)/bin/orvane-bench

@@ -13,7 +13,7 @@ Face::Face() {
   const std::pair<Line*, std::string> lines[] = {{&majorGridLine_, "MajorGridLine."},
                                                  {&edgeLine_, "EdgeLine."}};
   for (const auto& [line, prefix] : lines) {
-    connections_.push_back(line->PropertyChanged.Connect([this, prefix](const std::string& n) {
+    connections_.push_back(line->PropertyChanged.Connect([this, prefix = prefix](const std::string& n) {
       if (!UndoIgnoredChange() && !reverting_) PropertyChanged.Raise(prefix + n);
     }));
   }
@@ -94,7 +94,7 @@ Faces::Faces() {
   const std::pair<Line*, std::string> lines[] = {{&majorGridLineMaster_, "MajorGridLineMaster."},
                                                  {&edgeLineMaster_, "EdgeLineMaster."}};
   for (const auto& [line, prefix] : lines) {
-    connections_.push_back(line->PropertyChanged.Connect([this, prefix](const std::string& n) {
+    connections_.push_back(line->PropertyChanged.Connect([this, prefix = prefix](const std::string& n) {
       ApplyMasterProperties();
       PropertyChanged.Raise(prefix + n);
     }));
@@ -103,7 +103,7 @@ Faces::Faces() {
   for (const auto& [face, prefix] : faces) {
     face->owner_ = this;
     connections_.push_back(face->PropertyChanged.Connect(
-        [this, prefix](const std::string& n) { PropertyChanged.Raise(prefix + n); }));
+        [this, prefix = prefix](const std::string& n) { PropertyChanged.Raise(prefix + n); }));
   }
   ApplyMasterProperties();
 }

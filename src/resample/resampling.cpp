@@ -90,7 +90,7 @@ Resampling::Resampling() : dataLimits_(kNoDataLimits) {
       {&nnGridR_.PropertyChanged, "NNGridR."}};
   for (const auto& [event, prefix] : relays) {
     connections_.push_back(event->Connect(
-        [this, prefix](const std::string& name) { PropertyChanged.Raise(prefix + name); }));
+        [this, prefix = prefix](const std::string& name) { PropertyChanged.Raise(prefix + name); }));
   }
 }
 
