@@ -1,3 +1,16 @@
+// XYZ text: one point per line, three numbers separated by commas, tabs or spaces.
+//
+// The input is read in blocks of 64 KiB and cut into lines in place; only a line that
+// straddles two blocks is copied, into one buffer reused for every such line. A line may
+// hold at most 1 MiB (its ending not counted), so a file without line breaks, or a device
+// that never ends, is refused after about 1 MiB instead of being read into memory whole.
+// A UTF-8 byte-order mark at the very start is skipped; a line ends at "\n" and any run
+// of carriage returns before it ("\r\n", "\r\r\n") is dropped.
+//
+// A malformed line is quoted in its error message, cut to 80 characters, with control
+// characters and bytes that are not UTF-8 escaped, so that what the file holds never
+// reaches a terminal as raw escape sequences.
+
 #include "orvane/data/xyz_file.h"
 
 #include <cerrno>
@@ -5,6 +18,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <string_view>
 
 #include "orvane/core/error.h"
@@ -14,19 +28,28 @@ namespace orvane {
 namespace {
 
 constexpr const char* kSource = "XyzFile";
+constexpr std::size_t kBlock = std::size_t{1} << 16;
+// Longest line accepted, without its line ending.
+constexpr std::size_t kMaxLine = std::size_t{1} << 20;
+// Characters of a line quoted in an error message.
+constexpr std::size_t kQuotedCharacters = 80;
 
 bool IsSeparator(char c) { return c == ',' || c == ' ' || c == '\t'; }
 
-std::vector<std::string_view> Fields(std::string_view line) {
-  std::vector<std::string_view> fields;
+// Splits line into fields, keeping the first three; returns how many there are.
+std::size_t Fields(std::string_view line, std::string_view (&kept)[3]) {
+  std::size_t count = 0;
   std::size_t i = 0;
   while (i < line.size()) {
     while (i < line.size() && IsSeparator(line[i])) ++i;
     const std::size_t start = i;
     while (i < line.size() && !IsSeparator(line[i])) ++i;
-    if (i > start) fields.push_back(line.substr(start, i - start));
+    if (i > start) {
+      if (count < 3) kept[count] = line.substr(start, i - start);
+      ++count;
+    }
   }
-  return fields;
+  return count;
 }
 
 bool ParseNumber(std::string_view text, double& value) {
@@ -35,33 +58,175 @@ bool ParseNumber(std::string_view text, double& value) {
   return result.ec == std::errc() && result.ptr == text.data() + text.size();
 }
 
+// Length of the well-formed UTF-8 sequence at text[i], or 0 when it is not one.
+std::size_t Utf8Length(std::string_view text, std::size_t i) {
+  const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+  const unsigned char lead = byte(i);
+  std::size_t length = 0;
+  unsigned char low = 0x80;  // range of the first continuation byte
+  unsigned char high = 0xBF;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    length = 2;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    length = 3;
+    if (lead == 0xE0) low = 0xA0;   // no overlong forms
+    if (lead == 0xED) high = 0x9F;  // no surrogates
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    length = 4;
+    if (lead == 0xF0) low = 0x90;
+    if (lead == 0xF4) high = 0x8F;  // nothing beyond U+10FFFF
+  } else {
+    return 0;
+  }
+  if (i + length > text.size()) return 0;
+  if (byte(i + 1) < low || byte(i + 1) > high) return 0;
+  for (std::size_t k = 2; k < length; ++k) {
+    if (byte(i + k) < 0x80 || byte(i + k) > 0xBF) return 0;
+  }
+  return length;
+}
+
+void AppendEscape(std::string& out, unsigned char c) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  out += "\\x";
+  out += kHex[c >> 4];
+  out += kHex[c & 0xF];
+}
+
+// text made safe to print: tab as \t, a backslash doubled, other control characters
+// (C0, DEL and the C1 range U+0080..U+009F) and bytes that are not UTF-8 as \xNN; at
+// most `limit` characters of text, followed by "..." when it was cut.
+std::string Printable(std::string_view text, std::size_t limit) {
+  std::string out;
+  std::size_t i = 0;
+  for (std::size_t shown = 0; i < text.size() && shown < limit; ++shown) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c == '\t') {
+      out += "\\t";
+      ++i;
+    } else if (c == '\\') {
+      out += "\\\\";
+      ++i;
+    } else if (c < 0x20 || c == 0x7F) {
+      AppendEscape(out, c);
+      ++i;
+    } else if (c < 0x80) {
+      out += static_cast<char>(c);
+      ++i;
+    } else if (const std::size_t length = Utf8Length(text, i); length == 0) {
+      AppendEscape(out, c);
+      ++i;
+    } else if (c == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+      AppendEscape(out, c);  // a C1 control, which terminals obey like ESC sequences
+      AppendEscape(out, static_cast<unsigned char>(text[i + 1]));
+      i += 2;
+    } else {
+      out.append(text.substr(i, length));
+      i += length;
+    }
+  }
+  if (i < text.size()) out += "...";
+  return out;
+}
+
+// Cuts the input into lines, reading it in blocks.
+class LineReader {
+ public:
+  enum class Result { kLine, kEnd, kTooLong, kUnreadable };
+
+  explicit LineReader(std::istream& in) : in_(in), block_(new char[kBlock]) {}
+
+  // The next line without its ending, valid until the next call.
+  Result Next(std::string_view& line) {
+    bool straddles = false;
+    spill_.clear();
+    for (;;) {
+      if (pos_ == end_) {
+        if (atEnd_) {
+          if (!straddles) return Result::kEnd;
+          return Finish(spill_, line);
+        }
+        if (!Fill()) return Result::kUnreadable;
+        continue;
+      }
+      const char* start = block_.get() + pos_;
+      const std::size_t available = end_ - pos_;
+      const auto* newline = static_cast<const char*>(std::memchr(start, '\n', available));
+      const std::size_t length = newline ? static_cast<std::size_t>(newline - start) : available;
+      // Room for the longest line and a "\r\r" ending.
+      if (spill_.size() + length > kMaxLine + 2) return Result::kTooLong;
+      pos_ += length + (newline ? 1 : 0);
+      if (newline && !straddles) return Finish(std::string_view(start, length), line);
+      spill_.append(start, length);
+      straddles = true;
+      if (newline) return Finish(spill_, line);
+    }
+  }
+
+ private:
+  static Result Finish(std::string_view text, std::string_view& line) {
+    while (!text.empty() && text.back() == '\r') text.remove_suffix(1);
+    if (text.size() > kMaxLine) return Result::kTooLong;
+    line = text;
+    return Result::kLine;
+  }
+
+  // Reads the next block; false when the stream failed.
+  bool Fill() {
+    in_.read(block_.get(), static_cast<std::streamsize>(kBlock));
+    if (in_.bad()) return false;
+    end_ = static_cast<std::size_t>(in_.gcount());
+    pos_ = 0;
+    atEnd_ = end_ < kBlock;
+    if (first_) {
+      first_ = false;
+      if (end_ >= 3 && std::memcmp(block_.get(), "\xEF\xBB\xBF", 3) == 0) pos_ = 3;
+    }
+    return true;
+  }
+
+  std::istream& in_;
+  std::unique_ptr<char[]> block_;
+  std::size_t pos_ = 0;
+  std::size_t end_ = 0;
+  bool atEnd_ = false;
+  bool first_ = true;
+  std::string spill_;  // a line that straddles blocks
+};
+
 }  // namespace
 
 XyzPoints ReadXyzText(std::istream& in, const std::string& name) {
   XyzPoints points;
-  std::string line;
+  LineReader reader(in);
+  const std::string shownName = Printable(name, std::string::npos);
   long number = 0;
   bool firstContent = true;
   auto fail = [&](const std::string& what) {
-    throw Error(5, kSource, name + ":" + std::to_string(number) + ": " + what);
+    throw Error(5, kSource, shownName + ":" + std::to_string(number) + ": " + what);
   };
-  while (std::getline(in, line)) {
-    ++number;
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    const std::vector<std::string_view> fields = Fields(line);
-    if (fields.empty() || fields.front().front() == '#') continue;
-    double values[3] = {0, 0, 0};
-    bool numeric = fields.size() == 3;
-    for (std::size_t k = 0; k < fields.size() && k < 3 && numeric; ++k) {
-      numeric = ParseNumber(fields[k], values[k]);
+  std::string_view line;
+  for (;;) {
+    const LineReader::Result result = reader.Next(line);
+    if (result == LineReader::Result::kEnd) break;
+    if (result == LineReader::Result::kUnreadable) {
+      throw Error(5, kSource, shownName + ": the file could not be read");
     }
-    const bool header = firstContent && !ParseNumber(fields.front(), values[0]);
+    ++number;
+    if (result == LineReader::Result::kTooLong) fail("the line is longer than 1 MiB");
+    std::string_view fields[3];
+    const std::size_t count = Fields(line, fields);
+    if (count == 0 || fields[0].front() == '#') continue;
+    double values[3] = {0, 0, 0};
+    bool numeric = count == 3;
+    for (std::size_t k = 0; k < 3 && numeric; ++k) numeric = ParseNumber(fields[k], values[k]);
+    const bool header = firstContent && !ParseNumber(fields[0], values[0]);
     firstContent = false;
     if (header) continue;
-    if (fields.size() != 3) {
-      fail("expected 3 numbers (X, Y, Z), found " + std::to_string(fields.size()) + " fields");
+    if (count != 3) {
+      fail("expected 3 numbers (X, Y, Z), found " + std::to_string(count) + " fields");
     }
-    if (!numeric) fail("\"" + line + "\" is not three numbers");
+    if (!numeric) fail("\"" + Printable(line, kQuotedCharacters) + "\" is not three numbers");
     for (double v : values) {
       if (!std::isfinite(v)) fail("values must be finite numbers");
     }
@@ -69,14 +234,14 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name) {
     points.y.push_back(values[1]);
     points.z.push_back(values[2]);
   }
-  if (in.bad()) throw Error(5, kSource, name + ": the file could not be read");
   return points;
 }
 
 XyzPoints ReadXyzFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) {
-    throw Error(5, kSource, path + ": cannot open the file (" + std::strerror(errno) + ")");
+    throw Error(5, kSource, Printable(path, std::string::npos) + ": cannot open the file (" +
+                                std::strerror(errno) + ")");
   }
   return ReadXyzText(in, path);
 }

@@ -1,6 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <charconv>
+#include <random>
+
 #include <sstream>
+#include <streambuf>
+#include <string>
 
 #include "orvane/data/xyz_file.h"
 #include "support/expect_error.h"
@@ -35,6 +41,120 @@ TEST(XyzFile, MalformedLinesNameTheirLineNumber) {
   EXPECT_ORVANE_ERROR(Read("1 2 nan\n"), 5, "XyzFile", "mem.xyz:1: values must be finite numbers");
   EXPECT_ORVANE_ERROR(Read("1 inf 2\n"), 5, "XyzFile", "mem.xyz:1: values must be finite numbers");
   EXPECT_ORVANE_ERROR(Read("1 2 3x\n"), 5, "XyzFile");
+}
+
+TEST(XyzFile, ByteOrderMarkAndLineEndings) {
+  // The mark is not part of the first line, so that line is data, not a header.
+  XyzPoints p = Read("\xEF\xBB\xBF" "1 2 3\n4 5 6\n");
+  EXPECT_EQ(p.x, (std::vector<double>{1, 4}));
+  p = Read("\xEF\xBB\xBF" "X,Y,Z\n1,2,3\n");
+  EXPECT_EQ(p.z, (std::vector<double>{3}));
+  // Only at the very start: elsewhere it is text like any other.
+  EXPECT_ORVANE_ERROR(Read("1 2 3\n\xEF\xBB\xBF" "4 5 6\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"\xEF\xBB\xBF" "4 5 6\" is not three numbers");
+  // "\n", "\r\n" and "\r\r\n" all end a line, and the last line needs no ending.
+  p = Read("1 2 3\r\r\n4 5 6\r\n7 8 9\n10 11 12\r");
+  EXPECT_EQ(p.x, (std::vector<double>{1, 4, 7, 10}));
+  EXPECT_EQ(p.z, (std::vector<double>{3, 6, 9, 12}));
+  p = Read("\r\r\n# c\r\r\n1 2 3");
+  EXPECT_EQ(p.y, (std::vector<double>{2}));
+}
+
+TEST(XyzFile, ManyLinesAcrossReadBlocks) {
+  // Enough lines of varying length and ending that lines, and runs of carriage returns,
+  // straddle every kind of block boundary.
+  std::mt19937 random(3);
+  std::uniform_real_distribution<double> value(-1e6, 1e6);
+  std::uniform_int_distribution<int> ending(0, 2), pad(0, 40);
+  const char* const endings[] = {"\n", "\r\n", "\r\r\n"};
+  std::string text = "\xEF\xBB\xBF" "x y z\r\n";
+  std::vector<double> expected;
+  char buffer[32];
+  for (int k = 0; k < 60000; ++k) {
+    text += std::string(static_cast<std::size_t>(pad(random)), ' ');
+    for (int c = 0; c < 3; ++c) {
+      expected.push_back(value(random));
+      text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, expected.back()).ptr);
+      text += c < 2 ? "," : "";
+    }
+    text += endings[ending(random)];
+  }
+  const XyzPoints p = Read(text);
+  ASSERT_EQ(p.x.size(), 60000u);
+  for (std::size_t k = 0; k < p.x.size(); ++k) {
+    ASSERT_EQ(p.x[k], expected[3 * k]) << k;
+    ASSERT_EQ(p.y[k], expected[3 * k + 1]) << k;
+    ASSERT_EQ(p.z[k], expected[3 * k + 2]) << k;
+  }
+}
+
+TEST(XyzFile, LinesLongerThanOneMebibyteAreRefused) {
+  constexpr std::size_t kMiB = 1048576;
+  // A line of exactly 1 MiB is read, whatever its ending; one byte more is refused.
+  std::string line = "1 2 3" + std::string(kMiB - 5, ' ');
+  ASSERT_EQ(line.size(), kMiB);
+  EXPECT_EQ(Read("0 0 0\n" + line + "\r\r\n7 8 9\n").x, (std::vector<double>{0, 1, 7}));
+  EXPECT_EQ(Read(line).x, (std::vector<double>{1}));
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n" + line + " \n7 8 9\n"), 5, "XyzFile",
+                      "mem.xyz:2: the line is longer than 1 MiB");
+  EXPECT_ORVANE_ERROR(Read("# " + line), 5, "XyzFile", "mem.xyz:1: the line is longer than 1 MiB");
+}
+
+// Serves zero bytes, as /dev/zero does, up to a limit, counting what was read.
+class Zeros : public std::streambuf {
+ public:
+  explicit Zeros(std::size_t limit) : limit_(limit) {}
+  std::size_t served = 0;
+
+ protected:
+  int_type underflow() override {
+    if (served >= limit_) return traits_type::eof();
+    const std::size_t n = std::min(sizeof block_, limit_ - served);
+    served += n;
+    setg(block_, block_, block_ + n);
+    return traits_type::to_int_type(block_[0]);
+  }
+
+ private:
+  std::size_t limit_;
+  char block_[4096] = {};
+};
+
+TEST(XyzFile, InputWithoutLineBreaksStopsAfterOneMebibyte) {
+  Zeros zeros(std::size_t{256} << 20);
+  std::istream in(&zeros);
+  ASSERT_TRUE(testing::RaisesError([&] { ReadXyzText(in, "zeros"); }, 5, "XyzFile",
+                                   "zeros:1: the line is longer than 1 MiB"));
+  EXPECT_LE(zeros.served, (std::size_t{1} << 20) + (std::size_t{1} << 17));
+  // The device itself never ends (a reader that takes whole lines would never return).
+  EXPECT_ORVANE_ERROR(ReadXyzFile("/dev/zero"), 5, "XyzFile",
+                      "/dev/zero:1: the line is longer than 1 MiB");
+}
+
+TEST(XyzFile, QuotedLinesAreCutAndEscaped) {
+  // Terminal escape codes, DEL, a C1 control and bytes that are not UTF-8 are shown as
+  // \xNN; tabs as \t; a backslash doubled; well-formed UTF-8 as it is.
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n\x1b[2J\x1b]0;owned\x07 1\t2\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"\\x1b[2J\\x1b]0;owned\\x07 1\\t2\" is not three numbers");
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n1 2 \x7f\xc2\x9b\xff\xc3\x28\xc3\xa9\\\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"1 2 \\x7f\\xc2\\x9b\\xff\\xc3(\xc3\xa9\\\\\" is not three numbers");
+  // A carriage return inside a line is not a line ending.
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n1\r2 3 4\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"1\\x0d2 3 4\" is not three numbers");
+  // At most 80 characters (not bytes) are quoted, then "...".
+  const std::string eighty = "1 2 " + std::string(76, 'x');
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n" + eighty + "\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"" + eighty + "\" is not three numbers");
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n" + eighty + "y\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"" + eighty + "...\" is not three numbers");
+  std::string accents;
+  for (int k = 0; k < 76; ++k) accents += "\xc3\xa9";
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n1 2 " + accents + "\xc3\xa9\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"1 2 " + accents + "...\" is not three numbers");
+  std::string escapes;
+  for (int k = 0; k < 76; ++k) escapes += "\\x1b";
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n1 2 " + std::string(100, '\x1b') + "\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"1 2 " + escapes + "...\" is not three numbers");
 }
 
 TEST(XyzFile, MissingFileIsAnError) {
