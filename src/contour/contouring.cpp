@@ -3,6 +3,7 @@
 
 #include "orvane/contour/contouring.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -120,11 +121,24 @@ void Contour::WriteProperties(PropertyBag& bag, const std::string& prefix) const
 // ---------------------------------------------------------------------------------------
 // Contours
 
+std::size_t Contours::InsertionIndex(double value) const {
+  if (ordered_) {
+    // Ascending without NaN, "level > value" is false up to some index and true after
+    // it; a NaN value is above nothing and goes last, as the scan below puts it.
+    const auto above = std::upper_bound(
+        items_.begin(), items_.end(), value,
+        [](double v, const std::shared_ptr<Contour>& level) { return v < level->Value(); });
+    return static_cast<std::size_t>(above - items_.begin());
+  }
+  std::size_t i = 0;
+  while (i < items_.size() && !(items_[i]->Value() > value)) ++i;
+  return i;
+}
+
 std::int32_t Contours::Add(double value, std::int64_t color, std::int64_t colorBelow) {
   const Color c = ColorArgument(color);
   const Color below = ColorArgument(colorBelow);
-  std::size_t i = 0;
-  while (i < items_.size() && !(items_[i]->Value() > value)) ++i;
+  const std::size_t i = InsertionIndex(value);
   items_.emplace_back();
   // Levels from i on move up one place as fresh copies of value and colours only.
   for (std::size_t k = items_.size() - 1; k > i; --k) {
@@ -132,7 +146,43 @@ std::int32_t Contours::Add(double value, std::int64_t color, std::int64_t colorB
     items_[k] = std::make_shared<Contour>(old.Value(), old.Color(), old.ColorBelow());
   }
   items_[i] = std::make_shared<Contour>(value, c, below);
+  if (std::isnan(value)) ordered_ = false;
   return 0;
+}
+
+void Contours::AddLevels(std::span<const double> values) {
+  const bool hasNaN = std::any_of(values.begin(), values.end(), [](double v) { return std::isnan(v); });
+  if (!ordered_ || hasNaN) {
+    // Where the order has no shortcut, one insertion after the other.
+    for (double v : values) Add(v);
+    return;
+  }
+  if (values.empty()) return;
+  // Successive insertions, each after the levels of equal value, end in a stable merge:
+  // the existing levels first among equals, then the new ones in the order given. An
+  // existing level moves (and so comes back as a fresh copy) as soon as one new value
+  // lies below it, that is when it lies above the smallest new value; a new level that
+  // later moves is a fresh copy equal to itself.
+  std::vector<double> added(values.begin(), values.end());
+  std::stable_sort(added.begin(), added.end());
+  const double lowest = added.front();
+  std::vector<std::shared_ptr<Contour>> merged;
+  merged.reserve(items_.size() + added.size());
+  std::size_t a = 0;
+  std::size_t b = 0;
+  while (a < items_.size() || b < added.size()) {
+    if (b == added.size() || (a < items_.size() && !(added[b] < items_[a]->Value()))) {
+      const std::shared_ptr<Contour>& level = items_[a++];
+      if (level->Value() > lowest) {
+        merged.push_back(std::make_shared<Contour>(level->Value(), level->Color(), level->ColorBelow()));
+      } else {
+        merged.push_back(level);
+      }
+    } else {
+      merged.push_back(std::make_shared<Contour>(added[b++]));
+    }
+  }
+  items_ = std::move(merged);
 }
 
 std::shared_ptr<Contour> Contours::Item(std::int32_t index) const {
@@ -173,6 +223,12 @@ void Contours::ReadProperties(const PropertyBag& bag, const std::string& prefix)
     items.push_back(std::move(item));
   }
   items_ = std::move(items);
+  ordered_ = std::is_sorted(items_.begin(), items_.end(),
+                            [](const std::shared_ptr<Contour>& a, const std::shared_ptr<Contour>& b) {
+                              return a->Value() < b->Value();
+                            }) &&
+             std::none_of(items_.begin(), items_.end(),
+                          [](const std::shared_ptr<Contour>& c) { return std::isnan(c->Value()); });
 }
 
 // ---------------------------------------------------------------------------------------
@@ -291,11 +347,14 @@ void Contouring::AutoSetContours(double zMin, double zMax) {
   contours_.RemoveAll();
   std::int32_t n = 0;
   if (interval > 0.0 && ToLong(span / interval, n) && n >= 1) {
+    std::vector<double> values;
+    values.reserve(static_cast<std::size_t>(n) + 1);
     double z = zMin;  // advanced by repeated addition, as the levels always were
-    for (std::int32_t i = 0; i <= n; ++i) {
-      contours_.Add(z);
+    for (std::int64_t i = 0; i <= n; ++i) {
+      values.push_back(z);
       z += interval;
     }
+    contours_.AddLevels(values);
   }
   ApplyColorMap();
 }
