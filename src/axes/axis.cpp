@@ -2,6 +2,7 @@
 
 #include "orvane/axes/axis.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -212,12 +213,13 @@ void Axis::SetZoom(double value) {
 // Ticks
 
 std::int32_t Axis::TickCount() const {
+  // Truncated toward zero, so a negative interval or an inverted range gives a negative
+  // count: ticks 0 to a negative number are none at all. 0 / 0 (no interval over an
+  // empty range) leaves the single tick at Min; a zero interval over a range is clamped.
   const double count = std::trunc((max_ - min_) / majorInterval_);
-  // No interval, or an inverted range, gives the single tick at Min.
-  if (!(count >= 0.0)) return 0;
-  return count > std::numeric_limits<std::int32_t>::max()
-             ? std::numeric_limits<std::int32_t>::max()
-             : static_cast<std::int32_t>(count);
+  if (std::isnan(count)) return 0;
+  return static_cast<std::int32_t>(std::clamp<double>(count, std::numeric_limits<std::int32_t>::min(),
+                                                      std::numeric_limits<std::int32_t>::max()));
 }
 
 double Axis::TickValue(std::int32_t i) const { return i * majorInterval_ + min_; }
@@ -282,20 +284,28 @@ Axis::Settings Axis::ReadSettings(const PropertyBag& bag, const std::string& pre
 
 void Axis::ApplySettings(const Settings& s) {
   // The scale first, all at once, so that one recalculation sees the stored settings.
+  // Settings equal to the axis's own change nothing, as the lets of equal values do: an
+  // axis read back from its own bag keeps its limits and raises nothing.
   const EAutoRangeType oldType = autoRangeType_;
   const double oldInterval = majorInterval_;
   const std::int32_t oldCount = majorIntervalCount_;
   const EIntervalType oldIntervalType = majorIntervalType_;
   const double oldMax = max_;
   const double oldMin = min_;
-  autoRangeType_ = static_cast<EAutoRangeType>(s.autoRangeType);
-  majorInterval_ = s.majorInterval;
-  majorIntervalCount_ = s.majorIntervalCount;
-  majorIntervalType_ = static_cast<EIntervalType>(s.majorIntervalType);
-  max_ = s.max;
-  min_ = s.min;
+  const bool scaleRead = s.autoRangeType != oldType || s.majorInterval != oldInterval ||
+                         s.majorIntervalCount != oldCount ||
+                         s.majorIntervalType != oldIntervalType || s.max != oldMax ||
+                         s.min != oldMin;
+  if (scaleRead) {
+    autoRangeType_ = static_cast<EAutoRangeType>(s.autoRangeType);
+    majorInterval_ = s.majorInterval;
+    majorIntervalCount_ = s.majorIntervalCount;
+    majorIntervalType_ = static_cast<EIntervalType>(s.majorIntervalType);
+    max_ = s.max;
+    min_ = s.min;
+  }
   try {
-    Recalculate();
+    if (scaleRead) Recalculate();
   } catch (...) {
     autoRangeType_ = oldType;
     majorInterval_ = oldInterval;

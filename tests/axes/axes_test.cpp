@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -134,7 +135,80 @@ TEST(Axis, InvalidLetsRaiseErrorFiveAndKeepTheOldValue) {
   axis.SetMajorIntervalType(orvIntervalTypeByInterval);
   axis.SetMajorInterval(-2);  // accepted, as 0 is
   EXPECT_EQ(axis.MajorInterval(), -2);
-  EXPECT_EQ(axis.TickCount(), 0);
+}
+
+TEST(Axis, TickCountTruncatesTowardZero) {
+  Axis axis;
+  EXPECT_EQ(axis.TickCount(), 0);  // 0 / 0: the single tick at Min
+  axis.SetAutoRangeType(orvAutoRangeOff);
+  axis.SetMajorIntervalType(orvIntervalTypeByInterval);
+  axis.SetMin(0);
+  axis.SetMax(10);
+  axis.SetMajorInterval(3);
+  EXPECT_EQ(axis.TickCount(), 3);  // 3.33 truncated
+  // A negative interval gives a negative count: ticks 0 to -3 are none at all.
+  axis.SetMajorInterval(-3);
+  EXPECT_EQ(axis.TickCount(), -3);
+  axis.SetMajorInterval(-2);
+  EXPECT_EQ(axis.TickCount(), -5);
+  axis.SetMajorInterval(-20);
+  EXPECT_EQ(axis.TickCount(), 0);  // -0.5 truncates to 0, not -1
+  // So does an inverted range.
+  axis.SetMajorInterval(4);
+  axis.SetMin(10);
+  axis.SetMax(-1);
+  EXPECT_EQ(axis.TickCount(), -2);
+  // A zero interval over a range has no finite count: clamped, never undefined.
+  axis.SetMajorInterval(0);
+  EXPECT_EQ(axis.TickCount(), std::numeric_limits<std::int32_t>::min());
+  axis.SetMin(-20);
+  EXPECT_EQ(axis.TickCount(), std::numeric_limits<std::int32_t>::max());
+}
+
+TEST(Axis, ReadingItsOwnBagChangesNothing) {
+  // A fresh axis: its limits are 0..0 until it sees data, and stay so.
+  {
+    Axis axis;
+    PropertyBag bag;
+    axis.WriteProperties(bag, "A.");
+    Names names;
+    Connection scale = names.Watch(axis.ScaleChanged);
+    Connection font = names.Watch(axis.FontChanged);
+    axis.ReadProperties(bag, "A.");
+    EXPECT_TRUE(names.seen.empty()) << names.seen.size() << " events, first " << names.seen.front();
+    EXPECT_EQ(axis.Min(), 0);
+    EXPECT_EQ(axis.Max(), 0);
+    EXPECT_EQ(axis.MajorInterval(), 0);
+    EXPECT_EQ(axis.MajorIntervalCount(), 10);
+    PropertyBag again;
+    axis.WriteProperties(again, "A.");
+    EXPECT_EQ(again.Contents(), bag.Contents());
+  }
+  // One with data and settings of its own.
+  {
+    Axis axis;
+    axis.SetDataRange(-1, 70);
+    axis.SetMajorIntervalCount(5);
+    axis.SetMajorIntervalType(orvIntervalTypeByInterval);
+    axis.TitleFont().SetItalic(true);
+    PropertyBag bag;
+    axis.WriteProperties(bag, "A.");
+    Names names;
+    Connection scale = names.Watch(axis.ScaleChanged);
+    Connection font = names.Watch(axis.FontChanged);
+    axis.ReadProperties(bag, "A.");
+    EXPECT_TRUE(names.seen.empty());
+    EXPECT_EQ(axis.Min(), -20);
+    EXPECT_EQ(axis.Max(), 80);
+    EXPECT_EQ(axis.MajorInterval(), 20);
+    // A value that differs is applied and recalculated as before.
+    bag.WriteProperty("A.MajorInterval", 30.0);
+    axis.ReadProperties(bag, "A.");
+    EXPECT_EQ(axis.Min(), -30);
+    EXPECT_EQ(axis.Max(), 90);
+    EXPECT_EQ(names.seen, (std::vector<std::string>{"AutoRangeOrIntervalValues", "MajorInterval",
+                                                    "MajorIntervalCount", "Max", "Min"}));
+  }
 }
 
 TEST(Axes, NewAxesHaveTitlesAndTheMastersApplied) {
@@ -248,6 +322,32 @@ TEST(Axes, PersistedKeysAndRoundTrip) {
   EXPECT_EQ(copy.ZAxis().AxisLine().Width(), 4);
   PropertyBag again;
   copy.WriteProperties(again, "Axes.");
+  EXPECT_EQ(again.Contents(), bag.Contents());
+}
+
+TEST(Axes, ReadingTheirOwnBagChangesNothing) {
+  Axes axes;
+  axes.YAxis().SetDataRange(3, 9);
+  const double yMin = axes.YAxis().Min();
+  const double yMax = axes.YAxis().Max();
+  ASSERT_LT(yMin, yMax);
+  PropertyBag bag;
+  axes.WriteProperties(bag, "Axes.");
+  Names names;
+  std::vector<Connection> connections;
+  connections.push_back(names.Watch(axes.PropertyChanged));
+  connections.push_back(names.Watch(axes.FontChanged));
+  for (Axis* a : {&axes.XAxis(), &axes.YAxis(), &axes.ZAxis()}) {
+    connections.push_back(names.Watch(a->ScaleChanged));
+  }
+  axes.ReadProperties(bag, "Axes.");
+  EXPECT_TRUE(names.seen.empty()) << names.seen.size() << " events, first " << names.seen.front();
+  EXPECT_EQ(axes.XAxis().Min(), 0);  // not widened to -0.05..0.05
+  EXPECT_EQ(axes.XAxis().Max(), 0);
+  EXPECT_EQ(axes.YAxis().Min(), yMin);
+  EXPECT_EQ(axes.YAxis().Max(), yMax);
+  PropertyBag again;
+  axes.WriteProperties(again, "Axes.");
   EXPECT_EQ(again.Contents(), bag.Contents());
 }
 

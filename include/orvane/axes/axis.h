@@ -91,7 +91,10 @@ class Axis {
   /// recalculates the scale. A maximum below the minimum means no data.
   void SetDataRange(double dataMin, double dataMax);
 
-  /// Number of the last major tick: (Max - Min) / MajorInterval truncated (ticks 0..this).
+  /// Number of the last major tick: (Max - Min) / MajorInterval truncated toward zero;
+  /// ticks are 0..this, so a negative count (negative interval, inverted range) means no
+  /// tick. 0 when the range and the interval are both 0; a zero interval over a non-empty
+  /// range gives the largest (or smallest) 32-bit value, which callers must not loop over.
   std::int32_t TickCount() const;
   /// Value of tick i: Min + i * MajorInterval.
   double TickValue(std::int32_t i) const;
@@ -108,7 +111,9 @@ class Axis {
 
   /// Writes the axis's keys under prefix ("AutoRangeType" ... "AxisLine.").
   void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
-  /// Reads them with the fresh defaults; invalid values raise and change nothing.
+  /// Reads them with the fresh defaults; invalid values raise and change nothing. The
+  /// scale is recalculated only when a read scale setting differs from the axis's own, so
+  /// reading back what the axis wrote changes nothing and raises no event.
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
 
   /// "Raised when a property that affects the axis scales has changed."
