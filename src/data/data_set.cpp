@@ -92,28 +92,6 @@ bool FindInterval(const std::vector<double>& g, double v, std::size_t& index, do
   return false;
 }
 
-// Counter-clockwise convex hull of the distinct corners of [x0, x1] x [y0, y1].
-void RectangleHull(double x0, double x1, double y0, double y1, std::vector<double>& hx,
-                   std::vector<double>& hy) {
-  const double xs[4] = {x0, x1, x1, x0};
-  const double ys[4] = {y0, y0, y1, y1};
-  hx.clear();
-  hy.clear();
-  for (int k = 0; k < 4; ++k) {
-    bool seen = false;
-    for (std::size_t m = 0; m < hx.size(); ++m) seen = seen || (hx[m] == xs[k] && hy[m] == ys[k]);
-    if (!seen) {
-      hx.push_back(xs[k]);
-      hy.push_back(ys[k]);
-    }
-  }
-  // A flat side leaves three corners of which the middle one is collinear: drop it.
-  if (hx.size() == 3) {
-    hx.erase(hx.begin() + 1);
-    hy.erase(hy.begin() + 1);
-  }
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -160,9 +138,8 @@ void DataSetState::Reset(bool keepUserHull) {
   dataHullY.clear();
   if (!keepUserHull) ClearUserHull();
   if (triangulation) triangulation->Reset();
-  min = {0.0, 0.0, 0.0};
-  max = {0.0, 0.0, 0.0};
-  range = {1.0, 1.0, 1.0};
+  // The limits are not part of the reset: they keep describing the last data until new
+  // data replaces them.
   changed.Raise();
 }
 
@@ -177,25 +154,21 @@ void DataSetState::ClearUserHull() {
 void DataSetState::NormaliseDataHull() {
   dataHullX.clear();
   dataHullY.clear();
-  if (pointCount <= 0) return;
-  if (dataType == kRectangularGrid) {
-    const auto [x0, x1] = std::minmax_element(inputX.begin(), inputX.end());
-    const auto [y0, y1] = std::minmax_element(inputY.begin(), inputY.end());
-    RectangleHull(Normalise(0, *x0), Normalise(0, *x1), Normalise(1, *y0), Normalise(1, *y1),
-                  dataHullX, dataHullY);
-  } else if (triangulation) {
-    for (std::int32_t v : triangulation->HullVertices()) {
-      dataHullX.push_back(Normalise(0, inputX[static_cast<std::size_t>(v)]));
-      dataHullY.push_back(Normalise(1, inputY[static_cast<std::size_t>(v)]));
-    }
+  // Only a triangulation makes a hull: a rectangular grid has none.
+  if (pointCount <= 0 || dataType != kSparse || !triangulation) return;
+  for (std::int32_t v : triangulation->HullVertices()) {
+    dataHullX.push_back(Normalise(0, inputX[static_cast<std::size_t>(v)]));
+    dataHullY.push_back(Normalise(1, inputY[static_cast<std::size_t>(v)]));
   }
 }
 
 void DataSetState::Resample() {
-  // The grid is made in full before anything changes, so that a resampler's error
-  // leaves the data set as it was.
-  ComputeLimits();
-  resampling.SetDataLimits(min[0], max[0], min[1], max[1]);
+  // The grid is made in full before anything of the data set changes, its limits
+  // included, so that a resampler's error leaves the data set as it was.
+  double xMin = 0.0, xMax = 0.0, yMin = 0.0, yMax = 0.0, unusedRange = 0.0;
+  AxisLimits(inputX, pointCount, xMin, xMax, unusedRange);
+  AxisLimits(inputY, pointCount, yMin, yMax, unusedRange);
+  resampling.SetDataLimits(xMin, xMax, yMin, yMax);
   std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(resampling);
   const auto n = static_cast<std::size_t>(pointCount);
   resampler->SetInputData(pointCount, std::vector<double>(inputX.begin(), inputX.begin() + static_cast<long>(n)),

@@ -166,6 +166,62 @@ TEST(DataSetResampling, AFailedRunPassesItsErrorAndChangesNothing) {
   EXPECT_EQ(s.meshType, detail::kGridMesh);
 }
 
+TEST(DataSetResampling, AFailedRunAfterAGoodOneKeepsTheGoodGridAndItsLimits) {
+  DataSet d;
+  Scatter p = Points(40);
+  p.x.push_back(1.1);  // a spike between the grid's nodes
+  p.y.push_back(1.3);
+  p.z.push_back(100);
+  d.DataAsSparseGridSet(p.Count(), p.x, p.y, p.z);
+  d.Resampling().SetIntervalCount(6);
+  d.Resampling().SetResamplerType(orvResamplerTypeInverseDistance);
+  auto& s = DataSetAccess::State(d);
+  std::vector<double> gx, gy;
+  Array2D gz;
+  Grid(d, gx, gy, gz);
+  // The inverse-distance grid does not reach the spike, so limits put back to the
+  // input's would show.
+  const std::array<double, 3> min = s.min, max = s.max, range = s.range;
+  ASSERT_LT(max[2], 99.0);
+  const std::vector<double> meshX = s.meshX, meshY = s.meshY, meshZ = s.meshZ;
+
+  d.Resampling().Kriging().SetModelSemiVariogram(7);
+  const char* const refusal = "ModelSemiVariogram must be 0 (linear), 1 (spherical), 2 (exponential) or 3 (Gaussian).";
+  EXPECT_NO_THROW(s.PrepareForDrawing());  // still inverse distance
+  EXPECT_EQ(s.meshZ, meshZ);
+  d.Resampling().SetResamplerType(orvResamplerTypeKriging);
+  EXPECT_ORVANE_ERROR(s.PrepareForDrawing(), 5, "Orvada.Kriging", refusal);
+  EXPECT_EQ(s.min, min);
+  EXPECT_EQ(s.max, max);
+  EXPECT_EQ(s.range, range);
+  EXPECT_EQ(d.ZMin(), min[2]);
+  EXPECT_EQ(s.meshType, detail::kGridMesh);
+  EXPECT_TRUE(s.resampled);
+  EXPECT_EQ(s.meshX, meshX);
+  EXPECT_EQ(s.meshY, meshY);
+  EXPECT_EQ(s.meshZ, meshZ);
+  EXPECT_EQ(s.gridX, gx);
+  EXPECT_EQ(s.gridY, gy);
+  EXPECT_EQ(s.resampledZ, gz.Values());
+  EXPECT_TRUE(s.needsRebuild);  // the next drawing tries again
+  // Asked for the grid, the data set runs the selected resampler, which fails again and
+  // leaves the arguments as they were passed.
+  Array ax{1.0}, ay;
+  Array2D az;
+  std::int32_t nx = -1, ny = -1;
+  EXPECT_ORVANE_ERROR(d.ResampledDataAsRectangularGridGet(ax, nx, ay, ny, az), 5, "Orvada.Kriging",
+                      refusal);
+  EXPECT_EQ(nx, -1);
+  EXPECT_EQ(ax.Values(), std::vector<double>{1.0});
+  EXPECT_EQ(s.meshZ, meshZ);
+  // Put right, the run succeeds and replaces grid and limits.
+  d.Resampling().Kriging().SetModelSemiVariogram(orvKrigingMSVSpherical);
+  Grid(d, gx, gy, gz);
+  EXPECT_FALSE(s.needsRebuild);
+  EXPECT_NE(s.meshZ, meshZ);
+  EXPECT_EQ(d.ZMax(), *std::max_element(gz.Values().begin(), gz.Values().end()));
+}
+
 TEST(DataSetResampling, SettingsTravelWithTheContents) {
   DataSet d;
   const Scatter p = Points(10);

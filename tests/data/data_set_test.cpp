@@ -32,6 +32,9 @@ struct Scatter {
   std::vector<double> x, y, z;
 };
 
+// Area covered by the filled triangles of the bands (normalised units).
+double BandArea(const std::vector<BandTriangles>& bands);
+
 // Random points over [100, 300] x [-5, 5] with z = 2x - 3y + 7.
 Scatter Plane(int n) {
   Scatter s;
@@ -118,11 +121,59 @@ TEST(DataSet, SetterErrorsComeAfterTheResetAndLeaveTheSetCleared) {
   EXPECT_EQ(s.dataType, detail::kNoData);
   EXPECT_EQ(s.pointCount, 0);
   EXPECT_EQ(s.inputX.size(), 1u);
-  EXPECT_EQ(d.XMax(), 0.0);
+  // The reset, like Clear, leaves the limits of the last data.
+  EXPECT_EQ(d.XMax(), *std::max_element(p.x.begin(), p.x.end()));
   EXPECT_EQ(s.userHullInputCount, 3);  // the setters keep the user hull
   // 9.9e299 is within range.
   d.DataAsSparseGridSet(4, four, four, std::vector<double>{1, 2, 9.9e299, -9.9e299});
   EXPECT_EQ(d.ZMax(), 9.9e299);
+}
+
+TEST(DataSet, ClearResetsItsListAndKeepsTheLimits) {
+  Watched w;
+  DataSet& d = w.First();
+  auto& s = DataSetAccess::State(d);
+  const Scatter p = Plane(60);
+  d.DataAsSparseGridSet(60, p.x, p.y, p.z);
+  d.UserHullSet(3, std::vector<double>{150, 250, 200}, std::vector<double>{-1, -1, 2});
+  s.PrepareForDrawing(std::vector<double>{400, 500});
+  ASSERT_EQ(s.contourLines.size(), 2u);
+  const std::array<double, 3> min = s.min, max = s.max, range = s.range;
+  s.geometryChanged = {false, false, false};
+  w.changes.clear();
+
+  d.Clear();
+  EXPECT_EQ(w.changes, std::vector<std::int32_t>{0});
+  EXPECT_EQ(s.inputX, std::vector<double>{0.0});
+  EXPECT_EQ(s.inputZ, std::vector<double>{0.0});
+  EXPECT_EQ(s.pointCount, 0);
+  EXPECT_EQ(s.xCount, 0);
+  EXPECT_EQ(s.yCount, 0);
+  EXPECT_EQ(s.dataType, detail::kNoData);
+  EXPECT_EQ(s.meshType, detail::kNoMesh);
+  EXPECT_EQ(s.meshX, std::vector<double>{0.0});
+  EXPECT_EQ(s.meshZ, std::vector<double>{0.0});
+  ASSERT_EQ(s.contourLines.size(), 1u);
+  EXPECT_EQ(s.contourLines[0].Count(), 0u);
+  EXPECT_TRUE(s.bandTriangles.empty());
+  EXPECT_EQ(s.geometryChanged, (std::array<bool, 3>{true, true, true}));
+  std::int32_t count = -1;
+  Array hx, hy;
+  d.DataHullGet(count, hx, hy);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(s.userHullInputCount, 0);
+  EXPECT_EQ(s.triangulation->TriangleCount(), 0);
+  // The limits and ranges are not on the list.
+  EXPECT_EQ(s.min, min);
+  EXPECT_EQ(s.max, max);
+  EXPECT_EQ(s.range, range);
+  EXPECT_EQ(d.XMin(), *std::min_element(p.x.begin(), p.x.end()));
+  EXPECT_EQ(d.ZMax(), *std::max_element(p.z.begin(), p.z.end()));
+  // New data replaces them.
+  d.DataAsSparseGridSet(3, std::vector<double>{1, 2, 3}, std::vector<double>{3, 1, 2},
+                        std::vector<double>{0, 0, 1});
+  EXPECT_EQ(d.XMax(), 3);
+  EXPECT_EQ(d.ZMin(), 0);
 }
 
 TEST(DataSet, SparseCountZeroPassesAndSkipsTheTriangulation) {
@@ -168,13 +219,19 @@ TEST(DataSet, RectangularGridIsStoredPointByPointAndReturned) {
   EXPECT_EQ(gz.At(2, 1), 6);
   EXPECT_EQ(d.ZMin(), 1);
   EXPECT_EQ(d.ZMax(), 6);
-  // Its data hull is the rectangle of its points.
-  std::int32_t count = 0;
-  Array hx, hy;
+  // No triangulation, no data hull: the count is 0 and the arrays stay as passed, also
+  // once the grid mesh is built.
+  std::int32_t count = -1;
+  Array hx{7.0}, hy{8.0, 9.0};
   d.DataHullGet(count, hx, hy);
-  EXPECT_EQ(count, 4);
-  EXPECT_EQ(hx.Values(), (std::vector<double>{0, 20, 20, 0}));
-  EXPECT_EQ(hy.Values(), (std::vector<double>{-1, -1, 1, 1}));
+  EXPECT_EQ(count, 0);
+  DataSetAccess::State(d).PrepareForDrawing();
+  EXPECT_EQ(s.meshType, detail::kGridMesh);
+  count = -1;
+  d.DataHullGet(count, hx, hy);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(hx.Values(), std::vector<double>{7.0});
+  EXPECT_EQ(hy.Values(), (std::vector<double>{8.0, 9.0}));
   // A sparse set cannot be read back as a grid.
   d.DataAsSparseGridSet(3, x, x, x);
   EXPECT_ORVANE_ERROR(d.DataAsRectangularGridGet(gx, nx, gy, ny, gz), 394, "Orvadis.Dataset",
@@ -292,10 +349,17 @@ TEST(DataSet, UserHullMustLieInTheDataHullOfScatteredData) {
   EXPECT_ORVANE_ERROR(s.PrepareForDrawing(), -2147221304, "Orvadis.Dataset.DataAsSparseGridSet",
                       "The user hull must be contained by the data hull.");
   EXPECT_TRUE(s.contoursStale);
-  // Over a grid mesh the test is not made.
+  // Over a grid mesh (which has no data hull) the test is not made, and the user hull
+  // still clips: here half of it lies beyond the grid.
   d.DataAsRectangularGridSet(std::vector<double>{0, 10}, 2, std::vector<double>{0, 10}, 2,
                              Array2D({1, 2, 3, 4}, 2, 2));
-  EXPECT_NO_THROW(s.PrepareForDrawing());
+  d.UserHullSet(4, std::vector<double>{5, 15, 15, 5}, std::vector<double>{0, 0, 10, 10});
+  EXPECT_NO_THROW(s.PrepareForDrawing(std::vector<double>{2.5}));
+  EXPECT_EQ(s.meshType, detail::kGridMesh);
+  EXPECT_NEAR(BandArea(s.bandTriangles), 0.5, 1e-12);
+  ASSERT_EQ(s.contourLines.size(), 1u);
+  EXPECT_GT(s.contourLines[0].Count(), 0u);
+  d.UserHullSet(3, std::vector<double>{1, 11, 5}, std::vector<double>{1, 1, 8});
   // A bad user hull is refused and the old one kept.
   EXPECT_ORVANE_ERROR(d.UserHullSet(3, std::vector<double>{1, 2}, std::vector<double>{1, 2, 3}),
                       5, "Orvadis.Dataset", kUpper);
