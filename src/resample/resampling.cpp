@@ -27,6 +27,9 @@ void CheckIntervalCount(std::int32_t value) {
 }
 
 void CheckWeightingPower(double value) {
+  if (!std::isfinite(value)) {
+    throw Error(5, "Orvada.InverseDistance", "Weighting power must be a finite number.");
+  }
   if (!(value >= -2.22044604925031e-16)) {
     throw Error(5, "Orvada.InverseDistance", "Weighting power must be greater than or equal to 0");
   }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -92,7 +93,17 @@ TEST(InverseDistance, WeightingPowerValidation) {
   EventRecorder events(idw.PropertyChanged);
   EXPECT_ORVANE_ERROR(idw.SetWeightingPower(-1), 5, "Orvada.InverseDistance",
                       "Weighting power must be greater than or equal to 0");
-  EXPECT_ORVANE_ERROR(idw.SetWeightingPower(NAN), 5, "Orvada.InverseDistance");
+  const char* const finite = "Weighting power must be a finite number.";
+  EXPECT_ORVANE_ERROR(idw.SetWeightingPower(NAN), 5, "Orvada.InverseDistance", finite);
+  EXPECT_ORVANE_ERROR(idw.SetWeightingPower(INFINITY), 5, "Orvada.InverseDistance", finite);
+  EXPECT_ORVANE_ERROR(idw.SetWeightingPower(-INFINITY), 5, "Orvada.InverseDistance", finite);
+  // Stored settings are checked alike, before anything changes.
+  Resampling r;
+  PropertyBag bag;
+  bag.WriteProperty("R.InverseDistance.Weighting", std::numeric_limits<double>::quiet_NaN());
+  bag.WriteProperty("R.IntervalCount", std::int32_t{4});
+  EXPECT_ORVANE_ERROR(r.ReadProperties(bag, "R."), 5, "Orvada.InverseDistance", finite);
+  EXPECT_EQ(r.IntervalCount(), 10);
   EXPECT_EQ(idw.WeightingPower(), 2.0);
   idw.SetWeightingPower(-1e-17);
   EXPECT_EQ(idw.WeightingPower(), -1e-17);

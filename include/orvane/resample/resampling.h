@@ -25,8 +25,9 @@ class InverseDistance {
   /// "Returns or sets the power used to weight values." Applied to the squared distance,
   /// so the weight of a point at distance r is 1 / r^(2 * WeightingPower). Default 2.
   double WeightingPower() const noexcept { return weightingPower_; }
-  /// Lets it; below -2.22044604925031e-16 (or NaN) raises error 5 (source
-  /// "Orvada.InverseDistance"). Raises "Weighting".
+  /// Lets it; raises error 5 (source "Orvada.InverseDistance") for NaN or an infinity
+  /// ("Weighting power must be a finite number.") and below -2.22044604925031e-16
+  /// ("Weighting power must be greater than or equal to 0"). Raises "Weighting".
   void SetWeightingPower(double value);
   /// Back to the default power 2.
   void Reset() noexcept { weightingPower_ = 2.0; }
