@@ -103,6 +103,14 @@ void InterpolatorBase::GridAxes(std::vector<double>& x, std::vector<double>& y) 
   y = settings_.GridY();
 }
 
+void InterpolatorBase::CheckExtent(const char* source) const {
+  const auto flat = [](const std::vector<double>& v) {
+    return std::all_of(v.begin(), v.end(), [&v](double a) { return a == v.front(); });
+  };
+  if (flat(x_)) throw Error(5, source, "The points have no extent along X.");
+  if (flat(y_)) throw Error(5, source, "The points have no extent along Y.");
+}
+
 std::unique_ptr<InterpolatorBase> CreateInterpolator(Resampling& settings) {
   switch (settings.ResamplerType()) {
     case orvResamplerTypeNone: return nullptr;

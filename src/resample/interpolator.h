@@ -82,6 +82,10 @@ class InterpolatorBase : public IInterpolator {
   // The grid's X and Y values; a grid of more than kMaxGridValues values raises error 7,
   // limits too far apart for finite intervals error 5 (source "IInterpolator").
   void GridAxes(std::vector<double>& x, std::vector<double>& y) const;
+  // Raises error 5 from source, "The points have no extent along X." (or Y), when every
+  // input point has the same X (or the same Y): a single point, or points on a line
+  // parallel to an axis, span no surface to interpolate.
+  void CheckExtent(const char* source) const;
   Resampling& settings_;
   ProgressCallback progress_;
   std::vector<double> x_, y_, z_;           // the input points
@@ -111,16 +115,18 @@ class InverseDistanceResampler : public InterpolatorBase {
 };
 
 // Ordinary kriging through the orvane_kriging engine: one engine handle per run, always
-// released. With Kriging.AutoSetRange the range is first set to the diagonal of the grid
-// limits (through the let, so "Range" is raised). Engine failures raise error 5 (source
-// "Orvada.Kriging") with the engine's description.
+// released. Points without extent along X or Y are refused first (CheckExtent). With
+// Kriging.AutoSetRange the range is then set to the diagonal of the grid limits (through
+// the let, so "Range" is raised). Engine failures raise error 5 (source "Orvada.Kriging")
+// with the engine's description.
 class KrigingResampler : public InterpolatorBase {
  public:
   using InterpolatorBase::InterpolatorBase;
   void RefreshGrid() override;
 };
 
-// Natural-neighbour interpolation (see natural_neighbour.h for the method).
+// Natural-neighbour interpolation (see natural_neighbour.h for the method); points
+// without extent along X or Y are refused first (CheckExtent).
 class NaturalNeighbourResampler : public InterpolatorBase {
  public:
   using InterpolatorBase::InterpolatorBase;

@@ -45,6 +45,7 @@ class EngineHandle {
 }  // namespace
 
 void KrigingResampler::RefreshGrid() {
+  CheckExtent(kSource);
   orvane::Kriging& kriging = settings_.Kriging();
   if (kriging.AutoSetRange()) {
     const double dx = settings_.XMax() - settings_.XMin();

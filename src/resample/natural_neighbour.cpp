@@ -620,6 +620,7 @@ std::vector<double> NaturalNeighbour::Grid(const std::vector<double>& gridX,
 // The resampler
 
 void NaturalNeighbourResampler::RefreshGrid() {
+  CheckExtent("Orvada.NNGridR");
   const orvane::NNGridR& p = settings_.NNGridR();
   detail::NaturalNeighbourOptions options;
   options.gradients = p.UseGradients();

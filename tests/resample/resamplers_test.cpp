@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -191,6 +192,47 @@ TEST(Resamplers, AbsurdGridsAreRefusedBeforeAnyWork) {
   settings.SetXMax(1.7e308);
   InverseDistanceResampler idw(settings);
   EXPECT_ORVANE_ERROR(Resample(idw, s), 5, "IInterpolator", "The grid limits are too far apart.");
+}
+
+TEST(Resamplers, PointsWithoutExtentAreRefusedByKrigingAndNaturalNeighbour) {
+  struct Case {
+    Scatter points;
+    const char* message;
+  };
+  const Case cases[] = {
+      {{{2}, {3}, {4}}, "The points have no extent along X."},                    // one point
+      {{{2, 2}, {3, 3}, {4, 5}}, "The points have no extent along X."},           // one place
+      {{{1, 1, 1, 1}, {0, 1, 2, 3}, {1, 2, 3, 1}}, "The points have no extent along X."},
+      {{{0, 1, 2}, {5, 5, 5}, {1, 2, 3}}, "The points have no extent along Y."},
+  };
+  for (const Case& c : cases) {
+    for (const bool autoSetRange : {true, false}) {
+      Resampling settings;
+      settings.SetDataLimits(*std::min_element(c.points.x.begin(), c.points.x.end()),
+                             *std::max_element(c.points.x.begin(), c.points.x.end()),
+                             *std::min_element(c.points.y.begin(), c.points.y.end()),
+                             *std::max_element(c.points.y.begin(), c.points.y.end()));
+      settings.Kriging().SetAutoSetRange(autoSetRange);
+      testing::EventRecorder events(settings.PropertyChanged);
+      KrigingResampler kriging(settings);
+      EXPECT_ORVANE_ERROR(Resample(kriging, c.points), 5, "Orvada.Kriging", c.message);
+      EXPECT_TRUE(events.names.empty());  // refused before the range is touched
+      EXPECT_EQ(settings.Kriging().Range(), 1.0);
+      NaturalNeighbourResampler nn(settings);
+      EXPECT_ORVANE_ERROR(Resample(nn, c.points), 5, "Orvada.NNGridR", c.message);
+    }
+  }
+  // Inverse distance has a value everywhere, a constant one here.
+  Resampling settings;
+  settings.SetDataLimits(2, 2, 3, 3);
+  InverseDistanceResampler idw(settings);
+  const std::vector<double> z = Resample(idw, {{2}, {3}, {4}});
+  EXPECT_EQ(z, std::vector<double>(121, 4.0));
+  // Extent along both axes, on one line: natural neighbour's own refusal.
+  settings.SetDataLimits(0, 2, 0, 2);
+  NaturalNeighbourResampler nn(settings);
+  EXPECT_ORVANE_ERROR(Resample(nn, {{0, 1, 2}, {0, 1, 2}, {1, 2, 3}}), 5, "Orvada.NNGridR",
+                      "Natural-neighbour interpolation needs points that do not all lie on one line.");
 }
 
 TEST(NNGridR, EveryParameterByNameWithDefaultsAndChecks) {
