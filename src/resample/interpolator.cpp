@@ -103,12 +103,16 @@ void InterpolatorBase::GridAxes(std::vector<double>& x, std::vector<double>& y) 
   y = settings_.GridY();
 }
 
-void InterpolatorBase::CheckExtent(const char* source) const {
+void InterpolatorBase::CheckExtent(const char* source, bool gridToo) const {
   const auto flat = [](const std::vector<double>& v) {
     return std::all_of(v.begin(), v.end(), [&v](double a) { return a == v.front(); });
   };
-  if (flat(x_)) throw Error(5, source, "The points have no extent along X.");
-  if (flat(y_)) throw Error(5, source, "The points have no extent along Y.");
+  if (flat(x_) && (!gridToo || settings_.XMin() == settings_.XMax())) {
+    throw Error(5, source, "The points have no extent along X.");
+  }
+  if (flat(y_) && (!gridToo || settings_.YMin() == settings_.YMax())) {
+    throw Error(5, source, "The points have no extent along Y.");
+  }
 }
 
 std::unique_ptr<InterpolatorBase> CreateInterpolator(Resampling& settings) {

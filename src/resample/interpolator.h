@@ -84,8 +84,10 @@ class InterpolatorBase : public IInterpolator {
   void GridAxes(std::vector<double>& x, std::vector<double>& y) const;
   // Raises error 5 from source, "The points have no extent along X." (or Y), when every
   // input point has the same X (or the same Y): a single point, or points on a line
-  // parallel to an axis, span no surface to interpolate.
-  void CheckExtent(const char* source) const;
+  // parallel to an axis. With gridToo only when the grid limits have no extent along
+  // that axis either (as when they follow the points), so that a method that can reach
+  // off the line still grids such points over limits set by hand.
+  void CheckExtent(const char* source, bool gridToo) const;
   Resampling& settings_;
   ProgressCallback progress_;
   std::vector<double> x_, y_, z_;           // the input points
@@ -115,7 +117,8 @@ class InverseDistanceResampler : public InterpolatorBase {
 };
 
 // Ordinary kriging through the orvane_kriging engine: one engine handle per run, always
-// released. Points without extent along X or Y are refused first (CheckExtent). With
+// released. Points without extent along X or Y over a grid without it either are refused
+// first (CheckExtent): the grid and the automatic range would collapse. With
 // Kriging.AutoSetRange the range is then set to the diagonal of the grid limits (through
 // the let, so "Range" is raised). Engine failures raise error 5 (source "Orvada.Kriging")
 // with the engine's description.
@@ -126,7 +129,7 @@ class KrigingResampler : public InterpolatorBase {
 };
 
 // Natural-neighbour interpolation (see natural_neighbour.h for the method); points
-// without extent along X or Y are refused first (CheckExtent).
+// without extent along X or Y, which have no triangles, are refused first (CheckExtent).
 class NaturalNeighbourResampler : public InterpolatorBase {
  public:
   using InterpolatorBase::InterpolatorBase;

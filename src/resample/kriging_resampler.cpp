@@ -45,7 +45,7 @@ class EngineHandle {
 }  // namespace
 
 void KrigingResampler::RefreshGrid() {
-  CheckExtent(kSource);
+  CheckExtent(kSource, true);
   orvane::Kriging& kriging = settings_.Kriging();
   if (kriging.AutoSetRange()) {
     const double dx = settings_.XMax() - settings_.XMin();

@@ -620,7 +620,7 @@ std::vector<double> NaturalNeighbour::Grid(const std::vector<double>& gridX,
 // The resampler
 
 void NaturalNeighbourResampler::RefreshGrid() {
-  CheckExtent("Orvada.NNGridR");
+  CheckExtent("Orvada.NNGridR", false);
   const orvane::NNGridR& p = settings_.NNGridR();
   detail::NaturalNeighbourOptions options;
   options.gradients = p.UseGradients();

@@ -222,6 +222,24 @@ TEST(Resamplers, PointsWithoutExtentAreRefusedByKrigingAndNaturalNeighbour) {
       EXPECT_ORVANE_ERROR(Resample(nn, c.points), 5, "Orvada.NNGridR", c.message);
     }
   }
+  // Over grid limits set by hand kriging reaches off the line; natural neighbour, which
+  // needs triangles, still refuses.
+  {
+    const Scatter line{{1, 1, 1, 1}, {0, 1, 2, 3}, {1, 2, 3, 1}};
+    Resampling settings;
+    settings.SetDataLimits(1, 1, 0, 3);
+    settings.SetAutoRange(false);
+    settings.SetXMin(0);
+    settings.SetXMax(2);
+    settings.SetIntervalCount(2);
+    KrigingResampler kriging(settings);
+    const std::vector<double> z = Resample(kriging, line);
+    ASSERT_EQ(z.size(), 9u);
+    for (double v : z) EXPECT_TRUE(std::isfinite(v));
+    EXPECT_EQ(settings.Kriging().Range(), std::sqrt(4.0 + 9.0));
+    NaturalNeighbourResampler nn(settings);
+    EXPECT_ORVANE_ERROR(Resample(nn, line), 5, "Orvada.NNGridR", "The points have no extent along X.");
+  }
   // Inverse distance has a value everywhere, a constant one here.
   Resampling settings;
   settings.SetDataLimits(2, 2, 3, 3);
