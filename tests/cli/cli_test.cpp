@@ -102,6 +102,25 @@ TEST_F(Cli, MalformedAndMissingFilesExitWithStatusTwo) {
   EXPECT_NE(missing.out.find("cannot open the file"), std::string::npos);
 }
 
+TEST_F(Cli, HostileInputIsReadOrRefusedSafely) {
+  // A byte-order mark and CR line endings of either kind: all four points count.
+  const std::string marked = Write("bom.xyz", "\xEF\xBB\xBF" "0 0 1\r\n2 0 2\r\r\n2 3 3\n0 3 4\r\n");
+  const Outcome bom = Orvane("info --json " + marked);
+  ASSERT_EQ(bom.status, 0) << bom.out;
+  EXPECT_EQ(nlohmann::json::parse(bom.out)["points"], 4);
+  // An endless device is refused after its first MiB, not read into memory.
+  const Outcome zero = Orvane("info /dev/zero");
+  EXPECT_EQ(zero.status, 2);
+  EXPECT_EQ(zero.out, "orvane: /dev/zero:1: the line is longer than 1 MiB\n");
+  // Terminal escape codes are quoted escaped, and long lines cut.
+  const std::string escapes = Write("esc.xyz", "0 0 1\n\x1b]0;owned\x07\x1b[2J" + std::string(200, 'A') + " 2 3\n");
+  const Outcome esc = Orvane("info " + escapes);
+  EXPECT_EQ(esc.status, 2);
+  EXPECT_EQ(esc.out.find('\x1b'), std::string::npos);
+  EXPECT_NE(esc.out.find("\\x1b]0;owned\\x07\\x1b[2J"), std::string::npos) << esc.out;
+  EXPECT_LT(esc.out.size(), 200u);
+}
+
 TEST_F(Cli, TriangulateWritesEveryTriangleOnce) {
   std::ostringstream text;
   std::mt19937 random(8);
