@@ -15,6 +15,9 @@ packages=(
   libboost-dev
   # resampling engines
   libeigen3-dev libnanoflann-dev
+  # off-screen rendering: EGL and the compatibility-profile GL, GLU, Mesa's drivers
+  # (llvmpipe where there is no GPU), and libpng for image output
+  libegl-dev libgl-dev libglu1-mesa-dev libegl-mesa0 libgl1-mesa-dri libpng-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # GDAL's ogrinfo checks the GeoJSON the command writes
