@@ -20,6 +20,7 @@
 #include "orvane/data/xyz_file.h"
 #include "orvane/render/caption.h"
 #include "orvane/render/cursor.h"
+#include "orvane/render/device_context.h"
 #include "orvane/render/faces.h"
 #include "orvane/render/legend.h"
 #include "orvane/render/line.h"

@@ -13,7 +13,10 @@ int main() {
   orvane::Line restored;
   restored.ReadProperties(copy, "Line.");
   const std::string label = orvane::FormatNumber(1234.5, "#,##0.00");
-  if (restored.Color() != line.Color() || label != "1,234.50") {
+  // The image device context pulls in libpng through the package's dependencies.
+  const orvane::ImageDC image(2, 2);
+  if (restored.Color() != line.Color() || label != "1,234.50" ||
+      image.Pixel(1, 1) != orvane::Rgb(255, 255, 255)) {
     std::cout << "consumer: mismatch\n";
     return 1;
   }
