@@ -463,6 +463,8 @@ void RenderTarget::DestroyContext() noexcept {
   if (context_ != nullptr) {
     const EGLDisplay display = Display().display;
     // The context's framebuffer and renderbuffers go with it: it shares no objects.
+    // The current context is asked of the OpenGL API, whatever the thread last bound.
+    eglBindAPI(EGL_OPENGL_API);
     if (eglGetCurrentContext() == context_) {
       eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     }
