@@ -147,6 +147,7 @@ std::int32_t Contours::Add(double value, std::int64_t color, std::int64_t colorB
   }
   items_[i] = std::make_shared<Contour>(value, c, below);
   if (std::isnan(value)) ordered_ = false;
+  Reconnect(i);
   return 0;
 }
 
@@ -183,6 +184,7 @@ void Contours::AddLevels(std::span<const double> values) {
     }
   }
   items_ = std::move(merged);
+  Reconnect();
 }
 
 std::shared_ptr<Contour> Contours::Item(std::int32_t index) const {
@@ -193,6 +195,27 @@ std::shared_ptr<Contour> Contours::Item(std::int32_t index) const {
 void Contours::Remove(std::int32_t index) {
   if (index < 0 || index >= Count()) throw Error(9, kRuntimeSource);
   items_.erase(items_.begin() + index);
+  Reconnect(static_cast<std::size_t>(index));
+}
+
+Contours& Contours::operator=(Contours&& other) noexcept {
+  items_ = std::move(other.items_);
+  ordered_ = other.ordered_;
+  other.items_.clear();
+  other.relays_.clear();
+  other.ordered_ = true;
+  Reconnect();
+  return *this;
+}
+
+void Contours::Reconnect(std::size_t from) {
+  if (!relay_) return;
+  relays_.resize(std::min(from, relays_.size()));
+  for (std::size_t i = relays_.size(); i < items_.size(); ++i) {
+    // The index is fixed here: every change of the order reconnects the levels it moved.
+    relays_.push_back(items_[i]->PropertyChanged.Connect(
+        [this, i](const std::string& name) { relay_(i, name); }));
+  }
 }
 
 void Contours::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
@@ -223,6 +246,7 @@ void Contours::ReadProperties(const PropertyBag& bag, const std::string& prefix)
     items.push_back(std::move(item));
   }
   items_ = std::move(items);
+  Reconnect();
   ordered_ = std::is_sorted(items_.begin(), items_.end(),
                             [](const std::shared_ptr<Contour>& a, const std::shared_ptr<Contour>& b) {
                               return a->Value() < b->Value();
@@ -236,7 +260,11 @@ void Contours::ReadProperties(const PropertyBag& bag, const std::string& prefix)
 
 Contouring::Contouring()
     : userMapChanged_(userMap_.PropertyChanged.Connect(
-          [this](const std::string& name) { PropertyChanged.Raise("UserColorMap." + name); })) {}
+          [this](const std::string& name) { PropertyChanged.Raise("UserColorMap." + name); })) {
+  contours_.relay_ = [this](std::size_t index, const std::string& name) {
+    if (!recolouring_) PropertyChanged.Raise("Contours.Contour" + std::to_string(index) + "." + name);
+  };
+}
 
 template <class T>
 void Contouring::Let(T& field, T value, const char* name) {
@@ -305,6 +333,13 @@ void Contouring::BuildColorMap() {
 }
 
 void Contouring::ApplyColorMap() {
+  // The colours follow from the map: a consequence of a change already announced.
+  struct Recolouring {
+    bool& flag;
+    bool was;
+    ~Recolouring() { flag = was; }
+  } recolouring{recolouring_, recolouring_};
+  recolouring_ = true;
   if (colorMapType_ == orvColorMapNone) {
     if (!mapCaptured_) return;  // the levels keep their colours
   } else if (colorMapType_ != orvColorMapUser) {
