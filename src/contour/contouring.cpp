@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
+#include "core/property_table.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 
@@ -266,23 +268,35 @@ Contouring::Contouring()
   };
 }
 
-template <class T>
-void Contouring::Let(T& field, T value, const char* name) {
-  if (field == value) return;
-  field = value;
-  PropertyChanged.Raise(name);
-}
+// The settings in the order they are stored; the lets store without checking. The map
+// type is raised and stored as "ColorMap".
+struct Contouring::Properties {
+  template <class T>
+  using P = detail::Property<Contouring, T>;
+  static constexpr P<std::int32_t> kAutoSetContoursType{
+      "AutoSetContoursType", &Contouring::autoSetContoursType_, orvAutoSetByIntervalCount};
+  static constexpr P<double> kAutoSetInterval{"AutoSetInterval", &Contouring::autoSetInterval_, 1.0};
+  static constexpr P<std::int32_t> kAutoSetIntervalCount{
+      "AutoSetIntervalCount", &Contouring::autoSetIntervalCount_, 10};
+  static constexpr P<std::int32_t> kColorMapType{"ColorMap", &Contouring::colorMapType_,
+                                                 orvColorMapRainbow};
+  static constexpr P<bool> kInterpolateColors{"InterpolateColors",
+                                              &Contouring::interpolateColors_, false};
+  static constexpr auto kStored = std::tuple{kAutoSetContoursType, kAutoSetInterval,
+                                             kAutoSetIntervalCount, kColorMapType,
+                                             kInterpolateColors};
+};
 
 void Contouring::SetAutoSetContoursType(std::int32_t value) {
-  Let(autoSetContoursType_, value, "AutoSetContoursType");
+  Properties::kAutoSetContoursType.Let(*this, value);
 }
-void Contouring::SetAutoSetInterval(double value) { Let(autoSetInterval_, value, "AutoSetInterval"); }
+void Contouring::SetAutoSetInterval(double value) { Properties::kAutoSetInterval.Let(*this, value); }
 void Contouring::SetAutoSetIntervalCount(std::int32_t value) {
-  Let(autoSetIntervalCount_, value, "AutoSetIntervalCount");
+  Properties::kAutoSetIntervalCount.Let(*this, value);
 }
-void Contouring::SetColorMapType(std::int32_t value) { Let(colorMapType_, value, "ColorMap"); }
+void Contouring::SetColorMapType(std::int32_t value) { Properties::kColorMapType.Let(*this, value); }
 void Contouring::SetInterpolateColors(bool value) {
-  Let(interpolateColors_, value, "InterpolateColors");
+  Properties::kInterpolateColors.Let(*this, value);
 }
 
 Color Contouring::FindColor(double zValue, bool isColorBelow) const {
@@ -405,30 +419,18 @@ void Contouring::ResetToDefaults() {
 }
 
 void Contouring::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "AutoSetContoursType", autoSetContoursType_);
-  bag.WriteProperty(prefix + "AutoSetInterval", autoSetInterval_);
-  bag.WriteProperty(prefix + "AutoSetIntervalCount", autoSetIntervalCount_);
-  bag.WriteProperty(prefix + "ColorMap", colorMapType_);
-  bag.WriteProperty(prefix + "InterpolateColors", interpolateColors_);
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
   contours_.WriteProperties(bag, prefix + "Contours.");
   userMap_.WriteProperties(bag, prefix + "UserColorMap.");
 }
 
 void Contouring::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  const std::int32_t type = bag.ReadProperty(prefix + "AutoSetContoursType", std::int32_t{2});
-  const double interval = bag.ReadProperty(prefix + "AutoSetInterval", 1.0);
-  const std::int32_t count = bag.ReadProperty(prefix + "AutoSetIntervalCount", std::int32_t{10});
-  const std::int32_t map = bag.ReadProperty(prefix + "ColorMap", std::int32_t{orvColorMapRainbow});
-  const bool interpolate = bag.ReadProperty(prefix + "InterpolateColors", false);
+  const auto settings = detail::StageAll(bag, prefix, *this, Properties::kStored);
   orvane::Contours levels;
   levels.ReadProperties(bag, prefix + "Contours.");
   ColorMap scratch;  // finds a bad map before anything changes
   scratch.ReadProperties(bag, prefix + "UserColorMap.");
-  SetAutoSetContoursType(type);
-  SetAutoSetInterval(interval);
-  SetAutoSetIntervalCount(count);
-  SetColorMapType(map);
-  SetInterpolateColors(interpolate);
+  detail::ApplyAll(*this, Properties::kStored, settings);
   contours_ = std::move(levels);
   userMap_.ReadProperties(bag, prefix + "UserColorMap.");
 }

@@ -193,8 +193,7 @@ class Contouring {
   Event<const std::string&> PropertyChanged;
 
  private:
-  template <class T>
-  void Let(T& field, T value, const char* name);
+  struct Properties;
   void CaptureLevelColors();
 
   ColorMap workingMap_;
