@@ -24,5 +24,7 @@
 #include "orvane/render/faces.h"
 #include "orvane/render/legend.h"
 #include "orvane/render/line.h"
+#include "orvane/render/marker.h"
+#include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
 #include "orvane/version.h"

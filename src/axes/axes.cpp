@@ -5,10 +5,45 @@
 #include "axis_settings.h"
 
 #include <memory>
+#include <tuple>
 
+#include "core/property_table.h"
 #include "orvane/core/property_bag.h"
 
 namespace orvane {
+
+// The masters and the axes in the order they are stored. A master let copies the
+// masters into the axes before it raises; the label format is raised and stored as
+// "LabelFormatMaster", the title font glued to "TitleFontMaster" without a dot.
+struct Axes::Properties {
+  template <class T>
+  using P = detail::Property<Axes, T>;
+  static constexpr auto kUseMasterProperties =
+      P<bool>{"UseMasterProperties", &Axes::useMasters_, true}.Then(&Axes::ApplyMasterProperties);
+  static constexpr P<bool> kKeepXYAspectRatio{"KeepXYAspectRatio", &Axes::keepXYAspectRatio_,
+                                              false};
+  static inline const auto kLabelsFormatMaster =
+      P<std::string>{"LabelFormatMaster", &Axes::labelsFormatMaster_, "0.00"}.Then(
+          &Axes::ApplyMasterProperties);
+  static constexpr auto kLabelsVisibleMaster =
+      P<bool>{"LabelsVisibleMaster", &Axes::labelsVisibleMaster_, true}.Then(
+          &Axes::ApplyMasterProperties);
+  static constexpr auto kTitleVisibleMaster =
+      P<bool>{"TitleVisibleMaster", &Axes::titleVisibleMaster_, true}.Then(
+          &Axes::ApplyMasterProperties);
+  static inline const auto kStored = std::tuple{
+      detail::SubObject<Axes, Font>{"LabelFontMaster.", &Axes::labelsFontMaster_},
+      detail::SubObject<Axes, Font>{"TitleFontMaster", &Axes::titleFontMaster_},
+      kKeepXYAspectRatio,
+      kLabelsFormatMaster,
+      kLabelsVisibleMaster,
+      kUseMasterProperties,
+      kTitleVisibleMaster,
+      detail::SubObject<Axes, Line>{"AxisLine.", &Axes::axisLineMaster_},
+      detail::SubObject<Axes, Axis>{"XAxis.", &Axes::x_},
+      detail::SubObject<Axes, Axis>{"YAxis.", &Axes::y_},
+      detail::SubObject<Axes, Axis>{"ZAxis.", &Axes::z_}};
+};
 
 Axes::Axes() {
   for (Axis* axis : {&x_, &y_, &z_}) axis->owner_ = this;
@@ -55,49 +90,20 @@ void Axes::ApplyMasterProperties() {
   CopyMastersInto(z_);
 }
 
-template <class T>
-void Axes::MasterLet(T& field, const T& value, const char* name) {
-  if (field == value) return;
-  field = value;
-  ApplyMasterProperties();
-  PropertyChanged.Raise(name);
-}
-
 void Axes::SetUseMasterProperties(bool value) {
-  MasterLet(useMasters_, value, "UseMasterProperties");
+  Properties::kUseMasterProperties.Let(*this, value);
 }
-
-void Axes::SetKeepXYAspectRatio(bool value) {
-  if (value == keepXYAspectRatio_) return;
-  keepXYAspectRatio_ = value;
-  PropertyChanged.Raise("KeepXYAspectRatio");
-}
-
+void Axes::SetKeepXYAspectRatio(bool value) { Properties::kKeepXYAspectRatio.Let(*this, value); }
 void Axes::SetLabelsFormatMaster(const std::string& value) {
-  // Announced without the s of the property's name, as it is also stored.
-  MasterLet(labelsFormatMaster_, value, "LabelFormatMaster");
+  Properties::kLabelsFormatMaster.Let(*this, value);
 }
-
 void Axes::SetLabelsVisibleMaster(bool value) {
-  MasterLet(labelsVisibleMaster_, value, "LabelsVisibleMaster");
+  Properties::kLabelsVisibleMaster.Let(*this, value);
 }
-
-void Axes::SetTitleVisibleMaster(bool value) {
-  MasterLet(titleVisibleMaster_, value, "TitleVisibleMaster");
-}
+void Axes::SetTitleVisibleMaster(bool value) { Properties::kTitleVisibleMaster.Let(*this, value); }
 
 void Axes::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  labelsFontMaster_.WriteProperties(bag, prefix + "LabelFontMaster.");
-  titleFontMaster_.WriteProperties(bag, prefix + "TitleFontMaster");
-  bag.WriteProperty(prefix + "KeepXYAspectRatio", keepXYAspectRatio_);
-  bag.WriteProperty(prefix + "LabelFormatMaster", labelsFormatMaster_);
-  bag.WriteProperty(prefix + "LabelsVisibleMaster", labelsVisibleMaster_);
-  bag.WriteProperty(prefix + "UseMasterProperties", useMasters_);
-  bag.WriteProperty(prefix + "TitleVisibleMaster", titleVisibleMaster_);
-  axisLineMaster_.WriteProperties(bag, prefix + "AxisLine.");
-  x_.WriteProperties(bag, prefix + "XAxis.");
-  y_.WriteProperties(bag, prefix + "YAxis.");
-  z_.WriteProperties(bag, prefix + "ZAxis.");
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Axes::ReadProperties(const PropertyBag& bag, const std::string& prefix) {

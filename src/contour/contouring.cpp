@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
+#include "core/property_table.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 
@@ -147,6 +149,7 @@ std::int32_t Contours::Add(double value, std::int64_t color, std::int64_t colorB
   }
   items_[i] = std::make_shared<Contour>(value, c, below);
   if (std::isnan(value)) ordered_ = false;
+  Reconnect(i);
   return 0;
 }
 
@@ -183,6 +186,7 @@ void Contours::AddLevels(std::span<const double> values) {
     }
   }
   items_ = std::move(merged);
+  Reconnect();
 }
 
 std::shared_ptr<Contour> Contours::Item(std::int32_t index) const {
@@ -193,6 +197,27 @@ std::shared_ptr<Contour> Contours::Item(std::int32_t index) const {
 void Contours::Remove(std::int32_t index) {
   if (index < 0 || index >= Count()) throw Error(9, kRuntimeSource);
   items_.erase(items_.begin() + index);
+  Reconnect(static_cast<std::size_t>(index));
+}
+
+Contours& Contours::operator=(Contours&& other) noexcept {
+  items_ = std::move(other.items_);
+  ordered_ = other.ordered_;
+  other.items_.clear();
+  other.relays_.clear();
+  other.ordered_ = true;
+  Reconnect();
+  return *this;
+}
+
+void Contours::Reconnect(std::size_t from) {
+  if (!relay_) return;
+  relays_.resize(std::min(from, relays_.size()));
+  for (std::size_t i = relays_.size(); i < items_.size(); ++i) {
+    // The index is fixed here: every change of the order reconnects the levels it moved.
+    relays_.push_back(items_[i]->PropertyChanged.Connect(
+        [this, i](const std::string& name) { relay_(i, name); }));
+  }
 }
 
 void Contours::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
@@ -223,6 +248,7 @@ void Contours::ReadProperties(const PropertyBag& bag, const std::string& prefix)
     items.push_back(std::move(item));
   }
   items_ = std::move(items);
+  Reconnect();
   ordered_ = std::is_sorted(items_.begin(), items_.end(),
                             [](const std::shared_ptr<Contour>& a, const std::shared_ptr<Contour>& b) {
                               return a->Value() < b->Value();
@@ -236,25 +262,41 @@ void Contours::ReadProperties(const PropertyBag& bag, const std::string& prefix)
 
 Contouring::Contouring()
     : userMapChanged_(userMap_.PropertyChanged.Connect(
-          [this](const std::string& name) { PropertyChanged.Raise("UserColorMap." + name); })) {}
-
-template <class T>
-void Contouring::Let(T& field, T value, const char* name) {
-  if (field == value) return;
-  field = value;
-  PropertyChanged.Raise(name);
+          [this](const std::string& name) { PropertyChanged.Raise("UserColorMap." + name); })) {
+  contours_.relay_ = [this](std::size_t index, const std::string& name) {
+    if (!recolouring_) PropertyChanged.Raise("Contours.Contour" + std::to_string(index) + "." + name);
+  };
 }
+
+// The settings in the order they are stored; the lets store without checking. The map
+// type is raised and stored as "ColorMap".
+struct Contouring::Properties {
+  template <class T>
+  using P = detail::Property<Contouring, T>;
+  static constexpr P<std::int32_t> kAutoSetContoursType{
+      "AutoSetContoursType", &Contouring::autoSetContoursType_, orvAutoSetByIntervalCount};
+  static constexpr P<double> kAutoSetInterval{"AutoSetInterval", &Contouring::autoSetInterval_, 1.0};
+  static constexpr P<std::int32_t> kAutoSetIntervalCount{
+      "AutoSetIntervalCount", &Contouring::autoSetIntervalCount_, 10};
+  static constexpr P<std::int32_t> kColorMapType{"ColorMap", &Contouring::colorMapType_,
+                                                 orvColorMapRainbow};
+  static constexpr P<bool> kInterpolateColors{"InterpolateColors",
+                                              &Contouring::interpolateColors_, false};
+  static constexpr auto kStored = std::tuple{kAutoSetContoursType, kAutoSetInterval,
+                                             kAutoSetIntervalCount, kColorMapType,
+                                             kInterpolateColors};
+};
 
 void Contouring::SetAutoSetContoursType(std::int32_t value) {
-  Let(autoSetContoursType_, value, "AutoSetContoursType");
+  Properties::kAutoSetContoursType.Let(*this, value);
 }
-void Contouring::SetAutoSetInterval(double value) { Let(autoSetInterval_, value, "AutoSetInterval"); }
+void Contouring::SetAutoSetInterval(double value) { Properties::kAutoSetInterval.Let(*this, value); }
 void Contouring::SetAutoSetIntervalCount(std::int32_t value) {
-  Let(autoSetIntervalCount_, value, "AutoSetIntervalCount");
+  Properties::kAutoSetIntervalCount.Let(*this, value);
 }
-void Contouring::SetColorMapType(std::int32_t value) { Let(colorMapType_, value, "ColorMap"); }
+void Contouring::SetColorMapType(std::int32_t value) { Properties::kColorMapType.Let(*this, value); }
 void Contouring::SetInterpolateColors(bool value) {
-  Let(interpolateColors_, value, "InterpolateColors");
+  Properties::kInterpolateColors.Let(*this, value);
 }
 
 Color Contouring::FindColor(double zValue, bool isColorBelow) const {
@@ -305,6 +347,13 @@ void Contouring::BuildColorMap() {
 }
 
 void Contouring::ApplyColorMap() {
+  // The colours follow from the map: a consequence of a change already announced.
+  struct Recolouring {
+    bool& flag;
+    bool was;
+    ~Recolouring() { flag = was; }
+  } recolouring{recolouring_, recolouring_};
+  recolouring_ = true;
   if (colorMapType_ == orvColorMapNone) {
     if (!mapCaptured_) return;  // the levels keep their colours
   } else if (colorMapType_ != orvColorMapUser) {
@@ -370,30 +419,18 @@ void Contouring::ResetToDefaults() {
 }
 
 void Contouring::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "AutoSetContoursType", autoSetContoursType_);
-  bag.WriteProperty(prefix + "AutoSetInterval", autoSetInterval_);
-  bag.WriteProperty(prefix + "AutoSetIntervalCount", autoSetIntervalCount_);
-  bag.WriteProperty(prefix + "ColorMap", colorMapType_);
-  bag.WriteProperty(prefix + "InterpolateColors", interpolateColors_);
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
   contours_.WriteProperties(bag, prefix + "Contours.");
   userMap_.WriteProperties(bag, prefix + "UserColorMap.");
 }
 
 void Contouring::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  const std::int32_t type = bag.ReadProperty(prefix + "AutoSetContoursType", std::int32_t{2});
-  const double interval = bag.ReadProperty(prefix + "AutoSetInterval", 1.0);
-  const std::int32_t count = bag.ReadProperty(prefix + "AutoSetIntervalCount", std::int32_t{10});
-  const std::int32_t map = bag.ReadProperty(prefix + "ColorMap", std::int32_t{orvColorMapRainbow});
-  const bool interpolate = bag.ReadProperty(prefix + "InterpolateColors", false);
+  const auto settings = detail::StageAll(bag, prefix, *this, Properties::kStored);
   orvane::Contours levels;
   levels.ReadProperties(bag, prefix + "Contours.");
   ColorMap scratch;  // finds a bad map before anything changes
   scratch.ReadProperties(bag, prefix + "UserColorMap.");
-  SetAutoSetContoursType(type);
-  SetAutoSetInterval(interval);
-  SetAutoSetIntervalCount(count);
-  SetColorMapType(map);
-  SetInterpolateColors(interpolate);
+  detail::ApplyAll(*this, Properties::kStored, settings);
   contours_ = std::move(levels);
   userMap_.ReadProperties(bag, prefix + "UserColorMap.");
 }

@@ -17,6 +17,7 @@
 #include "geometry.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
+#include "render/view_access.h"
 #include "resample/interpolator.h"
 
 namespace orvane {
@@ -304,16 +305,36 @@ void DataSetState::PrepareForDrawing(std::span<const double> levels) {
   if (contoursStale) TraceContours(levels);
 }
 
+void DataSetState::Join(std::int32_t position) {
+  index = position;
+  Reset(false);
+  ViewAccess::SetPlotPosition(viewMain, kPlotMain);
+  ViewAccess::SetPlotPosition(viewTop, kPlotTop);
+  ViewAccess::SetPlotPosition(viewBottom, kPlotBottom);
+}
+
 }  // namespace detail
 
 // ---------------------------------------------------------------------------------------
 // Public members
 
 DataSet::DataSet() : state_(std::make_unique<DataSetState>()) {
-  resamplingRelay_ = state_->resampling.PropertyChanged.Connect([this](const std::string& name) {
+  relays_.push_back(state_->resampling.PropertyChanged.Connect([this](const std::string& name) {
     if (state_->pointCount > 0) state_->needsRebuild = true;
-    PropertyChanged.Raise("Resampling." + name);
-  });
+    const std::string relayed = "Resampling." + name;
+    PropertyChanged.Raise(relayed);
+    state_->settingsChanged.Raise(relayed);
+  }));
+  const std::pair<View*, const char*> views[] = {{&state_->viewMain, "ViewMain."},
+                                                 {&state_->viewTop, "ViewTop."},
+                                                 {&state_->viewBottom, "ViewBottom."}};
+  for (const auto& entry : views) {
+    relays_.push_back(entry.first->PropertyChanged.Connect(
+        [this, view = entry.first, prefix = std::string(entry.second)](const std::string& name) {
+          PropertyChanged.Raise(prefix + name);
+          state_->viewChanged.Raise(detail::ViewAccess::PlotPosition(*view), name);
+        }));
+  }
 }
 
 DataSet::~DataSet() = default;
@@ -531,6 +552,12 @@ bool DataSet::ZValueInterpolate(double xValue, double yValue, double& zValue) {
 
 orvane::Resampling& DataSet::Resampling() noexcept { return state_->resampling; }
 const orvane::Resampling& DataSet::Resampling() const noexcept { return state_->resampling; }
+View& DataSet::ViewMain() noexcept { return state_->viewMain; }
+const View& DataSet::ViewMain() const noexcept { return state_->viewMain; }
+View& DataSet::ViewTop() noexcept { return state_->viewTop; }
+const View& DataSet::ViewTop() const noexcept { return state_->viewTop; }
+View& DataSet::ViewBottom() noexcept { return state_->viewBottom; }
+const View& DataSet::ViewBottom() const noexcept { return state_->viewBottom; }
 
 double DataSet::XMin() const { return state_->min[0]; }
 double DataSet::XMax() const { return state_->max[0]; }
@@ -571,6 +598,9 @@ void DataSet::WriteContents(PropertyBag& bag, const std::string& prefix) const {
     bag.WriteProperty(prefix + "UserHull.Y",
                       std::vector<double>(s.userHullInputY.begin(), s.userHullInputY.begin() + static_cast<long>(n)));
   }
+  s.viewMain.WriteProperties(bag, prefix + "ViewMain.");
+  s.viewTop.WriteProperties(bag, prefix + "ViewTop.");
+  s.viewBottom.WriteProperties(bag, prefix + "ViewBottom.");
   s.resampling.WriteProperties(bag, prefix + "Resampling.");
 }
 
@@ -611,8 +641,15 @@ void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
   CheckValues(z, "Z");
   CheckValues(hullX, "user hull X");
   CheckValues(hullY, "user hull Y");
+  // The views are read once into scratch views, which finds a bad value before anything
+  // changes; reading them again below then cannot fail.
+  const std::pair<View*, std::string> views[] = {{&state_->viewMain, prefix + "ViewMain."},
+                                                 {&state_->viewTop, prefix + "ViewTop."},
+                                                 {&state_->viewBottom, prefix + "ViewBottom."}};
+  for (const auto& view : views) View().ReadProperties(bag, view.second);
   // The resampling settings check themselves before they change anything.
   state_->resampling.ReadProperties(bag, prefix + "Resampling.");
+  for (const auto& view : views) view.first->ReadProperties(bag, view.second);
 
   const auto nx = static_cast<std::int32_t>(x.size());
   const auto ny = static_cast<std::int32_t>(y.size());

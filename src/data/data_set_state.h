@@ -7,11 +7,13 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "contour/contourer.h"
 #include "orvane/core/event.h"
 #include "orvane/data/data_set.h"
+#include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
 #include "triangulate.h"
 
@@ -62,9 +64,17 @@ struct DataSetState {
   std::int32_t index = 0;  // 1-based position in the owning collection; 0 alone
 
   Event<> changed;  // the owning DataSets relays it as DataChanged
+  // A view's change: the view's plot position and the property's name (DataSets relays
+  // it as ViewChanged).
+  Event<std::int32_t, const std::string&> viewChanged;
+  // Any other change of the data set's settings, prefixed as stored ("Resampling.");
+  // DataSets relays it as PropertyChanged.
+  Event<const std::string&> settingsChanged;
 
   // The resampling settings; a change marks the mesh for rebuild.
   orvane::Resampling resampling;
+  // The views; their plot positions are set when the data set joins a collection.
+  orvane::View viewMain, viewTop, viewBottom;
 
   // n = (v - min) / range on axis 0 (X), 1 (Y), 2 (Z); any other axis gives 0.
   double Normalise(int axis, double value) const;
@@ -90,6 +100,9 @@ struct DataSetState {
   void TraceContours(std::span<const double> levels);
   // Rebuild and tracing, as a frame does before drawing this data set.
   void PrepareForDrawing(std::span<const double> levels = {});
+  // Joining a collection at a 1-based position: stores it, clears (which raises
+  // changed), then gives the views their plot positions 0, 1 and 2.
+  void Join(std::int32_t position);
 };
 
 struct DataSetAccess {

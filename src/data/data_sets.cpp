@@ -1,12 +1,17 @@
 #include "orvane/data/data_sets.h"
 
+#include <string>
+
 #include "data_set_state.h"
 #include "orvane/core/error.h"
+#include "render/view_access.h"
 
 namespace orvane {
 
 namespace {
 constexpr const char* kSource = "Orvada.DataSets";
+// DataChanged, ViewChanged and PropertyChanged of each item.
+constexpr std::size_t kConnectionsPerItem = 3;
 }  // namespace
 
 DataSets::DataSets() { Append(); }
@@ -16,21 +21,29 @@ DataSets::~DataSets() = default;
 void DataSets::Append() {
   auto item = std::make_unique<DataSet>();
   detail::DataSetState& state = detail::DataSetAccess::State(*item);
-  state.index = Count() + 1;
-  const std::int32_t zeroBased = state.index - 1;
+  const std::int32_t position = Count() + 1;
+  const std::int32_t zeroBased = position - 1;
   connections_.push_back(state.changed.Connect([this, zeroBased] {
     if (!suspended_) DataChanged.Raise(zeroBased);
   }));
+  connections_.push_back(
+      state.viewChanged.Connect([this](std::int32_t plotPosition, const std::string& name) {
+        if (!suspended_) ViewChanged.Raise(detail::PlotPositionName(plotPosition), name);
+      }));
+  connections_.push_back(state.settingsChanged.Connect(
+      [this, key = "DataSet" + std::to_string(position) + "."](const std::string& name) {
+        if (!suspended_) PropertyChanged.Raise(key + name);
+      }));
   items_.push_back(std::move(item));
   // Joining the collection clears the new item, which announces it.
-  items_.back()->Clear();
+  state.Join(position);
 }
 
 void DataSets::SetCount(std::int32_t count) {
   if (count <= 0) throw Error(5, kSource);
   while (Count() < count) Append();
   while (Count() > count) {
-    connections_.pop_back();
+    connections_.resize(connections_.size() - kConnectionsPerItem);
     items_.pop_back();
   }
 }

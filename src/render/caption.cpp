@@ -1,38 +1,36 @@
 #include "orvane/render/caption.h"
 
+#include <tuple>
+
+#include "core/property_table.h"
 #include "orvane/core/property_bag.h"
 
 namespace orvane {
+
+// The caption's properties in the order they are stored; the text is stored as "Caption"
+// and the font's attributes are glued to "Font" without a dot.
+struct Caption::Properties {
+  static constexpr detail::Property<Caption, bool> kVisible{"Visible", &Caption::visible_, true};
+  static inline const auto kText =
+      detail::Property<Caption, std::string>{"Text", &Caption::text_, std::string()}.Key("Caption");
+  static inline const auto kStored =
+      std::tuple{kVisible, kText, detail::SubObject<Caption, orvane::Font>{"Font", &Caption::font_}};
+};
 
 Caption::Caption()
     : fontChanged_(font_.FontChanged.Connect([this](const std::string&) {
         PropertyChanged.Raise("Font");
       })) {}
 
-void Caption::SetText(const std::string& value) {
-  if (value == text_) return;
-  text_ = value;
-  PropertyChanged.Raise("Text");
-}
-
-void Caption::SetVisible(bool value) {
-  if (value == visible_) return;
-  visible_ = value;
-  PropertyChanged.Raise("Visible");
-}
+void Caption::SetText(const std::string& value) { Properties::kText.Let(*this, value); }
+void Caption::SetVisible(bool value) { Properties::kVisible.Let(*this, value); }
 
 void Caption::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "Visible", visible_);
-  bag.WriteProperty(prefix + "Caption", text_);
-  font_.WriteProperties(bag, prefix + "Font");
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Caption::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  const bool visible = bag.ReadProperty(prefix + "Visible", true);
-  const std::string text = bag.ReadProperty(prefix + "Caption", "");
-  font_.ReadProperties(bag, prefix + "Font");  // checks before it changes anything
-  SetVisible(visible);
-  SetText(text);
+  detail::ReadAll(bag, prefix, *this, Properties::kStored);
 }
 
 }  // namespace orvane

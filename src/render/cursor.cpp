@@ -1,7 +1,9 @@
 #include "orvane/render/cursor.h"
 
 #include <cmath>
+#include <tuple>
 
+#include "core/property_table.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 
@@ -11,11 +13,11 @@ namespace {
 
 constexpr const char* kSource = "Orvada.Cursor";
 
-void CheckMode(std::int32_t value) {
+void CheckMode(const ECursorMode& value, const char*) {
   if (value < orvCursorModeManual || value > orvCursorModeTrackMouse) throw Error(5, kSource);
 }
 
-void CheckFinite(double value, const char* name) {
+void CheckFinite(const double& value, const char* name) {
   if (!std::isfinite(value)) {
     throw Error(5, kSource, std::string(name) + " must be a finite number.");
   }
@@ -23,61 +25,40 @@ void CheckFinite(double value, const char* name) {
 
 }  // namespace
 
+// The cursor's properties in the order they are stored. The coordinates are stored as
+// bare keys, without the caller's prefix, as stored property sets have them.
+struct Cursor::Properties {
+  template <class T>
+  using P = detail::Property<Cursor, T>;
+  static constexpr P<ECursorMode> kMode{"Mode", &Cursor::mode_, orvCursorModeTrackMouse,
+                                        CheckMode};
+  static constexpr P<bool> kVisible{"Visible", &Cursor::visible_, false};
+  static constexpr auto kXValue = P<double>{"XValue", &Cursor::x_, 0.0, CheckFinite}.Bare();
+  static constexpr auto kYValue = P<double>{"YValue", &Cursor::y_, 0.0, CheckFinite}.Bare();
+  static constexpr auto kZValue = P<double>{"ZValue", &Cursor::z_, 0.0, CheckFinite}.Bare();
+  static constexpr auto kStored =
+      std::tuple{kMode, kVisible, kXValue, kYValue, kZValue,
+                 detail::SubObject<Cursor, orvane::Line>{"Line.", &Cursor::line_}};
+};
+
 Cursor::Cursor()
     : lineChanged_(line_.PropertyChanged.Connect(
           [this](const std::string& name) { PropertyChanged.Raise("Line." + name); })) {}
 
 void Cursor::SetMode(std::int32_t value) {
-  if (value == mode_) return;
-  CheckMode(value);
-  mode_ = static_cast<ECursorMode>(value);
-  PropertyChanged.Raise("Mode");
+  Properties::kMode.Let(*this, static_cast<ECursorMode>(value));
 }
-
-void Cursor::SetVisible(bool value) {
-  if (value == visible_) return;
-  visible_ = value;
-  PropertyChanged.Raise("Visible");
-}
-
-void Cursor::SetValue(double& field, double value, const char* name) {
-  if (value == field) return;
-  CheckFinite(value, name);
-  field = value;
-  PropertyChanged.Raise(name);
-}
-
-void Cursor::SetXValue(double value) { SetValue(x_, value, "XValue"); }
-void Cursor::SetYValue(double value) { SetValue(y_, value, "YValue"); }
-void Cursor::SetZValue(double value) { SetValue(z_, value, "ZValue"); }
+void Cursor::SetVisible(bool value) { Properties::kVisible.Let(*this, value); }
+void Cursor::SetXValue(double value) { Properties::kXValue.Let(*this, value); }
+void Cursor::SetYValue(double value) { Properties::kYValue.Let(*this, value); }
+void Cursor::SetZValue(double value) { Properties::kZValue.Let(*this, value); }
 
 void Cursor::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "Mode", static_cast<std::int32_t>(mode_));
-  bag.WriteProperty(prefix + "Visible", visible_);
-  bag.WriteProperty("XValue", x_);
-  bag.WriteProperty("YValue", y_);
-  bag.WriteProperty("ZValue", z_);
-  line_.WriteProperties(bag, prefix + "Line.");
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Cursor::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  const std::int32_t mode = bag.ReadProperty(prefix + "Mode", std::int32_t{orvCursorModeTrackMouse});
-  const bool visible = bag.ReadProperty(prefix + "Visible", false);
-  const double x = bag.ReadProperty("XValue", 0.0);
-  const double y = bag.ReadProperty("YValue", 0.0);
-  const double z = bag.ReadProperty("ZValue", 0.0);
-  orvane::Line line;
-  line.ReadProperties(bag, prefix + "Line.");
-  CheckMode(mode);
-  CheckFinite(x, "XValue");
-  CheckFinite(y, "YValue");
-  CheckFinite(z, "ZValue");
-  SetMode(mode);
-  SetVisible(visible);
-  SetXValue(x);
-  SetYValue(y);
-  SetZValue(z);
-  line_.CopyFrom(line);
+  detail::ReadAll(bag, prefix, *this, Properties::kStored);
 }
 
 }  // namespace orvane

@@ -2,12 +2,34 @@
 
 #include "orvane/render/faces.h"
 
+#include <tuple>
+
+#include "core/property_table.h"
 #include "orvane/core/property_bag.h"
 
 namespace orvane {
 
 // ---------------------------------------------------------------------------------------
 // Face
+
+// A face's properties in the order they are stored; its lets are ignored while the
+// owner's masters rule.
+struct Face::Properties {
+  template <class T>
+  using P = detail::Property<Face, T>;
+  using SubLine = detail::SubObject<Face, Line>;
+  static constexpr auto kEdgeVisible =
+      P<bool>{"EdgeVisible", &Face::edgeVisible_, true}.IgnoredWhile(&Face::MastersRule);
+  static constexpr auto kFillColor =
+      P<Color>{"FillColor", &Face::fillColor_, 0xFFFFFF}.IgnoredWhile(&Face::MastersRule);
+  static constexpr auto kFillVisible =
+      P<bool>{"FillVisible", &Face::fillVisible_, true}.IgnoredWhile(&Face::MastersRule);
+  static constexpr auto kMajorGridVisible =
+      P<bool>{"MajorGridVisible", &Face::majorGridVisible_, true}.IgnoredWhile(&Face::MastersRule);
+  static constexpr auto kStored =
+      std::tuple{kEdgeVisible, kFillColor, kFillVisible, kMajorGridVisible,
+                 SubLine{"EdgeLine.", &Face::edgeLine_}, SubLine{"MajorGridLine.", &Face::majorGridLine_}};
+};
 
 Face::Face() {
   const std::pair<Line*, std::string> lines[] = {{&majorGridLine_, "MajorGridLine."},
@@ -31,64 +53,54 @@ bool Face::UndoIgnoredChange() {
   return true;
 }
 
-namespace {
-
-template <class T>
-bool Let(T& field, T value, bool ignored) {
-  if (ignored || field == value) return false;
-  field = value;
-  return true;
-}
-
-}  // namespace
-
-void Face::SetFillVisible(bool value) {
-  if (Let(fillVisible_, value, MastersRule())) PropertyChanged.Raise("FillVisible");
-}
-
-void Face::SetFillColor(Color value) {
-  if (Let(fillColor_, value, MastersRule())) PropertyChanged.Raise("FillColor");
-}
-
-void Face::SetMajorGridVisible(bool value) {
-  if (Let(majorGridVisible_, value, MastersRule())) PropertyChanged.Raise("MajorGridVisible");
-}
-
-void Face::SetEdgeVisible(bool value) {
-  if (Let(edgeVisible_, value, MastersRule())) PropertyChanged.Raise("EdgeVisible");
-}
+void Face::SetFillVisible(bool value) { Properties::kFillVisible.Let(*this, value); }
+void Face::SetFillColor(Color value) { Properties::kFillColor.Let(*this, value); }
+void Face::SetMajorGridVisible(bool value) { Properties::kMajorGridVisible.Let(*this, value); }
+void Face::SetEdgeVisible(bool value) { Properties::kEdgeVisible.Let(*this, value); }
 
 void Face::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "EdgeVisible", edgeVisible_);
-  bag.WriteProperty(prefix + "FillColor", static_cast<std::int32_t>(fillColor_));
-  bag.WriteProperty(prefix + "FillVisible", fillVisible_);
-  bag.WriteProperty(prefix + "MajorGridVisible", majorGridVisible_);
-  edgeLine_.WriteProperties(bag, prefix + "EdgeLine.");
-  majorGridLine_.WriteProperties(bag, prefix + "MajorGridLine.");
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Face::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  const bool edgeVisible = bag.ReadProperty(prefix + "EdgeVisible", true);
-  const auto fillColor = static_cast<Color>(bag.ReadProperty(prefix + "FillColor", std::int32_t{0xFFFFFF}));
-  const bool fillVisible = bag.ReadProperty(prefix + "FillVisible", true);
-  const bool gridVisible = bag.ReadProperty(prefix + "MajorGridVisible", true);
-  Line edge;
-  edge.ReadProperties(bag, prefix + "EdgeLine.");
-  Line grid;
-  grid.ReadProperties(bag, prefix + "MajorGridLine.");
+  const auto stored = detail::StageAll(bag, prefix, *this, Properties::kStored);
   const bool wasCopying = copying_;
   copying_ = true;  // stored values count even while the masters rule
-  SetEdgeVisible(edgeVisible);
-  SetFillColor(fillColor);
-  SetFillVisible(fillVisible);
-  SetMajorGridVisible(gridVisible);
-  edgeLine_.CopyFrom(edge);
-  majorGridLine_.CopyFrom(grid);
+  detail::ApplyAll(*this, Properties::kStored, stored);
   copying_ = wasCopying;
 }
 
 // ---------------------------------------------------------------------------------------
 // Faces
+
+// The masters in the order they are stored, then the faces; a master let copies the
+// masters into the faces before it raises.
+struct Faces::Properties {
+  template <class T>
+  using P = detail::Property<Faces, T>;
+  static constexpr auto kFillColorMaster =
+      P<Color>{"FillColorMaster", &Faces::fillColorMaster_, 0xFFFFFF}.Then(
+          &Faces::ApplyMasterProperties);
+  static constexpr auto kFillVisibleMaster =
+      P<bool>{"FillVisibleMaster", &Faces::fillVisibleMaster_, true}.Then(
+          &Faces::ApplyMasterProperties);
+  static constexpr auto kMajorGridVisibleMaster =
+      P<bool>{"MajorGridVisibleMaster", &Faces::majorGridVisibleMaster_, true}.Then(
+          &Faces::ApplyMasterProperties);
+  static constexpr auto kEdgeVisibleMaster =
+      P<bool>{"EdgeVisibleMaster", &Faces::edgeVisibleMaster_, true}.Then(
+          &Faces::ApplyMasterProperties);
+  static constexpr auto kUseMasterProperties =
+      P<bool>{"UseMasterProperties", &Faces::useMasters_, true}.Then(&Faces::ApplyMasterProperties);
+  static constexpr auto kStored = std::tuple{
+      kFillColorMaster, kFillVisibleMaster, kMajorGridVisibleMaster, kEdgeVisibleMaster,
+      kUseMasterProperties,
+      detail::SubObject<Faces, Line>{"EdgeLineMaster.", &Faces::edgeLineMaster_},
+      detail::SubObject<Faces, Line>{"MajorGridLineMaster.", &Faces::majorGridLineMaster_},
+      detail::SubObject<Faces, Face>{"XYFace.", &Faces::xy_},
+      detail::SubObject<Faces, Face>{"XZFace.", &Faces::xz_},
+      detail::SubObject<Faces, Face>{"YZFace.", &Faces::yz_}};
+};
 
 Faces::Faces() {
   const std::pair<Line*, std::string> lines[] = {{&majorGridLineMaster_, "MajorGridLineMaster."},
@@ -127,33 +139,18 @@ void Faces::ApplyMasterProperties() {
   CopyMastersInto(yz_);
 }
 
-template <class T>
-void Faces::MasterLet(T& field, T value, const char* name) {
-  if (field == value) return;
-  field = value;
-  ApplyMasterProperties();
-  PropertyChanged.Raise(name);
+void Faces::SetUseMasterProperties(bool value) {
+  Properties::kUseMasterProperties.Let(*this, value);
 }
-
-void Faces::SetUseMasterProperties(bool value) { MasterLet(useMasters_, value, "UseMasterProperties"); }
-void Faces::SetFillVisibleMaster(bool value) { MasterLet(fillVisibleMaster_, value, "FillVisibleMaster"); }
-void Faces::SetFillColorMaster(Color value) { MasterLet(fillColorMaster_, value, "FillColorMaster"); }
+void Faces::SetFillVisibleMaster(bool value) { Properties::kFillVisibleMaster.Let(*this, value); }
+void Faces::SetFillColorMaster(Color value) { Properties::kFillColorMaster.Let(*this, value); }
 void Faces::SetMajorGridVisibleMaster(bool value) {
-  MasterLet(majorGridVisibleMaster_, value, "MajorGridVisibleMaster");
+  Properties::kMajorGridVisibleMaster.Let(*this, value);
 }
-void Faces::SetEdgeVisibleMaster(bool value) { MasterLet(edgeVisibleMaster_, value, "EdgeVisibleMaster"); }
+void Faces::SetEdgeVisibleMaster(bool value) { Properties::kEdgeVisibleMaster.Let(*this, value); }
 
 void Faces::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "FillColorMaster", static_cast<std::int32_t>(fillColorMaster_));
-  bag.WriteProperty(prefix + "FillVisibleMaster", fillVisibleMaster_);
-  bag.WriteProperty(prefix + "MajorGridVisibleMaster", majorGridVisibleMaster_);
-  bag.WriteProperty(prefix + "EdgeVisibleMaster", edgeVisibleMaster_);
-  bag.WriteProperty(prefix + "UseMasterProperties", useMasters_);
-  edgeLineMaster_.WriteProperties(bag, prefix + "EdgeLineMaster.");
-  majorGridLineMaster_.WriteProperties(bag, prefix + "MajorGridLineMaster.");
-  xy_.WriteProperties(bag, prefix + "XYFace.");
-  xz_.WriteProperties(bag, prefix + "XZFace.");
-  yz_.WriteProperties(bag, prefix + "YZFace.");
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Faces::ReadProperties(const PropertyBag& bag, const std::string& prefix) {

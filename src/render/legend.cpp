@@ -1,21 +1,25 @@
 #include "orvane/render/legend.h"
 
+#include <tuple>
+
+#include "core/property_table.h"
 #include "orvane/core/property_bag.h"
 
 namespace orvane {
 
-void Legend::SetVisible(bool value) {
-  if (value == visible_) return;
-  visible_ = value;
-  PropertyChanged.Raise("Visible");
-}
+struct Legend::Properties {
+  static constexpr detail::Property<Legend, bool> kVisible{"Visible", &Legend::visible_, true};
+  static constexpr auto kStored = std::tuple{kVisible};
+};
+
+void Legend::SetVisible(bool value) { Properties::kVisible.Let(*this, value); }
 
 void Legend::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "Visible", visible_);
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Legend::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  SetVisible(bag.ReadProperty(prefix + "Visible", true));
+  detail::ReadAll(bag, prefix, *this, Properties::kStored);
 }
 
 }  // namespace orvane

@@ -1,5 +1,8 @@
 #include "orvane/render/line.h"
 
+#include <tuple>
+
+#include "core/property_table.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 
@@ -13,7 +16,7 @@ constexpr const char* kCopyPrefix = "Orvada.Line";
 
 constexpr std::uint16_t kStipple[] = {0xFFFF, 0xEEEE, 0xAAAA, 0xD6B4, 0xEAEA};
 
-void CheckDrawStyle(std::int32_t drawStyle) {
+void CheckDrawStyle(const EDrawStyle& drawStyle, const char*) {
   if (drawStyle < orvDrawStyleSolid || drawStyle > orvDrawStyleDashDotDot) {
     throw Error(5, kSource);
   }
@@ -21,24 +24,22 @@ void CheckDrawStyle(std::int32_t drawStyle) {
 
 }  // namespace
 
-void Line::SetColor(orvane::Color color) {
-  if (color == color_) return;
-  color_ = color;
-  PropertyChanged.Raise("Color");
-}
+// The line's properties in the order they are stored.
+struct Line::Properties {
+  template <class T>
+  using P = detail::Property<Line, T>;
+  static constexpr P<orvane::Color> kColor{"Color", &Line::color_, 0};
+  static constexpr P<EDrawStyle> kDrawStyle{"DrawStyle", &Line::drawStyle_, orvDrawStyleSolid,
+                                            CheckDrawStyle};
+  static constexpr P<std::int32_t> kWidth{"Width", &Line::width_, 1};
+  static constexpr auto kStored = std::tuple{kColor, kDrawStyle, kWidth};
+};
 
+void Line::SetColor(orvane::Color color) { Properties::kColor.Let(*this, color); }
 void Line::SetDrawStyle(std::int32_t drawStyle) {
-  if (drawStyle == drawStyle_) return;
-  CheckDrawStyle(drawStyle);
-  drawStyle_ = static_cast<EDrawStyle>(drawStyle);
-  PropertyChanged.Raise("DrawStyle");
+  Properties::kDrawStyle.Let(*this, static_cast<EDrawStyle>(drawStyle));
 }
-
-void Line::SetWidth(std::int32_t width) {
-  if (width == width_) return;
-  width_ = width;
-  PropertyChanged.Raise("Width");
-}
+void Line::SetWidth(std::int32_t width) { Properties::kWidth.Let(*this, width); }
 
 std::uint16_t Line::StipplePattern(EDrawStyle drawStyle) noexcept {
   const auto index = static_cast<std::size_t>(drawStyle);
@@ -46,20 +47,11 @@ std::uint16_t Line::StipplePattern(EDrawStyle drawStyle) noexcept {
 }
 
 void Line::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  // Colours are stored as 32-bit integers; the cast keeps the bit pattern.
-  bag.WriteProperty(prefix + "Color", static_cast<std::int32_t>(color_));
-  bag.WriteProperty(prefix + "DrawStyle", static_cast<std::int32_t>(drawStyle_));
-  bag.WriteProperty(prefix + "Width", width_);
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Line::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  const auto color = static_cast<orvane::Color>(bag.ReadProperty(prefix + "Color", std::int32_t{0}));
-  const std::int32_t drawStyle = bag.ReadProperty(prefix + "DrawStyle", std::int32_t{0});
-  const std::int32_t width = bag.ReadProperty(prefix + "Width", std::int32_t{1});
-  CheckDrawStyle(drawStyle);
-  SetColor(color);
-  SetDrawStyle(drawStyle);
-  SetWidth(width);
+  detail::ReadAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Line::CopyFrom(const Line& other) {

@@ -5,7 +5,9 @@
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
+#include "core/property_table.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 
@@ -16,17 +18,17 @@ namespace {
 constexpr double kLargest = 1.79769313486231e+308;
 constexpr std::array<double, 4> kNoDataLimits{kLargest, -kLargest, kLargest, -kLargest};
 
-void CheckFinite(double value, const char* name) {
+void CheckFinite(const double& value, const char* name) {
   if (!std::isfinite(value)) {
     throw Error(5, "Resampling", std::string(name) + " must be a finite number.");
   }
 }
 
-void CheckIntervalCount(std::int32_t value) {
+void CheckIntervalCount(const std::int32_t& value, const char* = nullptr) {
   if (value < 1) throw Error(5, "Resampling");
 }
 
-void CheckWeightingPower(double value) {
+void CheckWeightingPower(const double& value, const char* = nullptr) {
   if (!std::isfinite(value)) {
     throw Error(5, "Orvada.InverseDistance", "Weighting power must be a finite number.");
   }
@@ -68,23 +70,56 @@ void CheckNNParameter(const std::string& name, double value) {
 // ---------------------------------------------------------------------------------------
 // InverseDistance
 
+// The power is raised and stored as "Weighting".
+struct InverseDistance::Properties {
+  static constexpr detail::Property<InverseDistance, double> kWeightingPower{
+      "Weighting", &InverseDistance::weightingPower_, 2.0, CheckWeightingPower};
+  static constexpr auto kStored = std::tuple{kWeightingPower};
+};
+
 void InverseDistance::SetWeightingPower(double value) {
-  if (value == weightingPower_) return;
-  CheckWeightingPower(value);
-  weightingPower_ = value;
-  PropertyChanged.Raise("Weighting");
+  Properties::kWeightingPower.Let(*this, value);
 }
 
 void InverseDistance::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "Weighting", weightingPower_);
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void InverseDistance::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  SetWeightingPower(bag.ReadProperty(prefix + "Weighting", 2.0));
+  detail::ReadAll(bag, prefix, *this, Properties::kStored);
 }
 
 // ---------------------------------------------------------------------------------------
 // Resampling
+
+// The grid settings in the order they are stored, then the resamplers' parameters. The
+// resampler type is raised and stored as "ResamperType". A limit or AutoRange let applies
+// the automatic range at once (while AutoRange the data's limits win).
+struct Resampling::Properties {
+  template <class T>
+  using P = detail::Property<Resampling, T>;
+  static constexpr auto kAutoRange =
+      P<bool>{"AutoRange", &Resampling::autoRange_, true}.Then(&Resampling::UpdateGrid);
+  static constexpr auto kIntervalCount =
+      P<std::int32_t>{"IntervalCount", &Resampling::intervalCount_, 10, CheckIntervalCount}.Then(
+          &Resampling::ComputeIntervals);
+  static constexpr P<std::int32_t> kResamplerType{"ResamperType", &Resampling::resamplerType_,
+                                                  orvResamplerTypeNone};
+  static constexpr auto kXMax =
+      P<double>{"XMax", &Resampling::xMax_, 0.0, CheckFinite}.Then(&Resampling::UpdateGrid);
+  static constexpr auto kXMin =
+      P<double>{"XMin", &Resampling::xMin_, 0.0, CheckFinite}.Then(&Resampling::UpdateGrid);
+  static constexpr auto kYMax =
+      P<double>{"YMax", &Resampling::yMax_, 0.0, CheckFinite}.Then(&Resampling::UpdateGrid);
+  static constexpr auto kYMin =
+      P<double>{"YMin", &Resampling::yMin_, 0.0, CheckFinite}.Then(&Resampling::UpdateGrid);
+  static constexpr auto kStored = std::tuple{
+      kAutoRange, kIntervalCount, kResamplerType, kXMax, kXMin, kYMax, kYMin,
+      detail::SubObject<Resampling, orvane::Kriging>{"Kriging.", &Resampling::kriging_},
+      detail::SubObject<Resampling, orvane::InverseDistance>{"InverseDistance.",
+                                                             &Resampling::inverseDistance_},
+      detail::SubObject<Resampling, orvane::NNGridR>{"NNGridr", &Resampling::nnGridR_}};
+};
 
 Resampling::Resampling() : dataLimits_(kNoDataLimits) {
   const std::pair<Event<const std::string&>*, std::string> relays[] = {
@@ -111,42 +146,22 @@ void Resampling::ComputeIntervals() {
   yInterval_ = (yMax_ - yMin_) / intervalCount_;
 }
 
-void Resampling::SetAutoRange(bool value) {
-  if (value == autoRange_) return;
-  autoRange_ = value;
+void Resampling::UpdateGrid() {
   ApplyAutoRange();
   ComputeIntervals();
-  PropertyChanged.Raise("AutoRange");
 }
 
+void Resampling::SetAutoRange(bool value) { Properties::kAutoRange.Let(*this, value); }
 void Resampling::SetIntervalCount(std::int32_t value) {
-  if (value == intervalCount_) return;
-  CheckIntervalCount(value);
-  intervalCount_ = value;
-  ComputeIntervals();
-  PropertyChanged.Raise("IntervalCount");
+  Properties::kIntervalCount.Let(*this, value);
 }
-
 void Resampling::SetResamplerType(std::int32_t value) {
-  if (value == resamplerType_) return;
-  resamplerType_ = value;
-  PropertyChanged.Raise("ResamperType");
+  Properties::kResamplerType.Let(*this, value);
 }
-
-template <class T>
-void Resampling::LimitLet(T& field, T value, const char* name) {
-  if (value == field) return;
-  CheckFinite(value, name);
-  field = value;
-  ApplyAutoRange();  // while AutoRange the data's limits win at once
-  ComputeIntervals();
-  PropertyChanged.Raise(name);
-}
-
-void Resampling::SetXMax(double value) { LimitLet(xMax_, value, "XMax"); }
-void Resampling::SetXMin(double value) { LimitLet(xMin_, value, "XMin"); }
-void Resampling::SetYMax(double value) { LimitLet(yMax_, value, "YMax"); }
-void Resampling::SetYMin(double value) { LimitLet(yMin_, value, "YMin"); }
+void Resampling::SetXMax(double value) { Properties::kXMax.Let(*this, value); }
+void Resampling::SetXMin(double value) { Properties::kXMin.Let(*this, value); }
+void Resampling::SetYMax(double value) { Properties::kYMax.Let(*this, value); }
+void Resampling::SetYMin(double value) { Properties::kYMin.Let(*this, value); }
 
 void Resampling::SetDataLimits(double xMin, double xMax, double yMin, double yMax) {
   dataLimits_ = {xMin, xMax, yMin, yMax};
@@ -186,16 +201,7 @@ std::vector<double> Resampling::GridX() const { return Axis(xMin_, xInterval_, i
 std::vector<double> Resampling::GridY() const { return Axis(yMin_, yInterval_, intervalCount_); }
 
 void Resampling::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "AutoRange", autoRange_);
-  bag.WriteProperty(prefix + "IntervalCount", intervalCount_);
-  bag.WriteProperty(prefix + "ResamperType", resamplerType_);
-  bag.WriteProperty(prefix + "XMax", xMax_);
-  bag.WriteProperty(prefix + "XMin", xMin_);
-  bag.WriteProperty(prefix + "YMax", yMax_);
-  bag.WriteProperty(prefix + "YMin", yMin_);
-  kriging_.WriteProperties(bag, prefix + "Kriging.");
-  inverseDistance_.WriteProperties(bag, prefix + "InverseDistance.");
-  nnGridR_.WriteProperties(bag, prefix + "NNGridr");
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
@@ -235,19 +241,30 @@ void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefi
 // ---------------------------------------------------------------------------------------
 // Kriging
 
-template <class T>
-void Kriging::Let(T& field, T value, const char* name) {
-  if (field == value) return;
-  field = value;
-  PropertyChanged.Raise(name);
-}
+// The parameters in the order they are stored; the lets store without checking. Range
+// and Sill are read back from the keys "1" and "2", as stored property sets always were.
+struct Kriging::Properties {
+  template <class T>
+  using P = detail::Property<Kriging, T>;
+  static constexpr P<bool> kAutoSetRange{"AutoSetRange", &Kriging::autoSetRange_, true};
+  static constexpr P<bool> kBlockMode{"BlockMode", &Kriging::blockMode_, true};
+  static constexpr P<std::int32_t> kModelSemiVariogram{"ModelSemiVariogram", &Kriging::model_,
+                                                       orvKrigingMSVLinear};
+  static constexpr P<double> kNugget{"Nugget", &Kriging::nugget_, 1.0};
+  static constexpr auto kRange = P<double>{"Range", &Kriging::range_, 1.0}.ReadKey("1");
+  static constexpr auto kSill = P<double>{"Sill", &Kriging::sill_, 2.0}.ReadKey("2");
+  static constexpr auto kStored =
+      std::tuple{kAutoSetRange, kBlockMode, kModelSemiVariogram, kNugget, kRange, kSill};
+};
 
-void Kriging::SetAutoSetRange(bool value) { Let(autoSetRange_, value, "AutoSetRange"); }
-void Kriging::SetBlockMode(bool value) { Let(blockMode_, value, "BlockMode"); }
-void Kriging::SetModelSemiVariogram(std::int32_t value) { Let(model_, value, "ModelSemiVariogram"); }
-void Kriging::SetNugget(double value) { Let(nugget_, value, "Nugget"); }
-void Kriging::SetRange(double value) { Let(range_, value, "Range"); }
-void Kriging::SetSill(double value) { Let(sill_, value, "Sill"); }
+void Kriging::SetAutoSetRange(bool value) { Properties::kAutoSetRange.Let(*this, value); }
+void Kriging::SetBlockMode(bool value) { Properties::kBlockMode.Let(*this, value); }
+void Kriging::SetModelSemiVariogram(std::int32_t value) {
+  Properties::kModelSemiVariogram.Let(*this, value);
+}
+void Kriging::SetNugget(double value) { Properties::kNugget.Let(*this, value); }
+void Kriging::SetRange(double value) { Properties::kRange.Let(*this, value); }
+void Kriging::SetSill(double value) { Properties::kSill.Let(*this, value); }
 
 void Kriging::Reset() {
   autoSetRange_ = true;
@@ -259,28 +276,11 @@ void Kriging::Reset() {
 }
 
 void Kriging::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
-  bag.WriteProperty(prefix + "AutoSetRange", autoSetRange_);
-  bag.WriteProperty(prefix + "BlockMode", blockMode_);
-  bag.WriteProperty(prefix + "ModelSemiVariogram", model_);
-  bag.WriteProperty(prefix + "Nugget", nugget_);
-  bag.WriteProperty(prefix + "Range", range_);
-  bag.WriteProperty(prefix + "Sill", sill_);
+  detail::WriteAll(bag, prefix, *this, Properties::kStored);
 }
 
 void Kriging::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
-  const bool autoSetRange = bag.ReadProperty(prefix + "AutoSetRange", true);
-  const bool blockMode = bag.ReadProperty(prefix + "BlockMode", true);
-  const std::int32_t model = bag.ReadProperty(prefix + "ModelSemiVariogram", std::int32_t{0});
-  const double nugget = bag.ReadProperty(prefix + "Nugget", 1.0);
-  // Stored property sets have always been read back with these keys for Range and Sill.
-  const double range = bag.ReadProperty(prefix + "1", 1.0);
-  const double sill = bag.ReadProperty(prefix + "2", 2.0);
-  SetAutoSetRange(autoSetRange);
-  SetBlockMode(blockMode);
-  SetModelSemiVariogram(model);
-  SetNugget(nugget);
-  SetRange(range);
-  SetSill(sill);
+  detail::ReadAll(bag, prefix, *this, Properties::kStored);
 }
 
 // ---------------------------------------------------------------------------------------

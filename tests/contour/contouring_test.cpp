@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "orvane/contour/contouring.h"
@@ -228,6 +230,83 @@ TEST(Contouring, LetsRaiseTheirNamesAndPersist) {
   c.ResetToDefaults();
   EXPECT_EQ(c.Contours().Count(), 0);
   EXPECT_EQ(c.AutoSetInterval(), 1.0);
+}
+
+TEST(Contouring, RelaysTheHostsChangesOfALevelUnderItsStoredKey) {
+  Contouring c;
+  c.SetAutoSetContoursType(orvAutoSetOff);
+  c.Contours().Add(0);
+  c.Contours().Add(10);
+  c.Contours().Add(20);
+  EventRecorder events(c.PropertyChanged);
+  c.Contours().Item(1)->SetColor(Rgb(1, 2, 3));
+  c.Contours().Item(1)->SetColor(Rgb(1, 2, 3));  // unchanged: nothing
+  c.Contours().Item(2)->SetLineWidth(3);
+  EXPECT_ORVANE_ERROR(c.Contours().Item(0)->SetLineDrawStyle(8), 5, "Orvada.Contour");
+  EXPECT_EQ(events.names,
+            (std::vector<std::string>{"Contours.Contour1.Color", "Contours.Contour2.LineWidth"}));
+
+  // An insertion below moves the later levels up as fresh copies; they relay under their
+  // new index, and the level the host kept from before relays nothing any more.
+  const std::shared_ptr<Contour> old20 = c.Contours().Item(2);
+  c.Contours().Add(5);
+  events.names.clear();
+  old20->SetColor(7);
+  c.Contours().Item(3)->SetColorBelow(8);   // the level 20
+  c.Contours().Item(1)->SetLineWidth(2);    // the new level 5
+  c.Contours().Item(0)->SetLineWidth(2);    // the level 0 did not move
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Contours.Contour3.ColorBelow",
+                                                    "Contours.Contour1.LineWidth",
+                                                    "Contours.Contour0.LineWidth"}));
+
+  // A removal moves the following levels down, the same objects under smaller indices.
+  const std::shared_ptr<Contour> removed = c.Contours().Item(1);
+  const std::shared_ptr<Contour> moved = c.Contours().Item(3);
+  c.Contours().Remove(1);
+  events.names.clear();
+  removed->SetColor(1);
+  moved->SetColor(1);
+  EXPECT_EQ(events.names, std::vector<std::string>{"Contours.Contour2.Color"});
+
+  c.Contours().RemoveAll();
+  events.names.clear();
+  moved->SetColor(2);
+  EXPECT_TRUE(events.names.empty());
+}
+
+TEST(Contouring, RecolouringAndRebuildingTheLevelsRaiseNothingForTheLevels) {
+  Contouring c;
+  EventRecorder events(c.PropertyChanged);
+  c.AutoSetContours(0, 100);
+  c.SetColorMapType(orvColorMapZebraStriped);
+  c.ApplyColorMap();
+  c.AutoSetContours(0, 50);
+  EXPECT_EQ(events.names, std::vector<std::string>{"ColorMap"});
+  // The rebuilt levels relay the host's changes.
+  c.Contours().Item(10)->SetColor(Rgb(9, 9, 9));
+  EXPECT_EQ(events.names.back(), "Contours.Contour10.Color");
+  EXPECT_EQ(events.names.size(), 2u);
+}
+
+TEST(Contouring, LevelsReadFromABagRelayTheirChanges) {
+  Contouring source;
+  source.AutoSetContours(0, 4);
+  PropertyBag bag;
+  source.WriteProperties(bag, "Contouring.");
+  Contouring c;
+  c.AutoSetContours(0, 1);
+  const std::shared_ptr<Contour> before = c.Contours().Item(0);
+  EventRecorder events(c.PropertyChanged);
+  c.ReadProperties(bag, "Contouring.");
+  events.names.clear();
+  before->SetLineWidth(5);
+  c.Contours().Item(4)->SetLineWidth(5);
+  EXPECT_EQ(events.names, std::vector<std::string>{"Contours.Contour4.LineWidth"});
+  // A collection of its own has no one to tell.
+  Contours alone;
+  alone.Add(1);
+  alone.Item(0)->SetColor(3);
+  EXPECT_EQ(alone.Item(0)->Color(), 3u);
 }
 
 }  // namespace

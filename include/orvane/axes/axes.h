@@ -75,11 +75,9 @@ class Axes {
 
  private:
   friend class Axis;
+  struct Properties;
   // Copies the masters into one axis, accepted whatever the axis's own rule says.
   void CopyMastersInto(Axis& axis);
-  // Stores a master, copies the masters into the axes and announces the change.
-  template <class T>
-  void MasterLet(T& field, const T& value, const char* name);
 
   bool useMasters_ = true;
   bool keepXYAspectRatio_ = false;

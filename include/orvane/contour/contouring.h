@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -71,6 +72,14 @@ class Contour {
 /// shared objects: one moved by an insertion is replaced by a fresh copy.
 class Contours {
  public:
+  /// No levels.
+  Contours() = default;
+  Contours(const Contours&) = delete;
+  Contours& operator=(const Contours&) = delete;
+  /// Takes the other collection's levels; this collection's owner keeps hearing of
+  /// their changes.
+  Contours& operator=(Contours&& other) noexcept;
+
   /// "Add a Contour item to the collection." Inserted after any levels of equal value;
   /// a negative colour (the default) leaves that colour 0. Always returns 0.
   std::int32_t Add(double value, std::int64_t color = -1, std::int64_t colorBelow = -1);
@@ -88,6 +97,7 @@ class Contours {
   /// "Remove all items from the collection."
   void RemoveAll() noexcept {
     items_.clear();
+    relays_.clear();
     ordered_ = true;
   }
 
@@ -97,17 +107,26 @@ class Contours {
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
 
  private:
+  friend class Contouring;
   // Index at which Add puts value: the first level above it, else Count.
   std::size_t InsertionIndex(double value) const;
+  // Hands the changes of the levels from index from on to relay_, each with its index.
+  void Reconnect(std::size_t from = 0);
 
   std::vector<std::shared_ptr<Contour>> items_;
+  // Set by the owning Contouring: called with a level's index and property name.
+  std::function<void(std::size_t, const std::string&)> relay_;
+  std::vector<Connection> relays_;  // one per level while relay_ is set
   // The values ascend (ties allowed) and none is NaN, so the insertion index can be found
   // by bisection. Only a NaN level or levels read unsorted from a bag clear it.
   bool ordered_ = true;
 };
 
 /// The contour levels of the control, their automatic rebuilding, their colouring from a
-/// colour map, and FindColor, which turns a Z value into a colour.
+/// colour map, and FindColor, which turns a Z value into a colour. A change the host makes
+/// to a level raises PropertyChanged under the key the level is stored under, such as
+/// "Contours.Contour3.Color"; the recolouring done by ApplyColorMap and AutoSetContours
+/// raises nothing.
 class Contouring {
  public:
   /// Levels by interval count (10), rainbow colours, no levels yet.
@@ -168,12 +187,13 @@ class Contouring {
   /// Reads them with the defaults; a bad bag changes nothing.
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
 
-  /// Raised with the property's name after a change.
+  /// Raised with the property's name after a change; a level's change comes as
+  /// "Contours.Contour", its index, a point and its name, the user map's as
+  /// "UserColorMap." and the name.
   Event<const std::string&> PropertyChanged;
 
  private:
-  template <class T>
-  void Let(T& field, T value, const char* name);
+  struct Properties;
   void CaptureLevelColors();
 
   ColorMap workingMap_;
@@ -185,6 +205,7 @@ class Contouring {
   std::int32_t autoSetIntervalCount_ = 10;
   std::int32_t colorMapType_ = orvColorMapRainbow;
   bool interpolateColors_ = false;
+  bool recolouring_ = false;  // levels' changes are not relayed while set
   Connection userMapChanged_;
 };
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "orvane/core/array.h"
 #include "orvane/core/event.h"
@@ -11,6 +12,7 @@ namespace orvane {
 
 class PropertyBag;
 class Resampling;
+class View;
 
 namespace detail {
 struct DataSetState;
@@ -19,8 +21,8 @@ struct DataSetAccess;
 
 /// One set of plotted data: the input points (a rectangular grid or scattered points),
 /// their limits, the triangulated or grid mesh drawn from them, the data hull and an
-/// optional user hull. Obtained from DataSets::Item. Failing calls raise orvane::Error
-/// with source "Orvadis.Dataset".
+/// optional user hull, and the three views through which it is drawn. Obtained from
+/// DataSets::Item. Failing calls raise orvane::Error with source "Orvadis.Dataset".
 class DataSet {
  public:
   /// An empty data set (no data, ranges 1).
@@ -81,22 +83,39 @@ class DataSet {
   orvane::Resampling& Resampling() noexcept;
   /// The same, read-only.
   const orvane::Resampling& Resampling() const noexcept;
+  /// "Returns a reference to the 3 dimensional View of the dataset inside the plot cube."
+  /// Plot position 0 ("Main").
+  orvane::View& ViewMain() noexcept;
+  /// The same, read-only.
+  const orvane::View& ViewMain() const noexcept;
+  /// "Returns a reference to the 2 dimensional View of the dataset on the top face of the
+  /// plot cube." Plot position 1 ("Top").
+  orvane::View& ViewTop() noexcept;
+  /// The same, read-only.
+  const orvane::View& ViewTop() const noexcept;
+  /// "Returns a reference to the 2 dimensional View of the dataset on the bottom face of
+  /// the plot cube." Plot position 2 ("Bottom").
+  orvane::View& ViewBottom() noexcept;
+  /// The same, read-only.
+  const orvane::View& ViewBottom() const noexcept;
 
   /// Writes the data under prefix: "DataType", "Count", "X", "Y", "Z" and, with a user
-  /// hull, "UserHull.X" and "UserHull.Y"; then the resampling under "Resampling.".
+  /// hull, "UserHull.X" and "UserHull.Y"; then the views under "ViewMain.", "ViewTop.",
+  /// "ViewBottom." and the resampling under "Resampling.".
   void WriteContents(PropertyBag& bag, const std::string& prefix) const;
-  /// Restores data written by WriteContents through the setters. Inconsistent stored
-  /// data raises error 5 and leaves the data set as it was.
+  /// Restores what WriteContents wrote, the data through the setters. Inconsistent stored
+  /// data or a bad view or resampling value raises error 5 and leaves the data set as it was.
   void ReadContents(const PropertyBag& bag, const std::string& prefix);
 
-  /// A change of the resampling settings, with the prefix "Resampling." (such as
-  /// "Resampling.IntervalCount" or "Resampling.Kriging.Range").
+  /// A change of a view's or the resampling's settings, under the prefix it is stored
+  /// under: "ViewMain.", "ViewTop.", "ViewBottom." or "Resampling." (such as
+  /// "ViewTop.MeshLine.Color" or "Resampling.Kriging.Range").
   Event<const std::string&> PropertyChanged;
 
  private:
   friend struct detail::DataSetAccess;
   std::unique_ptr<detail::DataSetState> state_;
-  Connection resamplingRelay_;
+  std::vector<Connection> relays_;
 };
 
 }  // namespace orvane

@@ -11,7 +11,9 @@
 namespace orvane {
 
 /// The collection of data sets of a control; a new one holds one data set. Indices are
-/// zero-based. Relays each item's changes as DataChanged with the item's index.
+/// zero-based. Each change of an item comes up as exactly one event: a data change as
+/// DataChanged, a view's change as ViewChanged, any other settings change as
+/// PropertyChanged.
 class DataSets {
  public:
   /// A collection with one empty data set.
@@ -33,7 +35,7 @@ class DataSets {
   /// "Resets each dataset in the collection to its initial state." Clears every item in order.
   void ClearAll();
 
-  /// While true, neither DataChanged nor ViewChanged is raised (set while loading).
+  /// While true, none of the three events is raised (set while loading).
   void SetEventsSuspended(bool suspended) noexcept { suspended_ = suspended; }
   /// Whether events are suspended.
   bool EventsSuspended() const noexcept { return suspended_; }
@@ -61,9 +63,13 @@ class DataSets {
 
   /// "Raised when the input data has changed." With the item's zero-based index.
   Event<std::int32_t> DataChanged;
-  /// "Raised when formatting has changed for a plot." With "Main", "Top" or "Bottom" and
-  /// the property name.
+  /// "Raised when formatting has changed for a plot." With the view's plot position as
+  /// "Main", "Top" or "Bottom" and the view's property name ("Visible", "MeshLine.Color").
   Event<const std::string&, const std::string&> ViewChanged;
+  /// An item's settings other than its views changed: "DataSet", the item's 1-based
+  /// position, a point and the item's name, which is the key it is stored under below
+  /// "Datasets." (such as "DataSet1.Resampling.IntervalCount").
+  Event<const std::string&> PropertyChanged;
 
  private:
   void Append();

@@ -38,6 +38,8 @@ class Caption {
   Event<const std::string&> PropertyChanged;
 
  private:
+  struct Properties;
+
   std::string text_;
   bool visible_ = true;
   orvane::Font font_{"Arial", 10.0, true};

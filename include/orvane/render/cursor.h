@@ -58,7 +58,7 @@ class Cursor {
   Event<const std::string&> PropertyChanged;
 
  private:
-  void SetValue(double& field, double value, const char* name);
+  struct Properties;
 
   orvane::Line line_;
   ECursorMode mode_ = orvCursorModeTrackMouse;

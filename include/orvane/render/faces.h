@@ -53,6 +53,7 @@ class Face {
 
  private:
   friend class Faces;
+  struct Properties;
   bool MastersRule() const;
   bool UndoIgnoredChange();
 
@@ -124,9 +125,8 @@ class Faces {
 
  private:
   friend class Face;
+  struct Properties;
   void CopyMastersInto(Face& face);
-  template <class T>
-  void MasterLet(T& field, T value, const char* name);
 
   bool useMasters_ = true;
   bool fillVisibleMaster_ = true;

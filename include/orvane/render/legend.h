@@ -25,6 +25,7 @@ class Legend {
   Event<const std::string&> PropertyChanged;
 
  private:
+  struct Properties;
   bool visible_ = true;
 };
 

@@ -60,6 +60,8 @@ class Line {
   Event<const std::string&> PropertyChanged;
 
  private:
+  struct Properties;
+
   orvane::Color color_ = 0;
   EDrawStyle drawStyle_ = orvDrawStyleSolid;
   std::int32_t width_ = 1;

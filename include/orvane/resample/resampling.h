@@ -41,6 +41,7 @@ class InverseDistance {
   Event<const std::string&> PropertyChanged;
 
  private:
+  struct Properties;
   double weightingPower_ = 2.0;
 };
 
@@ -95,8 +96,7 @@ class Kriging {
   Event<const std::string&> PropertyChanged;
 
  private:
-  template <class T>
-  void Let(T& field, T value, const char* name);
+  struct Properties;
 
   bool autoSetRange_ = true;
   bool blockMode_ = true;
@@ -229,10 +229,11 @@ class Resampling {
   Event<const std::string&> PropertyChanged;
 
  private:
+  struct Properties;
   void ApplyAutoRange();
   void ComputeIntervals();
-  template <class T>
-  void LimitLet(T& field, T value, const char* name);
+  // ApplyAutoRange, then ComputeIntervals: after a limit or AutoRange changes.
+  void UpdateGrid();
 
   bool autoRange_ = true;
   std::int32_t intervalCount_ = 10;

@@ -1,0 +1,462 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "orvane/core/color.h"
+#include "orvane/core/property_bag.h"
+#include "orvane/render/marker.h"
+#include "orvane/render/view.h"
+#include "support/event_recorder.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+using testing::EventRecorder;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+std::vector<std::string> Keys(const PropertyBag& bag) {
+  std::vector<std::string> keys;
+  for (const auto& item : bag.Items()) keys.push_back(item.first);
+  return keys;
+}
+
+// ---------------------------------------------------------------------------------------
+// Marker
+
+TEST(Marker, ShapeConstantsKeepTheirPublicValues) {
+  EXPECT_EQ(orvMarkerShape3DCube, 0);
+  EXPECT_EQ(orvMarkerShape3DPyramid, 1);
+  EXPECT_EQ(orvMarkerShape2DSquare, 10);
+  EXPECT_EQ(orvMarkerShape2DTriangle, 11);
+  EXPECT_EQ(orvMarkerShape2DCircle, 12);
+  EXPECT_EQ(orvMarkerShape2DPlus, 13);
+  EXPECT_EQ(orvMarkerShape2DCross, 14);
+}
+
+TEST(Marker, NewMarkerIsAHiddenYellowCubeOfSizeThree) {
+  const Marker marker;
+  EXPECT_FALSE(marker.Visible());
+  EXPECT_EQ(marker.Shape(), orvMarkerShape3DCube);
+  EXPECT_EQ(marker.Size(), 3.0);
+  EXPECT_TRUE(marker.FillVisible());
+  EXPECT_EQ(marker.FillColor(), 0x00FFFFu);
+  EXPECT_TRUE(marker.EdgeVisible());
+  EXPECT_EQ(marker.EdgeLine().Color(), 0u);
+  EXPECT_EQ(marker.EdgeLine().DrawStyle(), orvDrawStyleSolid);
+  EXPECT_EQ(marker.EdgeLine().Width(), 1);
+}
+
+TEST(Marker, LetsRaiseTheirNamesOnlyOnChangeAndTheEdgeLineBubbles) {
+  Marker marker;
+  EventRecorder events(marker.PropertyChanged);
+  marker.SetVisible(false);
+  marker.SetVisible(true);
+  marker.SetShape(orvMarkerShape3DCube);
+  marker.SetShape(orvMarkerShape2DCross);
+  marker.SetSize(3.0);
+  marker.SetSize(0.0);  // no marker at all, but a legal size
+  marker.SetFillVisible(false);
+  marker.SetFillColor(0x00FFFF);
+  marker.SetFillColor(Rgb(1, 2, 3));
+  marker.SetEdgeVisible(false);
+  marker.EdgeLine().SetWidth(2);
+  marker.EdgeLine().SetDrawStyle(orvDrawStyleDot);
+  EXPECT_EQ(events.names,
+            (std::vector<std::string>{"Visible", "Shape", "Size", "FillVisible", "FillColor",
+                                      "EdgeVisible", "EdgeLine.Width", "EdgeLine.DrawStyle"}));
+  EXPECT_EQ(marker.Shape(), orvMarkerShape2DCross);
+  EXPECT_EQ(marker.Size(), 0.0);
+}
+
+TEST(Marker, EveryShapeConstantIsAcceptedAndNothingElse) {
+  Marker marker;
+  for (std::int32_t shape : {1, 10, 11, 12, 13, 14, 0}) {
+    marker.SetShape(shape);
+    EXPECT_EQ(marker.Shape(), shape);
+  }
+  marker.SetShape(orvMarkerShape2DCircle);
+  EventRecorder events(marker.PropertyChanged);
+  for (std::int32_t bad : {2, 9, 15, -1, 100, std::numeric_limits<std::int32_t>::min()}) {
+    EXPECT_ORVANE_ERROR(marker.SetShape(bad), 5, "Orvada.Marker",
+                        "Invalid procedure call or argument")
+        << bad;
+  }
+  EXPECT_EQ(marker.Shape(), orvMarkerShape2DCircle);
+  EXPECT_TRUE(events.names.empty());
+}
+
+TEST(Marker, SizeMustBeFiniteAndNotNegative) {
+  Marker marker;
+  marker.SetSize(7.5);
+  EventRecorder events(marker.PropertyChanged);
+  for (double bad : {kNaN, kInfinity, -kInfinity, -1e-300, -1.0}) {
+    EXPECT_ORVANE_ERROR(marker.SetSize(bad), 5, "Orvada.Marker",
+                        "Size must be a finite number of 0 or more.")
+        << bad;
+  }
+  EXPECT_EQ(marker.Size(), 7.5);
+  EXPECT_TRUE(events.names.empty());
+  marker.SetSize(1e300);
+  EXPECT_EQ(events.names, std::vector<std::string>{"Size"});
+}
+
+TEST(Marker, PersistsItsKeysInOrderAndRoundTrips) {
+  Marker marker;
+  marker.SetVisible(true);
+  marker.SetShape(orvMarkerShape2DTriangle);
+  marker.SetSize(4.25);
+  marker.SetFillVisible(false);
+  marker.SetFillColor(0x80123456u);
+  marker.SetEdgeVisible(false);
+  marker.EdgeLine().SetColor(Rgb(9, 9, 9));
+  PropertyBag bag;
+  marker.WriteProperties(bag, "M.");
+  EXPECT_EQ(Keys(bag), (std::vector<std::string>{"M.FillColor", "M.EdgeVisible", "M.FillVisible",
+                                                 "M.Shape", "M.Size", "M.Visible",
+                                                 "M.EdgeLine.Color", "M.EdgeLine.DrawStyle",
+                                                 "M.EdgeLine.Width"}));
+  EXPECT_EQ(bag.TypeOf("M.FillColor"), PropertyType::Long);
+  EXPECT_EQ(bag.TypeOf("M.Shape"), PropertyType::Long);
+  EXPECT_EQ(bag.TypeOf("M.Size"), PropertyType::Double);
+  EXPECT_EQ(bag.TypeOf("M.Visible"), PropertyType::Boolean);
+
+  PropertyBag stored;
+  stored.SetContents(bag.Contents());
+  Marker copy;
+  EventRecorder events(copy.PropertyChanged);
+  copy.ReadProperties(stored, "M.");
+  EXPECT_TRUE(copy.Visible());
+  EXPECT_EQ(copy.Shape(), orvMarkerShape2DTriangle);
+  EXPECT_EQ(copy.Size(), 4.25);
+  EXPECT_FALSE(copy.FillVisible());
+  EXPECT_EQ(copy.FillColor(), 0x80123456u);
+  EXPECT_FALSE(copy.EdgeVisible());
+  EXPECT_EQ(copy.EdgeLine().Color(), Rgb(9, 9, 9));
+  EXPECT_EQ(events.names,
+            (std::vector<std::string>{"FillColor", "EdgeVisible", "FillVisible", "Shape", "Size",
+                                      "Visible", "EdgeLine.Color"}));
+
+  copy.ReadProperties(PropertyBag(), "M.");  // no keys: the defaults
+  EXPECT_FALSE(copy.Visible());
+  EXPECT_EQ(copy.Shape(), orvMarkerShape3DCube);
+  EXPECT_EQ(copy.Size(), 3.0);
+  EXPECT_EQ(copy.FillColor(), 0x00FFFFu);
+  EXPECT_EQ(copy.EdgeLine().Color(), 0u);
+}
+
+TEST(Marker, ABadStoredValueChangesNothing) {
+  Marker marker;
+  marker.SetSize(5.0);
+  EventRecorder events(marker.PropertyChanged);
+  PropertyBag badShape;
+  badShape.WriteProperty("M.Visible", true);
+  badShape.WriteProperty("M.Shape", std::int32_t{9});
+  EXPECT_ORVANE_ERROR(marker.ReadProperties(badShape, "M."), 5, "Orvada.Marker");
+  PropertyBag badSize;
+  badSize.WriteProperty("M.Visible", true);
+  badSize.WriteProperty("M.Size", -2.0);
+  EXPECT_ORVANE_ERROR(marker.ReadProperties(badSize, "M."), 5, "Orvada.Marker",
+                      "Size must be a finite number of 0 or more.");
+  PropertyBag badLine;
+  badLine.WriteProperty("M.Visible", true);
+  badLine.WriteProperty("M.EdgeLine.DrawStyle", std::int32_t{5});
+  EXPECT_ORVANE_ERROR(marker.ReadProperties(badLine, "M."), 5, "Orvada.Line");
+  EXPECT_FALSE(marker.Visible());
+  EXPECT_EQ(marker.Size(), 5.0);
+  EXPECT_TRUE(events.names.empty());
+}
+
+TEST(Marker, CopyFromTakesEveryPropertyWithItsEvents) {
+  Marker source;
+  source.SetShape(orvMarkerShape2DPlus);
+  source.SetFillColor(Rgb(0, 0, 255));
+  source.EdgeLine().SetWidth(3);
+  Marker target;
+  target.SetSize(9.0);
+  EventRecorder events(target.PropertyChanged);
+  target.CopyFrom(source);
+  EXPECT_EQ(target.Shape(), orvMarkerShape2DPlus);
+  EXPECT_EQ(target.FillColor(), Rgb(0, 0, 255));
+  EXPECT_EQ(target.Size(), 3.0);
+  EXPECT_EQ(target.EdgeLine().Width(), 3);
+  EXPECT_EQ(events.names,
+            (std::vector<std::string>{"FillColor", "Shape", "Size", "EdgeLine.Width"}));
+  target.CopyFrom(target);
+  EXPECT_EQ(events.names.size(), 4u);
+}
+
+// ---------------------------------------------------------------------------------------
+// View
+
+TEST(View, NewViewHasTheDocumentedDefaults) {
+  const View view;
+  EXPECT_TRUE(view.Visible());
+  EXPECT_TRUE(view.UseMasterProperties());
+  EXPECT_TRUE(view.ContourFillVisible());
+  EXPECT_TRUE(view.ContourLinesVisible());
+  EXPECT_FALSE(view.MeshVisible());
+  EXPECT_TRUE(view.DataHullVisible());
+  EXPECT_FALSE(view.UserHullVisible());
+  EXPECT_FALSE(view.UserHullClipping());
+  EXPECT_FALSE(view.TransparencyOn());
+  EXPECT_EQ(view.Transparency(), 0.5);
+  EXPECT_FALSE(view.ContourLabelsVisible());
+  EXPECT_TRUE(view.ContourLabelsRotation());
+  EXPECT_TRUE(view.ContourLabelsEdgeVisible());
+  EXPECT_TRUE(view.ContourLabelsFillVisible());
+  EXPECT_EQ(view.ContourLabelsFillColor(), 0x00FFFFu);
+  EXPECT_EQ(view.ContourLabelsDensity(), 4);
+  EXPECT_EQ(view.ContourLabelsLevelSkipping(), 0);
+  for (const Line* line : {&view.ContourLinesMaster(), &view.MeshLine(), &view.DataHullLine(),
+                           &view.UserHullLine(), &view.ContourLabelsEdgeLine()}) {
+    EXPECT_EQ(line->Color(), 0u);
+    EXPECT_EQ(line->DrawStyle(), orvDrawStyleSolid);
+    EXPECT_EQ(line->Width(), 1);
+  }
+  EXPECT_FALSE(view.DataMarkersMaster().Visible());
+  EXPECT_EQ(view.DataMarkersMaster().Size(), 3.0);
+}
+
+// Each let with a new value raises the name the property is stored under, once; the same
+// value again raises nothing.
+TEST(View, EachLetRaisesItsStoredNameOnceAndNothingWhenUnchanged) {
+  const std::vector<std::pair<std::function<void(View&)>, std::string>> lets = {
+      {[](View& v) { v.SetVisible(false); }, "Visible"},
+      {[](View& v) { v.SetUseMasterProperties(false); }, "UseMasterProperties"},
+      {[](View& v) { v.SetContourFillVisible(false); }, "ContourFillVisible"},
+      {[](View& v) { v.SetContourLinesVisible(false); }, "ContourLinesVisible"},
+      {[](View& v) { v.SetMeshVisible(true); }, "MeshVisible"},
+      {[](View& v) { v.SetDataHullVisible(false); }, "DataHullVisible"},
+      {[](View& v) { v.SetUserHullVisible(true); }, "UserHullVisible"},
+      {[](View& v) { v.SetUserHullClipping(true); }, "ClipToUserHull"},
+      {[](View& v) { v.SetTransparencyOn(true); }, "TransparencyOn"},
+      {[](View& v) { v.SetTransparency(0.25); }, "Transparency"},
+      {[](View& v) { v.SetContourLabelsVisible(true); }, "ContourLabelsVisible"},
+      {[](View& v) { v.SetContourLabelsRotation(false); }, "ContourLabelRotation"},
+      {[](View& v) { v.SetContourLabelsEdgeVisible(false); }, "ContourLabelEdgeVisible"},
+      {[](View& v) { v.SetContourLabelsFillVisible(false); }, "ContourLabelFillVisible"},
+      {[](View& v) { v.SetContourLabelsFillColor(Rgb(255, 0, 0)); }, "ContourLabelColor"},
+      {[](View& v) { v.SetContourLabelsDensity(0); }, "ContourLabelDensity"},
+      {[](View& v) { v.SetContourLabelsLevelSkipping(2); }, "ContourLabelLevelSkipping"},
+  };
+  for (const auto& [let, name] : lets) {
+    View view;
+    EventRecorder events(view.PropertyChanged);
+    let(view);
+    let(view);
+    EXPECT_EQ(events.names, std::vector<std::string>{name});
+  }
+}
+
+TEST(View, SubObjectChangesBubbleUnderTheirStoredPrefixes) {
+  View view;
+  EventRecorder events(view.PropertyChanged);
+  view.MeshLine().SetColor(Rgb(1, 1, 1));
+  view.ContourLinesMaster().SetWidth(2);
+  view.ContourLabelsEdgeLine().SetDrawStyle(orvDrawStyleDash);
+  view.DataHullLine().SetColor(Rgb(2, 2, 2));
+  view.UserHullLine().SetWidth(0);
+  view.DataMarkersMaster().SetVisible(true);
+  view.DataMarkersMaster().EdgeLine().SetColor(Rgb(3, 3, 3));
+  view.MeshLine().SetColor(Rgb(1, 1, 1));  // unchanged: nothing
+  EXPECT_EQ(events.names,
+            (std::vector<std::string>{"MeshLine.Color", "ContourLinesMaster.Width",
+                                      "ContourLabelsEdgeLine.DrawStyle", "DataHullLine.Color",
+                                      "UserHullLine.Width", "DataMarkerMaster.Visible",
+                                      "DataMarkerMaster.EdgeLine.Color"}));
+}
+
+TEST(View, RefusedValuesKeepTheOldOneAndRaiseNothing) {
+  View view;
+  view.SetTransparency(0.75);
+  view.SetContourLabelsDensity(6);
+  view.SetContourLabelsLevelSkipping(1);
+  EventRecorder events(view.PropertyChanged);
+  const std::string standard = "Invalid procedure call or argument";
+  EXPECT_ORVANE_ERROR(view.SetContourLabelsDensity(-1), 5, "Orvada.View", standard);
+  EXPECT_ORVANE_ERROR(view.SetContourLabelsLevelSkipping(-1), 5, "Orvada.View", standard);
+  EXPECT_ORVANE_ERROR(view.SetContourLabelsLevelSkipping(std::numeric_limits<std::int32_t>::min()),
+                      5, "Orvada.View", standard);
+  for (double bad : {1.0000001, -1e-300, -0.5, kInfinity, -kInfinity}) {
+    EXPECT_ORVANE_ERROR(view.SetTransparency(bad), 5, "Orvada.View", standard) << bad;
+  }
+  EXPECT_ORVANE_ERROR(view.SetTransparency(kNaN), 5, "Orvada.View",
+                      "Transparency must be a number from 0 to 1.");
+  EXPECT_EQ(view.Transparency(), 0.75);
+  EXPECT_EQ(view.ContourLabelsDensity(), 6);
+  EXPECT_EQ(view.ContourLabelsLevelSkipping(), 1);
+  EXPECT_TRUE(events.names.empty());
+  // The ends of the range are legal.
+  view.SetTransparency(0.0);
+  view.SetTransparency(1.0);
+  view.SetContourLabelsLevelSkipping(0);
+  EXPECT_EQ(events.names, (std::vector<std::string>{"Transparency", "Transparency",
+                                                    "ContourLabelLevelSkipping"}));
+}
+
+TEST(View, SettingAMasterCopiesTheOtherObjectIn) {
+  View view;
+  Line line;
+  line.SetColor(Rgb(10, 20, 30));
+  line.SetWidth(3);
+  Marker marker;
+  marker.SetVisible(true);
+  marker.SetShape(orvMarkerShape2DCircle);
+  marker.EdgeLine().SetDrawStyle(orvDrawStyleDashDot);
+  EventRecorder events(view.PropertyChanged);
+  view.SetContourLinesMaster(line);
+  view.SetDataMarkersMaster(marker);
+  EXPECT_EQ(events.names,
+            (std::vector<std::string>{"ContourLinesMaster.Color", "ContourLinesMaster.Width",
+                                      "DataMarkerMaster.Shape", "DataMarkerMaster.Visible",
+                                      "DataMarkerMaster.EdgeLine.DrawStyle"}));
+  EXPECT_EQ(view.ContourLinesMaster().Color(), Rgb(10, 20, 30));
+  EXPECT_EQ(view.DataMarkersMaster().Shape(), orvMarkerShape2DCircle);
+  // A copy, not a share: later changes of the originals stay there.
+  line.SetWidth(9);
+  marker.SetSize(8.0);
+  EXPECT_EQ(view.ContourLinesMaster().Width(), 3);
+  EXPECT_EQ(view.DataMarkersMaster().Size(), 3.0);
+  // Setting a master to itself or to equal values changes nothing.
+  view.SetContourLinesMaster(view.ContourLinesMaster());
+  view.SetDataMarkersMaster(view.DataMarkersMaster());
+  EXPECT_EQ(events.names.size(), 5u);
+}
+
+TEST(View, PersistsEveryKeyInItsStoredOrder) {
+  const View view;
+  PropertyBag bag;
+  view.WriteProperties(bag, "Datasets.DataSet1.ViewMain.");
+  std::vector<std::string> expected;
+  const auto line = [&expected](const std::string& prefix) {
+    for (const char* key : {"Color", "DrawStyle", "Width"}) expected.push_back(prefix + key);
+  };
+  for (const char* key : {"Visible", "UseMasterProperties", "MeshVisible"}) expected.push_back(key);
+  line("MeshLine.");
+  expected.push_back("ContourFillVisible");
+  expected.push_back("ContourLinesVisible");
+  line("ContourLinesMaster.");
+  for (const char* key : {"ContourLabelsVisible", "ContourLabelRotation", "ContourLabelEdgeVisible",
+                          "ContourLabelFillVisible", "ContourLabelColor", "ContourLabelDensity",
+                          "ContourLabelLevelSkipping"}) {
+    expected.push_back(key);
+  }
+  line("ContourLabelsEdgeLine.");
+  expected.push_back("DataHullVisible");
+  line("DataHullLine.");
+  expected.push_back("UserHullVisible");
+  line("UserHullLine.");
+  for (const char* key : {"ClipToUserHull", "Transparency", "TransparencyOn",
+                          "DataMarkerMaster.FillColor", "DataMarkerMaster.EdgeVisible",
+                          "DataMarkerMaster.FillVisible", "DataMarkerMaster.Shape",
+                          "DataMarkerMaster.Size", "DataMarkerMaster.Visible"}) {
+    expected.push_back(key);
+  }
+  line("DataMarkerMaster.EdgeLine.");
+  for (std::string& key : expected) key = "Datasets.DataSet1.ViewMain." + key;
+  EXPECT_EQ(Keys(bag), expected);
+
+  const std::string p = "Datasets.DataSet1.ViewMain.";
+  EXPECT_EQ(bag.TypeOf(p + "ContourLabelColor"), PropertyType::Long);
+  EXPECT_EQ(bag.ReadProperty(p + "ContourLabelColor", std::int32_t{0}), 0xFFFF);
+  EXPECT_EQ(bag.TypeOf(p + "ContourLabelDensity"), PropertyType::Long);
+  EXPECT_EQ(bag.ReadProperty(p + "ContourLabelDensity", std::int32_t{0}), 4);
+  EXPECT_EQ(bag.TypeOf(p + "Transparency"), PropertyType::Double);
+  EXPECT_EQ(bag.ReadProperty(p + "Transparency", 0.0), 0.5);
+  EXPECT_EQ(bag.TypeOf(p + "ClipToUserHull"), PropertyType::Boolean);
+}
+
+TEST(View, RoundTripsThroughStoredContentsAndAnEmptyBagRestoresTheDefaults) {
+  View view;
+  view.SetVisible(false);
+  view.SetUseMasterProperties(false);
+  view.SetMeshVisible(true);
+  view.MeshLine().SetWidth(2);
+  view.SetContourFillVisible(false);
+  view.SetContourLinesVisible(false);
+  view.ContourLinesMaster().SetColor(Rgb(0, 128, 0));
+  view.SetContourLabelsVisible(true);
+  view.SetContourLabelsRotation(false);
+  view.SetContourLabelsEdgeVisible(false);
+  view.SetContourLabelsFillVisible(false);
+  view.SetContourLabelsFillColor(0x80FF00FFu);
+  view.SetContourLabelsDensity(9);
+  view.SetContourLabelsLevelSkipping(3);
+  view.ContourLabelsEdgeLine().SetDrawStyle(orvDrawStyleDot);
+  view.SetDataHullVisible(false);
+  view.DataHullLine().SetWidth(4);
+  view.SetUserHullVisible(true);
+  view.UserHullLine().SetColor(Rgb(255, 0, 0));
+  view.SetUserHullClipping(true);
+  view.SetTransparency(0.125);
+  view.SetTransparencyOn(true);
+  view.DataMarkersMaster().SetVisible(true);
+  view.DataMarkersMaster().SetShape(orvMarkerShape3DPyramid);
+  PropertyBag bag;
+  view.WriteProperties(bag, "V.");
+  PropertyBag stored;
+  stored.SetContents(bag.Contents());
+
+  View copy;
+  EventRecorder events(copy.PropertyChanged);
+  copy.ReadProperties(stored, "V.");
+  PropertyBag again;
+  copy.WriteProperties(again, "V.");
+  EXPECT_EQ(again.Contents(), bag.Contents());
+  EXPECT_EQ(copy.ContourLabelsFillColor(), 0x80FF00FFu);
+  EXPECT_EQ(copy.Transparency(), 0.125);
+  EXPECT_EQ(copy.DataMarkersMaster().Shape(), orvMarkerShape3DPyramid);
+  // One event per stored value that differed, in stored order.
+  EXPECT_EQ(events.names.size(), 24u);
+  EXPECT_EQ(events.names.front(), "Visible");
+  EXPECT_EQ(events.names.back(), "DataMarkerMaster.Visible");
+
+  copy.ReadProperties(PropertyBag(), "V.");
+  PropertyBag defaults;
+  View().WriteProperties(defaults, "V.");
+  PropertyBag reset;
+  copy.WriteProperties(reset, "V.");
+  EXPECT_EQ(reset.Contents(), defaults.Contents());
+}
+
+TEST(View, ABadStoredValueAnywhereChangesNothing) {
+  const std::vector<std::pair<std::string, PropertyValue>> bad = {
+      {"Transparency", 1.5},
+      {"Transparency", kNaN},
+      {"ContourLabelDensity", std::int32_t{-1}},
+      {"ContourLabelLevelSkipping", std::int32_t{-4}},
+      {"MeshLine.DrawStyle", std::int32_t{6}},
+      {"DataMarkerMaster.Shape", std::int32_t{2}},
+      {"DataMarkerMaster.EdgeLine.DrawStyle", std::int32_t{-1}},
+      {"Visible", std::string("not a Boolean")},
+  };
+  for (const auto& [key, value] : bad) {
+    View view;
+    EventRecorder events(view.PropertyChanged);
+    PropertyBag bag;
+    bag.WriteProperty("V.Visible", false);  // a good value read before the bad one
+    bag.WriteProperty("V.MeshVisible", true);
+    bag.WriteProperty("V.UserHullLine.Width", std::int32_t{5});
+    bag.WriteProperty("V." + key, value);
+    EXPECT_THROW(view.ReadProperties(bag, "V."), Error) << key;
+    EXPECT_TRUE(view.Visible()) << key;
+    EXPECT_FALSE(view.MeshVisible()) << key;
+    EXPECT_EQ(view.UserHullLine().Width(), 1) << key;
+    EXPECT_TRUE(events.names.empty()) << key;
+  }
+  View view;
+  PropertyBag bag;
+  bag.WriteProperty("V.Transparency", 2.0);
+  EXPECT_ORVANE_ERROR(view.ReadProperties(bag, "V."), 5, "Orvada.View");
+}
+
+}  // namespace
+}  // namespace orvane
