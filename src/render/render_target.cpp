@@ -336,7 +336,12 @@ void RenderTarget::Create(std::int32_t width, std::int32_t height) {
 
   Release();
   bitmap_ = std::move(fresh);
-  if (!BuildContext(std::max(width, 1), std::max(height, 1))) DestroyContext();
+  if (!BuildContext(std::max(width, 1), std::max(height, 1))) {
+    DestroyContext();
+  } else {
+    static std::uint64_t contexts = 0;
+    generation_ = ++contexts;
+  }
 }
 
 bool RenderTarget::BuildContext(std::int32_t width, std::int32_t height) {

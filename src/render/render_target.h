@@ -88,6 +88,10 @@ class RenderTarget {
   std::int32_t Width() const noexcept { return bitmap_.header.biWidth; }
   std::int32_t Height() const noexcept { return bitmap_.header.biHeight; }
 
+  /// A number of its own for every context made (0 without one): what was compiled in a
+  /// context (display lists) is valid only while this stays the same.
+  std::uint64_t Generation() const noexcept { return context_ != nullptr ? generation_ : 0; }
+
   /// Copies the whole image to dc with its top-left corner at (left, top), unscaled.
   void CopyTo(DeviceContext& dc, int left, int top) const;
 
@@ -118,6 +122,7 @@ class RenderTarget {
   int depthBits_ = 0;
   int stencilBits_ = 0;
   std::string failureReason_;
+  std::uint64_t generation_ = 0;
 };
 
 }  // namespace orvane::detail

@@ -1,0 +1,124 @@
+#pragma once
+
+// One frame of the plot: clear, lighting, projection, model transform, clip planes, the
+// three kinds of data-set view from their display lists, and the places where the
+// caption, legend, axes, faces, text and cursor passes draw. Internal header.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "orvane/core/color.h"
+#include "plot.h"
+
+namespace orvane {
+
+class Axes;
+class Contouring;
+class DataSets;
+
+namespace detail {
+
+class RenderTarget;
+
+// The control's settings a frame reads.
+struct FrameSettings {
+  Color backColor = 0xFFFFFF;
+  bool lightingOn = false;
+  double lightingIntensitySpotlight = 1.0;
+  double lightingIntensityAmbient = 0.5;
+  double lightingMaterialShininess = 0.5;
+  std::int32_t plotType = 0;  // 0 3-D, 1 2-D
+  double zoom = 1.0;
+  double offsetHorizontal = 0.0;
+  double offsetVertical = 0.0;
+  // The trackball's rotation matrix (column-major); identity by default.
+  std::array<double, 16> rotation{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+  bool cursorVisible = false;
+};
+
+// The objects a frame draws.
+struct Scene {
+  DataSets& dataSets;
+  Axes& axes;
+  Contouring& contouring;
+};
+
+// Matrices and viewport as OpenGL had them at a point of the frame.
+struct CapturedMatrices {
+  std::array<double, 16> modelView{};
+  std::array<double, 16> projection{};
+  std::array<std::int32_t, 4> viewport{};
+};
+
+// What the frame worked out, for the passes and for the host's mouse handling.
+struct FrameState {
+  std::int32_t width = 0, height = 0;          // the control, in pixels
+  std::int32_t plotWidth = 1, plotHeight = 1;  // beside the legend, below the caption
+  std::array<double, 3> cubeLengths{1.0, 1.0, 1.0};
+  // Whether the viewer is on the positive side of X, Y and Z (3-D; in 2-D only Z).
+  std::array<bool, 3> viewerOnPositiveSide{false, false, true};
+  CapturedMatrices beforeViews;  // after the model transform (axes, faces)
+  CapturedMatrices mainViews;    // as the main views were drawn (text, mouse)
+  bool is3D = true;
+};
+
+// Drawing that belongs to the caption, legend, axes, faces, text and cursor; each is
+// called at its place in the frame. The defaults reserve no room and draw nothing.
+class FramePasses {
+ public:
+  virtual ~FramePasses() = default;
+  // Pixels the caption band takes at the top of a control of this size.
+  virtual std::int32_t CaptionBand(std::int32_t /*width*/, std::int32_t /*height*/) { return 0; }
+  // Pixels the legend takes at the right.
+  virtual std::int32_t LegendRoom(std::int32_t /*width*/, std::int32_t /*height*/) { return 0; }
+  virtual void DrawLegend(const FrameState&) {}
+  virtual void DrawCaption(const FrameState&) {}
+  virtual void DrawAxes(const FrameState&) {}
+  virtual void DrawFaces(const FrameState&) {}
+  virtual void DrawContourLabels(int /*kind*/, const FrameState&) {}
+  virtual void DrawOverlayText(const FrameState&) {}
+  virtual void DrawCursor(const FrameState&) {}
+};
+
+class Renderer {
+ public:
+  Renderer();
+  Renderer(const Renderer&) = delete;
+  Renderer& operator=(const Renderer&) = delete;
+
+  // Renders one frame into the target (its context made current for the call) and reads
+  // it back into the target's bitmap. When prepareData, each data set first rebuilds its
+  // mesh and traces the contouring's levels, as the control does before drawing. A target
+  // without a context keeps its bitmap and nothing is drawn.
+  void Render(RenderTarget& target, Scene& scene, const FrameSettings& settings, FramePasses* passes = nullptr,
+              bool prepareData = true);
+  // The frame itself, in the current context (no data preparation, no read-back).
+  void RenderFrame(std::int32_t width, std::int32_t height, Scene& scene, const FrameSettings& settings,
+                   FramePasses& passes);
+
+  // The plots of the main, top and bottom views.
+  Plot& PlotOfKind(int kind) noexcept { return plots_[static_cast<std::size_t>(kind)]; }
+  // Deletes every plot's list (in the current context).
+  void InvalidatePlots();
+  // Marks every plot's list stale.
+  void MarkPlotsStale() noexcept;
+  const FrameState& LastFrame() const noexcept { return frame_; }
+
+  // Drawn lengths of the cube's edges: each axis's Zoom, and with KeepXYAspectRatio the X
+  // and Y lengths in proportion to their ranges (the longer keeps its Zoom).
+  static std::array<double, 3> CubeLengths(Axes& axes);
+
+ private:
+  std::array<Plot, 3> plots_{Plot(0), Plot(1), Plot(2)};
+  FrameState frame_;
+  const void* context_ = nullptr;  // the target whose context holds the plots' lists
+  std::uint64_t contextGeneration_ = 0;
+  std::vector<double> tracedLevels_;  // the levels the data sets were last traced with
+  std::array<double, 6> dataRange_{};  // the data range the axes and levels last followed
+  std::array<double, 10> listInputs_{};  // axis ranges, cube lengths, lighting of the lists
+};
+
+}  // namespace detail
+}  // namespace orvane

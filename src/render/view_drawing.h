@@ -1,0 +1,35 @@
+#pragma once
+
+// Drawing one data set's view into the current display list. Internal header.
+
+#include <array>
+
+namespace orvane {
+
+class Axes;
+class Contouring;
+class DataSet;
+class View;
+
+namespace detail {
+
+// What a view's drawing needs from the frame.
+struct ViewContext {
+  Axes& axes;
+  const Contouring& contouring;
+  bool lightingOn = false;
+  // Drawn lengths of the cube's X, Y and Z edges: markers are divided by them, so that
+  // a cube marker stays a cube however the plot cube is stretched.
+  std::array<double, 3> cubeLengths{1.0, 1.0, 1.0};
+};
+
+// Draws, in cube coordinates, the data set's markers, filled surface, contour lines,
+// mesh and hulls as the view's switches say. The caller checked that the view is visible.
+void DrawView(DataSet& data, const View& view, const ViewContext& context);
+
+// The half-width in cube units of a marker of the given size: 1/200 of the cube's edge
+// per unit of Size (a default marker of Size 3 spans 3% of the edge).
+double MarkerHalfWidth(double size);
+
+}  // namespace detail
+}  // namespace orvane
