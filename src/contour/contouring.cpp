@@ -300,11 +300,24 @@ void Contouring::SetInterpolateColors(bool value) {
 }
 
 Color Contouring::FindColor(double zValue, bool isColorBelow) const {
-  const std::int32_t n = contours_.Count();
-  const Contour* lower = nullptr;
+  const auto& items = contours_.items_;
+  const std::size_t n = items.size();
+  if (n == 0) return contours_.Item(-1)->Color();  // the host's subscript error
+  // The walk from the first level only passes over levels that lie well below the value
+  // (neither within the tolerance of it nor above it). While the levels are in order,
+  // bisection finds where that stops holding; the walk then goes on from there, so every
+  // result is the one the walk from the start gives. A NaN value starts at level 0.
+  std::size_t i = 0;
+  if (contours_.ordered_) {
+    const double below = zValue - 4.0 * kLevelTolerance;
+    i = static_cast<std::size_t>(
+        std::partition_point(items.begin(), items.end(), [below](const auto& level) { return level->Value() < below; }) -
+        items.begin());
+  }
+  const Contour* lower = i > 0 ? items[i - 1].get() : nullptr;
   const Contour* upper = nullptr;
-  for (std::int32_t i = 0; i < n; ++i) {
-    const Contour& level = *contours_.Item(i);
+  for (; i < n; ++i) {
+    const Contour& level = *items[i];
     if (std::fabs(zValue - level.Value()) < kLevelTolerance) {
       return isColorBelow ? level.ColorBelow() : level.Color();
     }
@@ -314,8 +327,8 @@ Color Contouring::FindColor(double zValue, bool isColorBelow) const {
     }
     lower = &level;
   }
-  if (upper == nullptr) return contours_.Item(n - 1)->Color();  // above every level
-  if (lower == nullptr) return upper->ColorBelow();              // below the first
+  if (upper == nullptr) return items[n - 1]->Color();  // above every level
+  if (lower == nullptr) return upper->ColorBelow();    // below the first
   if (interpolateColors_) {
     const double t = (zValue - lower->Value()) / (upper->Value() - lower->Value());
     return InterpolateColor(lower->Color(), upper->ColorBelow(), t);

@@ -149,20 +149,52 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
   }
   const bool interpolate = context.contouring.InterpolateColors();
   glShadeModel(lit || interpolate ? GL_SMOOTH : GL_FLAT);
-  glBegin(GL_TRIANGLES);
+  // The triangles go in as vertex arrays, a block at a time: compiling one array draw
+  // into the list is far faster than a call per vertex, and a block bounds the copies.
+  constexpr std::size_t kBlock = 1 << 18;
+  std::vector<GLfloat> position, normal;
+  std::vector<GLubyte> colour;
+  glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
+  glEnableClientState(GL_VERTEX_ARRAY);
+  glEnableClientState(GL_COLOR_ARRAY);
+  if (lit) glEnableClientState(GL_NORMAL_ARRAY);
+  auto flush = [&]() {
+    if (position.empty()) return;
+    glVertexPointer(3, GL_FLOAT, 0, position.data());
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, colour.data());
+    if (lit) glNormalPointer(GL_FLOAT, 0, normal.data());
+    glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(position.size() / 3));
+    position.clear();
+    colour.clear();
+    normal.clear();
+  };
+  auto pushColour = [&](Color c) {
+    colour.insert(colour.end(), {static_cast<GLubyte>(c & 0xFF), static_cast<GLubyte>((c >> 8) & 0xFF),
+                                 static_cast<GLubyte>((c >> 16) & 0xFF), alpha});
+  };
+  position.reserve(9 * kBlock);
+  colour.reserve(12 * kBlock);
+  if (lit) normal.reserve(9 * kBlock);
   for (std::size_t t = 0; t < triangles; ++t) {
     if (!skip.empty() && skip[t]) continue;
     const std::size_t v[3] = {static_cast<std::size_t>(mesh.indices[3 * t]),
                               static_cast<std::size_t>(mesh.indices[3 * t + 1]),
                               static_cast<std::size_t>(mesh.indices[3 * t + 2])};
-    if (!interpolate) SetColor(FillColor(context.contouring, (zData[v[0]] + zData[v[1]] + zData[v[2]]) / 3.0), alpha);
+    Color flat = 0;
+    if (!interpolate) flat = FillColor(context.contouring, (zData[v[0]] + zData[v[1]] + zData[v[2]]) / 3.0);
     for (std::size_t k : v) {
-      if (interpolate) SetColor(FillColor(context.contouring, zData[k]), alpha);
-      if (lit) glNormal3d(normals[3 * k], normals[3 * k + 1], normals[3 * k + 2]);
-      glVertex3d(cx[k], cy[k], cz[k]);
+      pushColour(interpolate ? FillColor(context.contouring, zData[k]) : flat);
+      if (lit) {
+        normal.insert(normal.end(), {static_cast<GLfloat>(normals[3 * k]), static_cast<GLfloat>(normals[3 * k + 1]),
+                                     static_cast<GLfloat>(normals[3 * k + 2])});
+      }
+      position.insert(position.end(),
+                      {static_cast<GLfloat>(cx[k]), static_cast<GLfloat>(cy[k]), static_cast<GLfloat>(cz[k])});
     }
+    if (position.size() >= 9 * kBlock) flush();
   }
-  glEnd();
+  flush();
+  glPopClientAttrib();
   glPopAttrib();
 }
 

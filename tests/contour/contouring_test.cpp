@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <memory>
 #include <string>
 #include <vector>
@@ -307,6 +308,62 @@ TEST(Contouring, LevelsReadFromABagRelayTheirChanges) {
   alone.Add(1);
   alone.Item(0)->SetColor(3);
   EXPECT_EQ(alone.Item(0)->Color(), 3u);
+}
+
+}  // namespace
+}  // namespace orvane
+
+namespace orvane {
+namespace {
+
+// FindColor as a plain walk from the first level.
+Color WalkFindColor(const Contouring& c, double z, bool below) {
+  const Contours& levels = c.Contours();
+  std::shared_ptr<Contour> lower, upper;
+  for (std::int32_t i = 0; i < levels.Count(); ++i) {
+    const auto level = levels.Item(i);
+    if (std::fabs(z - level->Value()) < 2.2204460492503102e-14) return below ? level->ColorBelow() : level->Color();
+    if (z < level->Value()) {
+      upper = level;
+      break;
+    }
+    lower = level;
+  }
+  if (!upper) return levels.Item(levels.Count() - 1)->Color();
+  if (!lower) return upper->ColorBelow();
+  if (c.InterpolateColors()) {
+    return InterpolateColor(lower->Color(), upper->ColorBelow(),
+                            (z - lower->Value()) / (upper->Value() - lower->Value()));
+  }
+  return lower->Color();
+}
+
+TEST(Contouring, FindColorByBisectionGivesTheWalksColours) {
+  std::mt19937 random(17);
+  std::uniform_real_distribution<double> unit(-1, 1);
+  for (int round = 0; round < 20; ++round) {
+    Contouring c;
+    c.SetAutoSetContoursType(orvAutoSetOff);
+    c.SetInterpolateColors(round % 2 == 1);
+    std::vector<double> values;
+    const double scale = round < 10 ? 1.0 : 1e6;  // where the tolerance is below an ulp too
+    for (int k = 0; k < 40; ++k) values.push_back(std::round(unit(random) * 20) / 20 * scale);
+    values.push_back(values[3]);  // ties
+    for (double v : values) c.Contours().Add(v, static_cast<std::int64_t>(random() & 0xFFFFFF),
+                                            static_cast<std::int64_t>(random() & 0xFFFFFF));
+    std::vector<double> probes{std::nan(""), -2 * scale, 2 * scale};
+    for (double v : values) {
+      for (double d : {0.0, 1e-14, -1e-14, 2.2e-14, -2.3e-14, 5e-14, -5e-14, 1e-9}) probes.push_back(v + d);
+      probes.push_back(std::nextafter(v, 1e300));
+      probes.push_back(std::nextafter(v, -1e300));
+    }
+    for (int k = 0; k < 500; ++k) probes.push_back(unit(random) * 1.2 * scale);
+    for (double z : probes) {
+      for (bool below : {false, true}) {
+        ASSERT_EQ(c.FindColor(z, below), WalkFindColor(c, z, below)) << "z " << z << " round " << round;
+      }
+    }
+  }
 }
 
 }  // namespace
