@@ -65,18 +65,9 @@ Welded Weld(std::span<const double> t) {
   if (n >= std::size_t{1} << 31) throw Error(7, "Orvada", "The band has too many triangles to outline.");
   double largest = 0.0;
   for (std::size_t c = 0; c < n; ++c) largest = std::max({largest, std::fabs(t[3 * c]), std::fabs(t[3 * c + 1])});
-  // As wide as the line chaining's cells: a point's window of coincidence nearly always
-  // lies within its own cell.
-  const double cell = std::max(1024.0 * kPointTolerance, largest * 0x1.0p-60);
-  auto key = [cell](double v) { return static_cast<std::int64_t>(std::floor(v / cell)); };
-  struct Entry {
-    std::int64_t cx, cy;
-    std::uint32_t id;
-    bool operator<(const Entry& o) const { return std::tie(cx, cy, id) < std::tie(o.cx, o.cy, o.id); }
-  };
-  std::vector<Entry> entries(n);
-  for (std::size_t c = 0; c < n; ++c) entries[c] = {key(t[3 * c]), key(t[3 * c + 1]), static_cast<std::uint32_t>(c)};
-  std::sort(entries.begin(), entries.end());
+  const CoincidenceGrid grid(n, largest, [&](std::size_t c) { return std::pair{t[3 * c], t[3 * c + 1]}; });
+  const auto& entries = grid.Entries();
+  auto key = [&grid](double v) { return grid.Key(v); };
 
   Groups groups(n);
   auto coincide = [&](std::uint32_t a, std::uint32_t b) {
@@ -95,7 +86,7 @@ Welded Weld(std::span<const double> t) {
       for (std::int64_t cx = key(px - kPointTolerance); cx <= key(px + kPointTolerance); ++cx) {
         for (std::int64_t cy = key(py - kPointTolerance); cy <= key(py + kPointTolerance); ++cy) {
           if (std::tie(cx, cy) <= std::tie(entries[i].cx, entries[i].cy)) continue;
-          auto it = std::lower_bound(entries.begin(), entries.end(), Entry{cx, cy, 0});
+          auto it = grid.Find(cx, cy);
           for (; it != entries.end() && it->cx == cx && it->cy == cy; ++it) {
             if (coincide(p, it->id)) groups.Join(p, it->id);
           }

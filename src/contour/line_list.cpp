@@ -51,21 +51,9 @@ Neighbours FindCoincidentEnds(const std::vector<CLine>& lines) {
       largest = std::max({largest, std::fabs(p.x), std::fabs(p.y)});
     }
   }
-  // Cells much wider than the tolerance, so that a point's window of coincidence nearly
-  // always lies in its own cell (one look-up), yet far finer than real point spacing;
-  // and coarse enough that their numbers fit 62 bits.
-  const double cell = std::max(1024.0 * kPointTolerance, largest * 0x1.0p-60);
-  auto key = [cell](double v) { return static_cast<std::int64_t>(std::floor(v / cell)); };
-  struct Entry {
-    std::int64_t cx, cy;
-    std::int32_t id;
-    bool operator<(const Entry& o) const { return std::tie(cx, cy, id) < std::tie(o.cx, o.cy, o.id); }
-  };
-  std::vector<Entry> entries(m);
-  for (std::size_t e = 0; e < m; ++e) {
-    entries[e] = {key(points[e].x), key(points[e].y), static_cast<std::int32_t>(e)};
-  }
-  std::sort(entries.begin(), entries.end());
+  const CoincidenceGrid grid(m, largest, [&](std::size_t e) { return std::pair{points[e].x, points[e].y}; });
+  const auto& entries = grid.Entries();
+  auto key = [&grid](double v) { return grid.Key(v); };
 
   Neighbours result;
   result.offsets.assign(m + 1, 0);
@@ -74,11 +62,11 @@ Neighbours FindCoincidentEnds(const std::vector<CLine>& lines) {
     const EndPoint& p = points[e];
     for (std::int64_t cx = key(p.x - kPointTolerance); cx <= key(p.x + kPointTolerance); ++cx) {
       for (std::int64_t cy = key(p.y - kPointTolerance); cy <= key(p.y + kPointTolerance); ++cy) {
-        auto it = std::lower_bound(entries.begin(), entries.end(), Entry{cx, cy, INT32_MIN});
+        auto it = grid.Find(cx, cy);
         for (; it != entries.end() && it->cx == cx && it->cy == cy; ++it) {
           if (static_cast<std::size_t>(it->id) != e &&
               Same(p, points[static_cast<std::size_t>(it->id)])) {
-            pairs.emplace_back(static_cast<std::int32_t>(e), it->id);
+            pairs.emplace_back(static_cast<std::int32_t>(e), static_cast<std::int32_t>(it->id));
           }
         }
       }

@@ -2,6 +2,8 @@
 
 // CLine and CLineList: line segments and their chaining into polylines. Internal header.
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -45,6 +47,44 @@ class CLineList {
  private:
   std::vector<CLine> lines_;
   std::vector<std::int32_t> starts_;
+};
+
+// Points sorted into square cells much wider than the point tolerance, so that a point's
+// window of coincidence nearly always lies in its own cell (one look-up), yet far finer
+// than real point spacing, and coarse enough that the cell numbers fit 62 bits. Finding
+// the points that coincide with one is a look at the cells its window touches.
+class CoincidenceGrid {
+ public:
+  struct Entry {
+    std::int64_t cx, cy;
+    std::uint32_t id;
+    bool operator<(const Entry& o) const {
+      return cx != o.cx ? cx < o.cx : (cy != o.cy ? cy < o.cy : id < o.id);
+    }
+  };
+
+  // Points 0..n-1, point(i) giving {x, y}; largest is the largest |x| or |y| among them.
+  template <class Point>
+  CoincidenceGrid(std::size_t n, double largest, Point point)
+      : cell_(std::max(1024.0 * kPointTolerance, largest * 0x1.0p-60)), entries_(n) {
+    for (std::size_t i = 0; i < n; ++i) {
+      const auto [x, y] = point(i);
+      entries_[i] = {Key(x), Key(y), static_cast<std::uint32_t>(i)};
+    }
+    std::sort(entries_.begin(), entries_.end());
+  }
+
+  std::int64_t Key(double v) const { return static_cast<std::int64_t>(std::floor(v / cell_)); }
+  // The entries, sorted by cell and then by point number.
+  const std::vector<Entry>& Entries() const noexcept { return entries_; }
+  // The first entry of cell (cx, cy), or the end when the cell is empty.
+  std::vector<Entry>::const_iterator Find(std::int64_t cx, std::int64_t cy) const {
+    return std::lower_bound(entries_.begin(), entries_.end(), Entry{cx, cy, 0});
+  }
+
+ private:
+  double cell_;
+  std::vector<Entry> entries_;
 };
 
 // True when the two points coincide within kPointTolerance on every axis.
