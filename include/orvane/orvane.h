@@ -17,6 +17,7 @@
 #include "orvane/core/property_bag.h"
 #include "orvane/data/data_set.h"
 #include "orvane/data/data_sets.h"
+#include "orvane/data/grid_file.h"
 #include "orvane/data/xyz_file.h"
 #include "orvane/render/caption.h"
 #include "orvane/render/cursor.h"
