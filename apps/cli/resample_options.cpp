@@ -1,0 +1,96 @@
+#include "resample_options.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "orvane/core/error.h"
+
+namespace orvane::cli {
+
+namespace {
+
+void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
+
+}  // namespace
+
+void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string& flag, bool required) {
+  o.flag = flag;
+  CLI::Option* method = command.add_option(flag, o.method, "idw (inverse distance), kriging or nn (natural neighbour)")
+                            ->check(CLI::IsMember({"idw", "kriging", "nn"}));
+  if (required) method->required();
+  o.given[flag] = method;
+  o.given["--intervals"] = command.add_option("--intervals", o.intervals, "Intervals along X and Y (1 to 10000, default 10)");
+  o.given["--xmin"] = command.add_option("--xmin", o.xMin, "Grid X minimum (default: the data's)");
+  o.given["--xmax"] = command.add_option("--xmax", o.xMax, "Grid X maximum");
+  o.given["--ymin"] = command.add_option("--ymin", o.yMin, "Grid Y minimum");
+  o.given["--ymax"] = command.add_option("--ymax", o.yMax, "Grid Y maximum");
+  o.given["--power"] = command.add_option("--power", o.power, "idw: weighting power on the squared distance (default 2)");
+  o.given["--model"] = command.add_option("--model", o.model, "kriging: linear, spherical, exponential or gaussian")
+                           ->check(CLI::IsMember({"linear", "spherical", "exponential", "gaussian"}));
+  o.given["--nugget"] = command.add_option("--nugget", o.nugget, "kriging: nugget (default 1)");
+  o.given["--sill"] = command.add_option("--sill", o.sill, "kriging: total sill (default 2)");
+  o.given["--range"] = command.add_option("--range", o.range, "kriging: range (default: the grid's diagonal)");
+  o.given["--no-block"] = command.add_flag("--no-block", o.noBlock, "kriging: one global system instead of 32-point neighbourhoods");
+  o.given["--gradients"] = command.add_flag("--gradients", o.gradients, "nn: gradient-blended (C1) surface");
+  o.given["--tautness"] = command.add_option("--tautness", o.tautness, "nn: pull toward the linear surface (default 1)");
+}
+
+void ConfigureResampling(const ResampleOptions& o, const std::string& file, const XyzPoints& points,
+                         Resampling& settings) {
+  static const std::map<std::string, std::int32_t> kMethods{
+      {"idw", orvResamplerTypeInverseDistance}, {"kriging", orvResamplerTypeKriging}, {"nn", orvResamplerTypeNNGridR}};
+  static const std::map<std::string, std::int32_t> kModels{
+      {"linear", orvKrigingMSVLinear}, {"spherical", orvKrigingMSVSpherical},
+      {"exponential", orvKrigingMSVExponential}, {"gaussian", orvKrigingMSVGaussian}};
+  const std::map<std::string, std::string> belongsTo{
+      {"--power", "idw"}, {"--model", "kriging"}, {"--nugget", "kriging"}, {"--sill", "kriging"},
+      {"--range", "kriging"}, {"--no-block", "kriging"}, {"--gradients", "nn"}, {"--tautness", "nn"}};
+  for (const auto& [option, method] : belongsTo) {
+    if (o.Given(option) && method != o.method) Refuse(option + " applies to " + o.flag + " " + method + " only.");
+  }
+  if (o.intervals < 1 || o.intervals > kMostIntervals) {
+    Refuse("--intervals must be between 1 and " + std::to_string(kMostIntervals));
+  }
+  const std::pair<const char*, double> limits[] = {
+      {"--xmin", o.xMin}, {"--xmax", o.xMax}, {"--ymin", o.yMin}, {"--ymax", o.yMax}};
+  for (const auto& [name, value] : limits) {
+    if (o.Given(name) && !std::isfinite(value)) Refuse(std::string(name) + " must be a finite number");
+  }
+  if (points.x.empty()) Refuse(file + ": the file holds no points.");
+
+  settings.SetResamplerType(kMethods.at(o.method));
+  settings.SetIntervalCount(static_cast<std::int32_t>(o.intervals));
+  const auto [x0, x1] = std::minmax_element(points.x.begin(), points.x.end());
+  const auto [y0, y1] = std::minmax_element(points.y.begin(), points.y.end());
+  settings.SetDataLimits(*x0, *x1, *y0, *y1);
+  if (o.Given("--xmin") || o.Given("--xmax") || o.Given("--ymin") || o.Given("--ymax")) {
+    settings.SetAutoRange(false);  // the limits not given stay at the data's
+    if (o.Given("--xmin")) settings.SetXMin(o.xMin);
+    if (o.Given("--xmax")) settings.SetXMax(o.xMax);
+    if (o.Given("--ymin")) settings.SetYMin(o.yMin);
+    if (o.Given("--ymax")) settings.SetYMax(o.yMax);
+    if (!(settings.XMin() < settings.XMax())) Refuse("The grid's X minimum must lie below its maximum.");
+    if (!(settings.YMin() < settings.YMax())) Refuse("The grid's Y minimum must lie below its maximum.");
+  }
+  // A grid needs an area: points along one line give none unless the limits are given.
+  if (!(settings.XMin() < settings.XMax())) {
+    Refuse(file + ": the points have no extent along X; give --xmin and --xmax for the grid.");
+  }
+  if (!(settings.YMin() < settings.YMax())) {
+    Refuse(file + ": the points have no extent along Y; give --ymin and --ymax for the grid.");
+  }
+  settings.InverseDistance().SetWeightingPower(o.power);
+  Kriging& kriging = settings.Kriging();
+  kriging.SetModelSemiVariogram(kModels.at(o.model));
+  kriging.SetNugget(o.nugget);
+  kriging.SetSill(o.sill);
+  if (o.Given("--range")) {
+    kriging.SetAutoSetRange(false);
+    kriging.SetRange(o.range);
+  }
+  kriging.SetBlockMode(!o.noBlock);
+  settings.NNGridR().SetUseGradients(o.gradients);
+  settings.NNGridR().SetTaughtness(o.tautness);
+}
+
+}  // namespace orvane::cli
