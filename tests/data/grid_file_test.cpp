@@ -36,8 +36,9 @@ TEST(GridFile, RefusesWhatItCannotDraw) {
       {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 2\n3\n", "g.grd:8: the file ends before a grid value"},
       {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 2\n3 4 5\n", "g.grd:7: more values than the grid's 4"},
       {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 1.70141e38\n3 4\n", "g.grd:6: the grid has blank cells, which cannot be drawn"}};
-  for (const auto& [text, message] : cases) {
-    EXPECT_ORVANE_ERROR(Read(text), 5, "GridFile", message) << text;
+  for (const auto& c : cases) {
+    const std::string& text = c.first;
+    EXPECT_ORVANE_ERROR(Read(text), 5, "GridFile", c.second) << text;
   }
   EXPECT_ORVANE_ERROR(ReadDsaaFile("/nonexistent/g.grd"), 5, "GridFile",
                       "/nonexistent/g.grd: cannot open the file (No such file or directory)");
