@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "control/mouse_pointer.h"
+#include "orvane/control/surface.h"
 #include "orvane/host/headless_host.h"
 
 namespace orvane {
@@ -24,33 +25,6 @@ TEST(HeadlessHost, StartsInUserModeWithAPlainWindowAndRefusesTheClipboard) {
   EXPECT_FALSE(host.UserMode());
 }
 
-TEST(HeadlessHost, RecordsKeysPointersAndProgressUntilCleared) {
-  HeadlessHost host;
-  host.PropertyChanged("Zoom");
-  host.PropertyChanged("DataSet2");
-  host.SetMousePointer(kPointerHourglass);
-  host.SetMousePointer(kPointerDefault);
-  std::vector<double> asked;
-  host.SetProgressHandler([&asked](double f) {
-    asked.push_back(f);
-    return f < 0.5;
-  });
-  EXPECT_TRUE(host.ReportProgress(0.25));
-  EXPECT_FALSE(host.ReportProgress(0.75));
-  host.RequestRepaint();
-  EXPECT_EQ(host.NotifiedKeys(), (std::vector<std::string>{"Zoom", "DataSet2"}));
-  EXPECT_EQ(host.PointerChanges(), (std::vector<std::int32_t>{11, 0}));
-  EXPECT_EQ(host.ProgressReports(), (std::vector<double>{0.25, 0.75}));
-  EXPECT_EQ(asked, host.ProgressReports());
-  EXPECT_EQ(host.RepaintRequests(), 1);
-  host.ClearRecords();
-  EXPECT_TRUE(host.NotifiedKeys().empty());
-  EXPECT_TRUE(host.PointerChanges().empty());
-  EXPECT_TRUE(host.ProgressReports().empty());
-  EXPECT_EQ(host.RepaintRequests(), 0);
-  EXPECT_EQ(host.MousePointer(), kPointerDefault);  // the window keeps its state
-}
-
 TEST(MousePointer, ShowsItsShapeAndPutsTheOldOneBackWhenAnErrorLeavesTheScope) {
   HeadlessHost host;
   host.SetMousePointer(2);
@@ -63,6 +37,13 @@ TEST(MousePointer, ShowsItsShapeAndPutsTheOldOneBackWhenAnErrorLeavesTheScope) {
   }
   EXPECT_EQ(host.MousePointer(), 2);
   EXPECT_EQ(host.PointerChanges(), (std::vector<std::int32_t>{11, 2}));
+}
+
+TEST(HeadlessHost, PropertyPagesAreCountedWithTheControlAsked) {
+  HeadlessHost host;
+  Surface surface(host);
+  surface.ShowPropertyPages({"Surface", "Axes"});
+  EXPECT_EQ(host.PropertyPageRequests(), 1);
 }
 
 }  // namespace
