@@ -171,6 +171,7 @@ void DataSetState::Resample() {
   AxisLimits(inputY, pointCount, yMin, yMax, unusedRange);
   resampling.SetDataLimits(xMin, xMax, yMin, yMax);
   std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(resampling);
+  resampler->SetProgressCallback(progress);
   const auto n = static_cast<std::size_t>(pointCount);
   resampler->SetInputData(pointCount, std::vector<double>(inputX.begin(), inputX.begin() + static_cast<long>(n)),
                           std::vector<double>(inputY.begin(), inputY.begin() + static_cast<long>(n)),
@@ -204,6 +205,13 @@ void DataSetState::Resample() {
 
 void DataSetState::RebuildMeshIfNeeded() {
   if (!needsRebuild || pointCount <= 0) return;
+  struct Rebuilding {
+    bool& flag;
+    explicit Rebuilding(bool& f) : flag(f) { flag = true; }
+    ~Rebuilding() { flag = false; }
+    Rebuilding(const Rebuilding&) = delete;
+    Rebuilding& operator=(const Rebuilding&) = delete;
+  } underWay(rebuilding);
   if (resampling.ResamplerSelected()) {
     Resample();
   } else {

@@ -15,6 +15,7 @@
 #include "orvane/data/data_set.h"
 #include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
+#include "resample/interpolator.h"
 #include "triangulate.h"
 
 namespace orvane {
@@ -61,6 +62,7 @@ struct DataSetState {
   bool needsRebuild = false;
   std::array<bool, 3> geometryChanged{false, false, false};  // read and cleared by the views
   bool contoursStale = false;
+  bool rebuilding = false;  // a mesh rebuild is under way (its own changes are raised)
   std::int32_t index = 0;  // 1-based position in the owning collection; 0 alone
 
   Event<> changed;  // the owning DataSets relays it as DataChanged
@@ -73,6 +75,9 @@ struct DataSetState {
 
   // The resampling settings; a change marks the mesh for rebuild.
   orvane::Resampling resampling;
+  // Where a resampling run reports its progress (none by default; the control sets it
+  // while it recalculates). It may be called from the run's worker threads.
+  ProgressCallback progress;
   // The views; their plot positions are set when the data set joins a collection.
   orvane::View viewMain, viewTop, viewBottom;
 

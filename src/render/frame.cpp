@@ -95,50 +95,34 @@ void Renderer::MarkPlotsStale() noexcept {
   for (Plot& plot : plots_) plot.MarkStale();
 }
 
+void Renderer::ReleaseLists(RenderTarget& target) noexcept {
+  if (context_ == &target && contextGeneration_ == target.Generation() && target.MakeCurrent()) {
+    for (Plot& plot : plots_) plot.Invalidate();
+    target.ReleaseCurrent();
+  }
+  for (Plot& plot : plots_) plot.Forget();
+  context_ = nullptr;
+  contextGeneration_ = 0;
+}
+
 void Renderer::Render(RenderTarget& target, Scene& scene, const FrameSettings& settings, FramePasses* passes,
                       bool prepareData) {
   if (prepareData) {
-    // What the control recomputes before drawing: meshes, axis ranges from the data,
-    // automatic levels from the Z range, and the contours of those levels.
-    DataSets& sets = scene.dataSets;
-    double lo[3], hi[3];
-    std::fill(lo, lo + 3, std::numeric_limits<double>::infinity());
-    std::fill(hi, hi + 3, -std::numeric_limits<double>::infinity());
-    bool changed = false;
-    for (std::int32_t i = 0; i < sets.Count(); ++i) {
-      DataSetState& s = DataSetAccess::State(sets.Item(i));
-      changed = changed || s.needsRebuild;
-      s.RebuildMeshIfNeeded();
-      if (s.pointCount <= 0) continue;
-      const double mins[3] = {sets.Item(i).XMin(), sets.Item(i).YMin(), sets.Item(i).ZMin()};
-      const double maxs[3] = {sets.Item(i).XMax(), sets.Item(i).YMax(), sets.Item(i).ZMax()};
-      for (std::size_t a = 0; a < 3; ++a) {
-        lo[a] = std::min(lo[a], mins[a]);
-        hi[a] = std::max(hi[a], maxs[a]);
-      }
+    bool changed = recalculation_.RebuildMeshes(scene.dataSets, {});
+    const DataRange range = DataRangeOf(scene.dataSets);
+    if (changed || dataRange_ != range) {
+      // A new mesh or data range: the axes follow it and the levels are derived again.
+      marks_.geometry = marks_.contours = true;
+      dataRange_ = range;
     }
-    if (lo[0] <= hi[0] && (changed || dataRange_ != std::array<double, 6>{lo[0], hi[0], lo[1], hi[1], lo[2], hi[2]})) {
-      // A new data range: the axes follow it and the levels are rebuilt for it.
-      dataRange_ = {lo[0], hi[0], lo[1], hi[1], lo[2], hi[2]};
-      Axis* axis[3] = {&scene.axes.XAxis(), &scene.axes.YAxis(), &scene.axes.ZAxis()};
-      for (std::size_t a = 0; a < 3; ++a) axis[a]->SetDataRange(lo[a], hi[a]);
-      scene.contouring.AutoSetContours(lo[2], hi[2]);
-      changed = true;
-    }
-    std::vector<double> levels;
-    for (std::int32_t k = 0; k < scene.contouring.Contours().Count(); ++k) {
-      levels.push_back(scene.contouring.Contours().Item(k)->Value());
-    }
-    for (std::int32_t i = 0; i < sets.Count(); ++i) {
-      DataSetState& s = DataSetAccess::State(sets.Item(i));
-      if (levels != tracedLevels_) s.contoursStale = true;
-      changed = changed || s.contoursStale;
-      s.PrepareForDrawing(levels);
-    }
-    tracedLevels_ = levels;
+    if (recalculation_.Run(scene, marks_, {}, [this] { MarkPlotsStale(); })) changed = true;
     if (changed) MarkPlotsStale();
   }
   if (!target.HasContext() || !target.MakeCurrent()) return;
+  struct Release {
+    RenderTarget& target;
+    ~Release() { target.ReleaseCurrent(); }
+  } release{target};
   if (context_ != &target || contextGeneration_ != target.Generation()) {
     // The lists were compiled in another context, which is gone or not current.
     for (Plot& plot : plots_) plot.Forget();
@@ -149,11 +133,11 @@ void Renderer::Render(RenderTarget& target, Scene& scene, const FrameSettings& s
   RenderFrame(target.Width(), target.Height(), scene, settings, passes != nullptr ? *passes : none);
   glFlush();
   target.ReadBack();
-  target.ReleaseCurrent();
 }
 
 void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene, const FrameSettings& settings,
                            FramePasses& passes) {
+  ++frames_;
   FrameState& f = frame_;
   f.width = width;
   f.height = height;

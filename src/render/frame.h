@@ -7,8 +7,10 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "control/recalculation.h"
 #include "orvane/core/color.h"
 #include "plot.h"
 
@@ -36,6 +38,9 @@ struct FrameSettings {
   // The trackball's rotation matrix (column-major); identity by default.
   std::array<double, 16> rotation{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   bool cursorVisible = false;
+  // Contour labels test their pixels' visibility in the stencil buffer (true) or by
+  // colour (false): the stencil when the target has one.
+  bool labelTestByStencil = false;
 };
 
 // The objects a frame draws.
@@ -80,6 +85,10 @@ class FramePasses {
   virtual void DrawContourLabels(int /*kind*/, const FrameState&) {}
   virtual void DrawOverlayText(const FrameState&) {}
   virtual void DrawCursor(const FrameState&) {}
+  // The fonts the text passes draw with: dropped when the control's fonts or its
+  // context change (no context need be current), and built again before the next frame.
+  virtual void InvalidateFonts() {}
+  virtual void RebuildFonts() {}
 };
 
 class Renderer {
@@ -89,9 +98,11 @@ class Renderer {
   Renderer& operator=(const Renderer&) = delete;
 
   // Renders one frame into the target (its context made current for the call) and reads
-  // it back into the target's bitmap. When prepareData, each data set first rebuilds its
-  // mesh and traces the contouring's levels, as the control does before drawing. A target
-  // without a context keeps its bitmap and nothing is drawn.
+  // it back into the target's bitmap. When prepareData, the scene is first recalculated
+  // as the control does it (see recalculation.h), with the geometry and the levels taken
+  // as stale whenever a mesh was rebuilt or the data range moved. A target without a
+  // context keeps its bitmap and nothing is drawn. The context is released on every way
+  // out.
   void Render(RenderTarget& target, Scene& scene, const FrameSettings& settings, FramePasses* passes = nullptr,
               bool prepareData = true);
   // The frame itself, in the current context (no data preparation, no read-back).
@@ -104,7 +115,12 @@ class Renderer {
   void InvalidatePlots();
   // Marks every plot's list stale.
   void MarkPlotsStale() noexcept;
+  // Deletes the plots' lists when they were compiled in target's context (made current
+  // for the call), and forgets them in any case: the next frame compiles them anew.
+  void ReleaseLists(RenderTarget& target) noexcept;
   const FrameState& LastFrame() const noexcept { return frame_; }
+  // How many frames were drawn.
+  std::int64_t FrameCount() const noexcept { return frames_; }
 
   // Drawn lengths of the cube's edges: each axis's Zoom, and with KeepXYAspectRatio the X
   // and Y lengths in proportion to their ranges (the longer keeps its Zoom).
@@ -115,9 +131,11 @@ class Renderer {
   FrameState frame_;
   const void* context_ = nullptr;  // the target whose context holds the plots' lists
   std::uint64_t contextGeneration_ = 0;
-  std::vector<double> tracedLevels_;  // the levels the data sets were last traced with
-  std::array<double, 6> dataRange_{};  // the data range the axes and levels last followed
+  Recalculation recalculation_;
+  StaleMarks marks_;
+  std::optional<DataRange> dataRange_;  // the data range the axes and levels last followed
   std::array<double, 10> listInputs_{};  // axis ranges, cube lengths, lighting of the lists
+  std::int64_t frames_ = 0;
 };
 
 }  // namespace detail

@@ -1,0 +1,540 @@
+// Surface: the object tree, the lets, the handlers of the children's changes, the
+// refresh cycle and the paint step.
+//
+// Contents
+//   1. Building and taking defaults
+//   2. Listening to the children
+//   3. Properties
+//   4. Refresh and the paint step
+//   5. What the host calls
+//
+// Stale marks. A let or a child's change only marks what it makes stale (geometry,
+// contours, fonts, plots, redraw) and tells the host the stored key; Refresh, run by
+// RequestAutoRefresh when AutoRefresh is True in user mode outside loading, then
+// recalculates and draws. A refresh or paint marks itself busy: the changes its own
+// recalculation raises (axis scales, resampling limits) mark things stale again but
+// start no refresh inside the one under way.
+
+#include "orvane/control/surface.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "control/mouse_pointer.h"
+#include "data/data_set_state.h"
+#include "orvane/core/error.h"
+#include "orvane/core/property_bag.h"
+#include "surface_state.h"
+
+namespace orvane {
+
+namespace {
+
+using detail::SurfaceState;
+
+constexpr const char* kSource = "Orvada.Surface";
+
+// Sets a flag for the length of a scope and puts the old value back.
+class FlagScope {
+ public:
+  FlagScope(bool& flag, bool value) : flag_(flag), old_(flag) { flag_ = value; }
+  ~FlagScope() { flag_ = old_; }
+  FlagScope(const FlagScope&) = delete;
+  FlagScope& operator=(const FlagScope&) = delete;
+
+ private:
+  bool& flag_;
+  bool old_;
+};
+
+// A fresh object's persisted values read into object: its defaults, fonts included.
+template <class T>
+void TakeDefaults(T& object) {
+  const T fresh;
+  PropertyBag bag;
+  fresh.WriteProperties(bag, "");
+  object.ReadProperties(bag, "");
+}
+
+void CheckFinite(double value, const char* name) {
+  if (!std::isfinite(value)) throw Error(5, kSource, std::string(name) + " must be a finite number.");
+}
+
+// Lighting values are kept within 0..1.
+double ClampedIntensity(double value, const char* name) {
+  if (std::isnan(value)) throw Error(5, kSource, std::string(name) + " must be a number, not NaN.");
+  return value < 0.0 ? 0.0 : (value > 1.0 ? 1.0 : value);
+}
+
+// The rotation lets' angle: whole turns added while below 0 and taken off while above
+// 360 (so 360 stays 360 and 720 gives 360), then rounded half to even. fmod gives what
+// the repeated steps give, for any magnitude.
+std::int32_t NormalisedRotation(double degrees, const char* name) {
+  if (!std::isfinite(degrees)) throw Error(5, kSource, std::string(name) + " must be a finite number of degrees.");
+  double v = degrees;
+  if (v < 0.0) {
+    v = std::fmod(v, 360.0);
+    if (v < 0.0) v += 360.0;
+  } else if (v > 360.0) {
+    v = std::fmod(v, 360.0);
+    if (v == 0.0) v = 360.0;
+  }
+  return static_cast<std::int32_t>(RoundHalfEven(v));
+}
+
+// The frame settings the control's properties give, for drawing into target.
+detail::FrameSettings SettingsOf(SurfaceState& s, const detail::RenderTarget& target) {
+  detail::FrameSettings f;
+  f.backColor = s.backColor;
+  f.lightingOn = s.lightingOn;
+  f.lightingIntensitySpotlight = s.lightingIntensitySpotlight;
+  f.lightingIntensityAmbient = s.lightingIntensityAmbient;
+  f.lightingMaterialShininess = s.lightingMaterialShininess;
+  f.plotType = s.plotType;
+  f.zoom = s.zoom;
+  f.offsetHorizontal = s.offsetHorizontal;
+  f.offsetVertical = s.offsetVertical;
+  double m[16];
+  s.Trackball().GetRotationMatrix(m);
+  std::copy(m, m + 16, f.rotation.begin());
+  f.cursorVisible = s.cursor.Visible();
+  f.labelTestByStencil = target.StencilBits() > 0;
+  return f;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------
+// 1. Building and taking defaults
+
+Surface::Surface(Host& host) : host_(host), state_(std::make_unique<SurfaceState>()) {
+  // The members of SurfaceState are made in the control's order (contouring, data sets,
+  // axes, faces, legend, plots, header, fonts, cursor), with every mark set.
+  ConnectChildren();
+  detail::InvalidateDataSets(state_->dataSets);
+}
+
+Surface::~Surface() { Terminate(); }
+
+void Surface::InitProperties() {
+  SurfaceState& s = *state_;
+  FlagScope loading(s.loading, true);
+  s.appearance = orvFlat;
+  s.autoRefresh = false;
+  s.backColor = 0xFFFFFF;
+  s.foreColor = 0;
+  s.borderStyle = orvNone;
+  s.lightingOn = false;
+  s.offsetHorizontal = 0.0;
+  s.offsetVertical = 0.0;
+  s.plotType = orvPlotType3D;
+  s.zoom = 1.0;
+  s.lightingMaterialShininess = 0.5;
+  s.lightingIntensitySpotlight = 1.0;
+  s.lightingIntensityAmbient = 0.5;
+  // The window takes the default border and look at the next refresh.
+  s.borderStylePending = true;
+  s.appearancePending = true;
+
+  // The axes forget the data's range first: they take their stored defaults as they are,
+  // not a scale worked out again from data that is about to go.
+  constexpr double kNoData = std::numeric_limits<double>::max();
+  for (Axis* axis : {&s.axes.XAxis(), &s.axes.YAxis(), &s.axes.ZAxis()}) axis->SetDataRange(kNoData, -kNoData);
+  TakeDefaults(s.axes);
+  TakeDefaults(s.contouring);
+  s.dataSets.SetCount(1);
+  {
+    const DataSet fresh;
+    PropertyBag bag;
+    fresh.WriteContents(bag, "");
+    s.dataSets.Item(0).ReadContents(bag, "");
+  }
+  TakeDefaults(s.faces);
+  TakeDefaults(s.legend);
+  InvalidatePlots();
+  TakeDefaults(s.header);
+
+  detail::CTrackball& ball = s.Trackball();
+  ball.SetRadius(1.5);
+  ball.SetRotation(60, 0, 30);
+  s.lightingOn = false;
+}
+
+void Surface::Terminate() noexcept {
+  SurfaceState& s = *state_;
+  if (s.terminated) return;
+  s.terminated = true;
+  s.connections.clear();
+  try {
+    s.passes->InvalidateFonts();
+  } catch (...) {  // the fonts go with the context below in any case
+  }
+  s.renderer.ReleaseLists(s.target);
+  s.target.Release();
+}
+
+orvane::DataSets& Surface::DataSets() noexcept { return state_->dataSets; }
+orvane::Axes& Surface::Axes() noexcept { return state_->axes; }
+orvane::Faces& Surface::Faces() noexcept { return state_->faces; }
+orvane::Contouring& Surface::Contouring() noexcept { return state_->contouring; }
+orvane::Legend& Surface::Legend() noexcept { return state_->legend; }
+Caption& Surface::Header() noexcept { return state_->header; }
+orvane::Cursor& Surface::Cursor() noexcept { return state_->cursor; }
+
+// ---------------------------------------------------------------------------------------
+// 2. Listening to the children
+//
+// Each handler marks what the change makes stale, refreshes when asked to, and tells the
+// host the key: the child's name for the property as raised, "DataSet" and the
+// zero-based index for a data change, the plot position, "_" and the name for a view.
+
+void Surface::ConnectChildren() {
+  SurfaceState& s = *state_;
+  auto& c = s.connections;
+  c.push_back(s.axes.FontChanged.Connect([this](const std::string& name) {
+    InvalidateFonts();
+    RefreshThenNotify(name);
+  }));
+  c.push_back(s.axes.PropertyChanged.Connect([this](const std::string& name) {
+    InvalidatePlots();
+    RefreshThenNotify(name);
+  }));
+  for (Axis* axis : {&s.axes.XAxis(), &s.axes.YAxis(), &s.axes.ZAxis()}) {
+    const bool isZ = axis == &s.axes.ZAxis();
+    c.push_back(axis->ScaleChanged.Connect([this, isZ](const std::string& name) {
+      SurfaceState& st = *state_;
+      st.marks.geometry = true;
+      detail::InvalidateDataSets(st.dataSets);  // the data sets rescale
+      InvalidatePlots();
+      if (isZ) st.marks.contours = true;  // the levels follow the Z axis
+      RefreshThenNotify(name);
+    }));
+  }
+  c.push_back(s.contouring.PropertyChanged.Connect([this](const std::string& name) {
+    detail::InvalidateDataSets(state_->dataSets);
+    state_->marks.contours = true;
+    InvalidatePlots();
+    RefreshThenNotify(name);
+  }));
+  c.push_back(s.cursor.PropertyChanged.Connect([this](const std::string& name) {
+    state_->redrawRequired = true;  // the data and the plots stay valid
+    RefreshThenNotify(name);
+  }));
+  c.push_back(s.dataSets.DataChanged.Connect([this](std::int32_t index) {
+    InvalidateData();
+    RefreshThenNotify("DataSet" + std::to_string(index));
+  }));
+  c.push_back(s.dataSets.ViewChanged.Connect([this](const std::string& position, const std::string& name) {
+    InvalidatePlots();
+    RefreshThenNotify(position + "_" + name);
+  }));
+  c.push_back(s.dataSets.PropertyChanged.Connect([this](const std::string& name) {
+    // A data set's resampling settings: its mesh and limits change with them. The
+    // limits a rebuild hands to its resampling are raised here too, while that rebuild
+    // is under way: they mark the data stale but start no refresh of their own.
+    InvalidateData();
+    bool rebuilding = false;
+    for (DataSet& data : state_->dataSets) rebuilding = rebuilding || detail::DataSetAccess::State(data).rebuilding;
+    if (rebuilding) {
+      host_.PropertyChanged(name);
+    } else {
+      RefreshThenNotify(name);
+    }
+  }));
+  c.push_back(s.faces.PropertyChanged.Connect([this](const std::string& name) { RefreshThenNotify(name); }));
+  c.push_back(s.header.PropertyChanged.Connect([this](const std::string& name) {
+    if (name == "Font") InvalidateFonts();
+    RefreshThenNotify(name);
+  }));
+  c.push_back(s.legend.PropertyChanged.Connect([this](const std::string& name) { RefreshThenNotify(name); }));
+}
+
+void Surface::RequestAutoRefresh() {
+  const SurfaceState& s = *state_;
+  if (!host_.UserMode() || !s.autoRefresh || s.loading || s.busy || s.terminated) return;
+  Refresh();
+}
+
+void Surface::RefreshThenNotify(const std::string& key) {
+  try {
+    RequestAutoRefresh();
+  } catch (...) {
+    host_.PropertyChanged(key);  // the change stands: the host hears of it all the same
+    throw;
+  }
+  host_.PropertyChanged(key);
+}
+
+void Surface::InvalidatePlots() noexcept { state_->renderer.MarkPlotsStale(); }
+
+void Surface::InvalidateFonts() {
+  state_->passes->InvalidateFonts();
+  state_->fontsDirty = true;
+}
+
+void Surface::InvalidateData() {
+  SurfaceState& s = *state_;
+  s.marks.geometry = true;
+  s.marks.contours = true;
+  detail::InvalidateDataSets(s.dataSets);
+  InvalidatePlots();
+}
+
+// ---------------------------------------------------------------------------------------
+// 3. Properties
+
+template <class T>
+void Surface::Let(T& field, T value, const char* key) {
+  if (field == value) return;
+  field = value;
+  RefreshThenNotify(key);
+}
+
+EAppearance Surface::Appearance() const noexcept { return state_->appearance; }
+
+void Surface::SetAppearance(std::int32_t value) {
+  if (value == host_.Appearance()) return;
+  if (value != orvFlat && value != orv3d) throw Error(5, kSource);
+  state_->appearance = static_cast<EAppearance>(value);
+  state_->appearancePending = true;
+  RefreshThenNotify("Appearance");
+}
+
+bool Surface::AutoRefresh() const noexcept { return state_->autoRefresh; }
+void Surface::SetAutoRefresh(bool value) { Let(state_->autoRefresh, value, "AutoRefresh"); }
+
+Color Surface::BackColor() const noexcept { return state_->backColor; }
+void Surface::SetBackColor(Color value) { Let(state_->backColor, value, "BackColor"); }
+
+EBorderStyle Surface::BorderStyle() const noexcept { return state_->borderStyle; }
+
+void Surface::SetBorderStyle(std::int32_t value) {
+  if (value == host_.BorderStyle()) return;
+  if (value != orvNone && value != orvFixedSingle) throw Error(5, kSource);
+  state_->borderStyle = static_cast<EBorderStyle>(value);
+  state_->borderStylePending = true;
+  RefreshThenNotify("BorderStyle");
+}
+
+bool Surface::Enabled() const { return host_.Enabled(); }
+
+void Surface::SetEnabled(bool value) {
+  if (value == host_.Enabled()) return;
+  host_.SetEnabled(value);
+  host_.PropertyChanged("Enabled");
+}
+
+Color Surface::ForeColor() const noexcept { return state_->foreColor; }
+void Surface::SetForeColor(Color value) { Let(state_->foreColor, value, "ForeColor"); }
+
+double Surface::LightingIntensityAmbient() const noexcept { return state_->lightingIntensityAmbient; }
+void Surface::SetLightingIntensityAmbient(double value) {
+  Let(state_->lightingIntensityAmbient, ClampedIntensity(value, "LightingIntensityAmbient"),
+      "LightingIntensityAmbient");
+}
+
+double Surface::LightingIntensitySpotlight() const noexcept { return state_->lightingIntensitySpotlight; }
+void Surface::SetLightingIntensitySpotlight(double value) {
+  // The stored format has always announced the spotlight under the shininess key.
+  Let(state_->lightingIntensitySpotlight, ClampedIntensity(value, "LightingIntensitySpotlight"),
+      "LightingMaterialShininess");
+}
+
+double Surface::LightingMaterialShininess() const noexcept { return state_->lightingMaterialShininess; }
+void Surface::SetLightingMaterialShininess(double value) {
+  Let(state_->lightingMaterialShininess, ClampedIntensity(value, "LightingMaterialShininess"),
+      "LightingMaterialShininess");
+}
+
+bool Surface::LightingOn() const noexcept { return state_->lightingOn; }
+
+void Surface::SetLightingOn(bool value) {
+  if (state_->lightingOn == value) return;
+  state_->lightingOn = value;
+  InvalidatePlots();  // and deliberately no refresh
+  host_.PropertyChanged("LightingOn");
+}
+
+double Surface::OffsetHorizontal() const noexcept { return state_->offsetHorizontal; }
+void Surface::SetOffsetHorizontal(double value) {
+  if (value == state_->offsetHorizontal) return;
+  CheckFinite(value, "OffsetHorizontal");
+  Let(state_->offsetHorizontal, value, "HorizontalOffset");
+}
+
+double Surface::OffsetVertical() const noexcept { return state_->offsetVertical; }
+void Surface::SetOffsetVertical(double value) {
+  if (value == state_->offsetVertical) return;
+  CheckFinite(value, "OffsetVertical");
+  Let(state_->offsetVertical, value, "VerticalOffset");
+}
+
+EPlotType Surface::PlotType() const noexcept { return state_->plotType; }
+
+void Surface::SetPlotType(std::int32_t value) {
+  if (value == state_->plotType) return;
+  if (value != orvPlotType3D && value != orvPlotType2D) throw Error(5, kSource);
+  Let(state_->plotType, static_cast<EPlotType>(value), "ViewType");
+}
+
+std::int32_t Surface::RotationX() const { return state_->Trackball().RotationX(); }
+std::int32_t Surface::RotationY() const { return state_->Trackball().RotationY(); }
+std::int32_t Surface::RotationZ() const { return state_->Trackball().RotationZ(); }
+void Surface::SetRotationX(double degrees) { SetRotation(0, degrees, "RotationX", "XRotation"); }
+void Surface::SetRotationY(double degrees) { SetRotation(1, degrees, "RotationY", "YRotation"); }
+void Surface::SetRotationZ(double degrees) { SetRotation(2, degrees, "RotationZ", "ZRotation"); }
+
+void Surface::SetRotation(int axis, double degrees, const char* name, const char* key) {
+  const std::int32_t angle = NormalisedRotation(degrees, name);
+  detail::CTrackball& ball = state_->Trackball();
+  if (axis == 0) {
+    ball.SetRotationX(angle);
+  } else if (axis == 1) {
+    ball.SetRotationY(angle);
+  } else {
+    ball.SetRotationZ(angle);
+  }
+  RefreshThenNotify(key);
+}
+
+double Surface::Zoom() const noexcept { return state_->zoom; }
+
+void Surface::SetZoom(double value) {
+  if (value == state_->zoom) return;
+  if (!(value > 0.0)) throw Error(5, kSource);
+  CheckFinite(value, "Zoom");
+  Let(state_->zoom, value, "Zoom");
+}
+
+// ---------------------------------------------------------------------------------------
+// 4. Refresh and the paint step
+
+void Surface::Recalculate() {
+  SurfaceState& s = *state_;
+  // Resampling runs report to the host from this thread only; their worker threads see
+  // the host's last answer.
+  const std::thread::id self = std::this_thread::get_id();
+  auto stop = std::make_shared<std::atomic<bool>>(false);
+  Host& host = host_;
+  ProgressCallback progress = [&host, self, stop](std::int64_t done, std::int64_t total) {
+    if (std::this_thread::get_id() == self && !stop->load()) {
+      const double fraction = total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
+      if (!host.ReportProgress(fraction)) stop->store(true);
+    }
+    return !stop->load();
+  };
+  detail::Scene scene = s.SceneOf();
+  if (s.recalculation.Run(scene, s.marks, progress, [this] { InvalidatePlots(); })) InvalidatePlots();
+}
+
+void Surface::Refresh() {
+  SurfaceState& s = *state_;
+  const detail::CMousePointer wait(host_, kPointerHourglass);
+  const FlagScope busy(s.busy, true);
+  if (s.borderStylePending) {
+    s.borderStylePending = false;
+    host_.SetBorderStyle(s.borderStyle);
+  }
+  if (s.appearancePending) {
+    s.appearancePending = false;
+    if (s.borderStyle != orvNone) host_.SetAppearance(s.appearance);
+  }
+  if (s.fontsDirty) {
+    s.passes->RebuildFonts();
+    s.fontsDirty = false;
+  }
+  Recalculate();
+  s.redrawRequired = true;
+  EnsureTarget();
+  PaintStep(s.target, nullptr, 0, 0);
+  host_.RequestRepaint();
+}
+
+void Surface::EnsureTarget() {
+  SurfaceState& s = *state_;
+  if (s.targetMade) return;
+  s.target.Create(s.width, s.height);
+  s.targetMade = true;
+}
+
+void Surface::PaintStep(detail::RenderTarget& target, DeviceContext* dc, std::int32_t left,
+                        std::int32_t top) noexcept {
+  SurfaceState& s = *state_;
+  try {
+    const FlagScope busy(s.busy, true);
+    if (s.fontsDirty) {
+      s.passes->RebuildFonts();
+      s.fontsDirty = false;
+      detail::InvalidateDataSets(s.dataSets);
+      Recalculate();
+    }
+    if (s.redrawRequired) {
+      s.redrawRequired = false;
+      detail::Scene scene = s.SceneOf();
+      s.renderer.Render(target, scene, SettingsOf(s, target), s.passes.get(), false);
+    }
+  } catch (const std::exception& e) {
+    s.lastPaintError = e.what();
+  } catch (...) {
+    s.lastPaintError = "an unknown error";
+  }
+  // Whatever failed above, the last picture is shown.
+  if (dc == nullptr) return;
+  try {
+    target.CopyTo(*dc, left, top);
+  } catch (const std::exception& e) {
+    s.lastPaintError = e.what();
+  } catch (...) {
+    s.lastPaintError = "an unknown error";
+  }
+}
+
+void Surface::Reset() {
+  InitProperties();
+  InvalidateData();
+  Refresh();
+}
+
+void Surface::ShowPropertyPages(const std::vector<std::string>& settings) { host_.ShowPropertyPages(*this, settings); }
+
+// ---------------------------------------------------------------------------------------
+// 5. What the host calls
+
+void Surface::OnPaint(DeviceContext& dc) noexcept {
+  try {
+    EnsureTarget();
+  } catch (...) {  // no picture can be had: nothing to copy
+    return;
+  }
+  PaintStep(state_->target, &dc, 0, 0);
+}
+
+void Surface::OnResize(std::int32_t width, std::int32_t height) {
+  SurfaceState& s = *state_;
+  InvalidateFonts();
+  s.renderer.ReleaseLists(s.target);
+  s.target.Create(width, height);  // a refused size leaves the old target as it was
+  s.targetMade = true;
+  s.width = width;
+  s.height = height;
+  s.redrawRequired = true;
+}
+
+void Surface::OnMouseDown(std::int16_t button, std::int16_t shift, float x, float y) {
+  state_->lastMouseX = x;
+  state_->lastMouseY = y;
+  MouseDown.Raise(button, shift, x, y);
+}
+
+void Surface::OnMouseMove(std::int16_t button, std::int16_t shift, float x, float y) {
+  MouseMove.Raise(button, shift, x, y);
+}
+
+void Surface::OnDblClick() { DblClick.Raise(); }
+
+}  // namespace orvane

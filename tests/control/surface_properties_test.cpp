@@ -1,0 +1,314 @@
+// The control's properties: defaults, refused values, clamping, the keys the host hears
+// (with their deliberate oddities), the children's defaults and the keys their changes
+// bring up.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "control_fixture.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+using testing::Control;
+
+constexpr const char* kSource = "Orvada.Surface";
+constexpr const char* kInvalid = "Invalid procedure call or argument";
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+TEST(SurfaceProperties, ANewControlTakesItsDefaults) {
+  Control c;
+  Surface& s = c.surface;
+  EXPECT_EQ(s.Appearance(), orvFlat);
+  EXPECT_FALSE(s.AutoRefresh());
+  EXPECT_EQ(s.BackColor(), 0xFFFFFFu);
+  EXPECT_EQ(s.ForeColor(), 0u);
+  EXPECT_EQ(s.BorderStyle(), orvNone);
+  EXPECT_TRUE(s.Enabled());
+  EXPECT_DOUBLE_EQ(s.LightingIntensityAmbient(), 0.5);
+  EXPECT_DOUBLE_EQ(s.LightingIntensitySpotlight(), 1.0);
+  EXPECT_DOUBLE_EQ(s.LightingMaterialShininess(), 0.5);
+  EXPECT_FALSE(s.LightingOn());
+  EXPECT_EQ(s.OffsetHorizontal(), 0.0);
+  EXPECT_EQ(s.OffsetVertical(), 0.0);
+  EXPECT_EQ(s.PlotType(), orvPlotType3D);
+  EXPECT_EQ(s.RotationX(), 60);
+  EXPECT_EQ(s.RotationY(), 0);
+  EXPECT_EQ(s.RotationZ(), 30);
+  EXPECT_EQ(s.Zoom(), 1.0);
+  EXPECT_EQ(c.State().Trackball().Radius(), 1.5);
+  EXPECT_EQ(s.DataSets().Count(), 1);
+  EXPECT_EQ(s.Header().Text(), "");
+  EXPECT_TRUE(s.Legend().Visible());
+  EXPECT_EQ(s.Contouring().AutoSetContoursType(), orvAutoSetByIntervalCount);
+  // Nothing is drawn by taking the defaults.
+  EXPECT_EQ(c.Frames(), 0);
+}
+
+TEST(SurfaceProperties, InitPropertiesPutsTheChildrenBackToTheirDefaultsButNotTheCursor) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetBackColor(0x123456);
+  s.SetZoom(3);
+  s.SetRotationZ(100);
+  s.Axes().XAxis().SetTitle("Easting");
+  s.Axes().TitleFontMaster().SetSize(20.0);
+  s.Contouring().SetInterpolateColors(true);
+  s.DataSets().SetCount(3);
+  testing::Saddle(s.DataSets().Item(2));
+  s.DataSets().Item(0).ViewMain().SetMeshVisible(true);
+  s.Faces().SetFillColorMaster(0x00FF00);
+  s.Legend().SetVisible(false);
+  s.Header().SetText("Title");
+  s.Header().Font().SetSize(24.0);
+  s.Cursor().SetVisible(true);
+  s.Refresh();
+  ASSERT_GT(s.Axes().ZAxis().Max(), 0.5);  // from the saddle
+
+  s.InitProperties();
+  EXPECT_EQ(s.BackColor(), 0xFFFFFFu);
+  EXPECT_EQ(s.Zoom(), 1.0);
+  EXPECT_EQ(s.RotationZ(), 30);
+  EXPECT_EQ(s.Axes().XAxis().Title(), "X");
+  // The scale is the stored default, not one worked out from the data that went.
+  orvane::Axes fresh;
+  EXPECT_EQ(s.Axes().ZAxis().Min(), fresh.ZAxis().Min());
+  EXPECT_EQ(s.Axes().ZAxis().Max(), fresh.ZAxis().Max());
+  EXPECT_EQ(s.Axes().ZAxis().MajorInterval(), fresh.ZAxis().MajorInterval());
+  EXPECT_EQ(s.Axes().TitleFontMaster().SizePoints(), 8.0);
+  EXPECT_FALSE(s.Contouring().InterpolateColors());
+  ASSERT_EQ(s.DataSets().Count(), 1);
+  EXPECT_EQ(detail::DataSetAccess::State(s.DataSets().Item(0)).pointCount, 0);
+  EXPECT_FALSE(s.DataSets().Item(0).ViewMain().MeshVisible());
+  EXPECT_EQ(s.Faces().FillColorMaster(), 0xFFFFFFu);
+  EXPECT_TRUE(s.Legend().Visible());
+  EXPECT_EQ(s.Header().Text(), "");
+  EXPECT_EQ(s.Header().Font().SizePoints(), 10.0);
+  EXPECT_TRUE(s.Header().Font().Bold());
+  // The cursor is not among the objects that take their defaults.
+  EXPECT_TRUE(s.Cursor().Visible());
+}
+
+// A let that must be refused with error 5, keeping the old value and telling the host
+// nothing.
+struct Refusal {
+  const char* what;
+  std::function<void(Surface&)> let;
+  std::function<double(Surface&)> read;
+  const char* description;
+};
+
+TEST(SurfaceProperties, RefusedValuesRaiseError5AndKeepTheOldValue) {
+  const std::vector<Refusal> cases = {
+      {"Appearance 2", [](Surface& s) { s.SetAppearance(2); }, [](Surface& s) { return double(s.Appearance()); }, kInvalid},
+      {"Appearance -1", [](Surface& s) { s.SetAppearance(-1); }, [](Surface& s) { return double(s.Appearance()); }, kInvalid},
+      {"BorderStyle 2", [](Surface& s) { s.SetBorderStyle(2); }, [](Surface& s) { return double(s.BorderStyle()); }, kInvalid},
+      {"PlotType 2", [](Surface& s) { s.SetPlotType(2); }, [](Surface& s) { return double(s.PlotType()); }, kInvalid},
+      {"PlotType -1", [](Surface& s) { s.SetPlotType(-1); }, [](Surface& s) { return double(s.PlotType()); }, kInvalid},
+      {"Zoom 0", [](Surface& s) { s.SetZoom(0); }, [](Surface& s) { return s.Zoom(); }, kInvalid},
+      {"Zoom -2", [](Surface& s) { s.SetZoom(-2); }, [](Surface& s) { return s.Zoom(); }, kInvalid},
+      {"Zoom NaN", [](Surface& s) { s.SetZoom(kNaN); }, [](Surface& s) { return s.Zoom(); }, kInvalid},
+      {"Zoom infinite", [](Surface& s) { s.SetZoom(kInf); }, [](Surface& s) { return s.Zoom(); },
+       "Zoom must be a finite number."},
+      {"OffsetHorizontal NaN", [](Surface& s) { s.SetOffsetHorizontal(kNaN); },
+       [](Surface& s) { return s.OffsetHorizontal(); }, "OffsetHorizontal must be a finite number."},
+      {"OffsetVertical infinite", [](Surface& s) { s.SetOffsetVertical(-kInf); },
+       [](Surface& s) { return s.OffsetVertical(); }, "OffsetVertical must be a finite number."},
+      {"LightingIntensityAmbient NaN", [](Surface& s) { s.SetLightingIntensityAmbient(kNaN); },
+       [](Surface& s) { return s.LightingIntensityAmbient(); }, "LightingIntensityAmbient must be a number, not NaN."},
+      {"LightingIntensitySpotlight NaN", [](Surface& s) { s.SetLightingIntensitySpotlight(kNaN); },
+       [](Surface& s) { return s.LightingIntensitySpotlight(); },
+       "LightingIntensitySpotlight must be a number, not NaN."},
+      {"LightingMaterialShininess NaN", [](Surface& s) { s.SetLightingMaterialShininess(kNaN); },
+       [](Surface& s) { return s.LightingMaterialShininess(); }, "LightingMaterialShininess must be a number, not NaN."},
+      {"RotationX infinite", [](Surface& s) { s.SetRotationX(kInf); }, [](Surface& s) { return double(s.RotationX()); },
+       "RotationX must be a finite number of degrees."},
+      {"RotationZ NaN", [](Surface& s) { s.SetRotationZ(kNaN); }, [](Surface& s) { return double(s.RotationZ()); },
+       "RotationZ must be a finite number of degrees."},
+  };
+  for (const Refusal& r : cases) {
+    Control c;
+    c.surface.SetAutoRefresh(true);
+    c.host.ClearRecords();
+    const std::int64_t frames = c.Frames();
+    const double before = r.read(c.surface);
+    EXPECT_ORVANE_ERROR(r.let(c.surface), 5, kSource, r.description) << r.what;
+    EXPECT_EQ(r.read(c.surface), before) << r.what;
+    EXPECT_TRUE(c.Keys().empty()) << r.what;
+    EXPECT_EQ(c.Frames(), frames) << r.what;
+  }
+}
+
+TEST(SurfaceProperties, LightingValuesAreClampedToZeroAndOne) {
+  Control c;
+  Surface& s = c.surface;
+  for (const double v : {-0.2, 1.7, -kInf, kInf, 0.25}) {
+    const double expected = v < 0 ? 0.0 : (v > 1 ? 1.0 : v);
+    s.SetLightingIntensityAmbient(v);
+    s.SetLightingIntensitySpotlight(v);
+    s.SetLightingMaterialShininess(v);
+    EXPECT_EQ(s.LightingIntensityAmbient(), expected) << v;
+    EXPECT_EQ(s.LightingIntensitySpotlight(), expected) << v;
+    EXPECT_EQ(s.LightingMaterialShininess(), expected) << v;
+  }
+}
+
+TEST(SurfaceProperties, RotationLetsGoIntoWholeTurnsAndRoundHalfToEven) {
+  Control c;
+  Surface& s = c.surface;
+  const std::vector<std::pair<double, std::int32_t>> cases = {
+      {720, 360}, {360, 360}, {1080, 360}, {-30, 330},  {-360, 0},   {0, 0},     {1080.4, 0},
+      {361, 1},   {45.5, 46}, {44.5, 44},  {-0.4, 360}, {359.6, 360}, {1e20, 280}, {-725, 355}};
+  for (const auto& [degrees, expected] : cases) {
+    s.SetRotationY(degrees);
+    EXPECT_EQ(s.RotationY(), expected) << degrees;
+  }
+  // The trackball takes the angles as its rotation.
+  s.SetRotationX(90);
+  s.SetRotationY(0);
+  s.SetRotationZ(0);
+  detail::CTrackball expected;
+  expected.SetRotation(90, 0, 0);
+  EXPECT_EQ(c.State().Trackball().Quaternion(), expected.Quaternion());
+}
+
+// Each let of the control, the key the host hears, and how often it hears it again when
+// the same value is let once more.
+struct Announced {
+  std::function<void(Surface&)> let;
+  const char* key;
+  std::size_t repeated = 0;
+};
+
+TEST(SurfaceProperties, EachLetTellsTheHostItsStoredKeyOnceAndNothingWhenUnchanged) {
+  const std::vector<Announced> cases = {
+      {[](Surface& s) { s.SetAutoRefresh(true); }, "AutoRefresh"},
+      {[](Surface& s) { s.SetBackColor(0x010203); }, "BackColor"},
+      {[](Surface& s) { s.SetForeColor(0x0000FF); }, "ForeColor"},
+      {[](Surface& s) { s.SetLightingIntensityAmbient(0.7); }, "LightingIntensityAmbient"},
+      // Deliberately under the shininess key.
+      {[](Surface& s) { s.SetLightingIntensitySpotlight(0.2); }, "LightingMaterialShininess"},
+      {[](Surface& s) { s.SetLightingMaterialShininess(0.9); }, "LightingMaterialShininess"},
+      {[](Surface& s) { s.SetLightingOn(true); }, "LightingOn"},
+      {[](Surface& s) { s.SetOffsetHorizontal(0.3); }, "HorizontalOffset"},
+      {[](Surface& s) { s.SetOffsetVertical(-0.3); }, "VerticalOffset"},
+      {[](Surface& s) { s.SetPlotType(orvPlotType2D); }, "ViewType"},
+      {[](Surface& s) { s.SetZoom(2.5); }, "Zoom"},
+      // The trackball takes every rotation let, since a drag may have turned it since.
+      {[](Surface& s) { s.SetRotationX(10); }, "XRotation", 1},
+      {[](Surface& s) { s.SetRotationY(20); }, "YRotation", 1},
+      {[](Surface& s) { s.SetRotationZ(40); }, "ZRotation", 1},
+      {[](Surface& s) { s.SetEnabled(false); }, "Enabled"},
+      // Compared with the window, which takes them only at the next refresh.
+      {[](Surface& s) { s.SetAppearance(orv3d); }, "Appearance", 1},
+      {[](Surface& s) { s.SetBorderStyle(orvFixedSingle); }, "BorderStyle", 1},
+  };
+  for (const Announced& a : cases) {
+    Control c;
+    a.let(c.surface);
+    EXPECT_EQ(c.Keys(), std::vector<std::string>{a.key}) << a.key;
+    c.host.ClearRecords();
+    a.let(c.surface);
+    EXPECT_EQ(c.Keys().size(), a.repeated) << a.key;
+  }
+}
+
+TEST(SurfaceProperties, EnabledIsTheWindowsOwnState) {
+  Control c;
+  c.surface.SetEnabled(false);
+  EXPECT_FALSE(c.host.Enabled());
+  c.host.SetEnabled(true);
+  EXPECT_TRUE(c.surface.Enabled());
+}
+
+TEST(SurfaceProperties, AppearanceEqualToTheWindowsLookIsIgnoredEvenWhenAnotherIsPending) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetAppearance(orvFlat);  // the window is flat already
+  EXPECT_TRUE(c.Keys().empty());
+  s.SetAppearance(orv3d);
+  EXPECT_EQ(s.Appearance(), orv3d);
+  EXPECT_EQ(c.host.Appearance(), orvFlat);  // applied by a refresh only
+  // Back to flat: the window still is flat, so the let does nothing at all.
+  s.SetAppearance(orvFlat);
+  EXPECT_EQ(s.Appearance(), orv3d);
+  EXPECT_EQ(c.Keys(), std::vector<std::string>{"Appearance"});
+  // A refused value equal to nothing the window has still raises.
+  EXPECT_ORVANE_ERROR(s.SetAppearance(5), 5, kSource, kInvalid);
+}
+
+TEST(SurfaceProperties, AppearanceReachesTheWindowOnlyWithASingleBorder) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetAppearance(orv3d);
+  s.Refresh();
+  EXPECT_EQ(c.host.Appearance(), orvFlat);  // no border: the look is not applied
+  s.SetBorderStyle(orvFixedSingle);
+  s.SetAppearance(orv3d);  // the window is still flat, so this marks it again
+  s.Refresh();
+  EXPECT_EQ(c.host.BorderStyle(), orvFixedSingle);
+  EXPECT_EQ(c.host.Appearance(), orv3d);
+  // The window's border is what the let compares with.
+  c.host.ClearRecords();
+  s.SetBorderStyle(orvFixedSingle);
+  EXPECT_TRUE(c.Keys().empty());
+}
+
+TEST(SurfaceProperties, ChildrenChangesComeUpUnderTheirKeys) {
+  Control c;
+  Surface& s = c.surface;
+  s.Header().SetText("Title");
+  s.Legend().SetVisible(false);
+  s.Faces().SetFillColorMaster(0x00FF00);
+  s.Cursor().SetVisible(true);
+  s.Contouring().SetInterpolateColors(true);
+  s.Axes().SetKeepXYAspectRatio(true);
+  s.Axes().LabelsFontMaster().SetBold(true);
+  s.Axes().XAxis().SetAutoRangeType(orvAutoRangeOff);
+  s.DataSets().Item(0).ViewMain().SetVisible(false);
+  s.DataSets().Item(0).ViewBottom().MeshLine().SetWidth(3);
+  s.DataSets().Item(0).Resampling().SetIntervalCount(5);
+  // A master reaches the faces and axes before it is announced itself.
+  EXPECT_EQ(c.Keys(),
+            (std::vector<std::string>{"Text", "Visible", "XYFace.FillColor", "XZFace.FillColor", "YZFace.FillColor",
+                                      "FillColorMaster", "Visible", "InterpolateColors", "KeepXYAspectRatio",
+                                      "XAxis.LabelsFont", "YAxis.LabelsFont", "ZAxis.LabelsFont", "LabelsFontMaster",
+                                      "AutoRangeType", "Main_Visible", "Bottom_MeshLine.Width",
+                                      "DataSet1.Resampling.IntervalCount"}));
+}
+
+TEST(SurfaceProperties, ADataChangeOfDataSet2IsNotifiedAsDataSet2) {
+  Control c;
+  Surface& s = c.surface;
+  s.DataSets().SetCount(3);
+  c.host.ClearRecords();
+  testing::Saddle(s.DataSets().Item(2));
+  // The setter clears the data set first and then announces the new data: two changes.
+  EXPECT_EQ(c.Keys(), (std::vector<std::string>{"DataSet2", "DataSet2"}));
+  c.host.ClearRecords();
+  s.DataSets().Item(1).Clear();
+  EXPECT_EQ(c.Keys(), (std::vector<std::string>{"DataSet1"}));
+}
+
+TEST(SurfaceProperties, TerminateStopsListeningAndDrawing) {
+  Control c;
+  Surface& s = c.surface;
+  s.Terminate();
+  s.Terminate();
+  s.Header().SetText("after");
+  EXPECT_TRUE(c.Keys().empty());
+  s.SetAutoRefresh(true);
+  s.Refresh();
+  EXPECT_EQ(c.Frames(), 0);
+  EXPECT_FALSE(c.State().target.HasContext());
+}
+
+}  // namespace
+}  // namespace orvane

@@ -1,0 +1,323 @@
+// The refresh cycle: when the control draws, what a change makes it recalculate, the
+// axis-limit error, the wait pointer, resampling progress through the host and a run
+// the host stops, and the paint step that keeps every error from the host.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "control_fixture.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+using testing::Control;
+
+constexpr Color kWhite = 0xFFFFFF;
+
+TEST(SurfaceRefresh, WithoutAutoRefreshNothingDrawsUntilRefresh) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetBackColor(0x102030);
+  s.SetZoom(1.5);
+  s.SetRotationZ(45);
+  s.Header().SetText("Title");
+  testing::Saddle(s.DataSets().Item(0));
+  EXPECT_EQ(c.Frames(), 0);
+  EXPECT_EQ(c.host.RepaintRequests(), 0);
+  s.Refresh();
+  EXPECT_EQ(c.Frames(), 1);
+  EXPECT_EQ(c.host.RepaintRequests(), 1);
+  EXPECT_EQ(c.Image().Pixel(0, 0), 0x102030u);
+}
+
+TEST(SurfaceRefresh, WithAutoRefreshEachLetDrawsOnce) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetAutoRefresh(true);  // the let itself refreshes
+  EXPECT_EQ(c.Frames(), 1);
+  const std::vector<std::function<void()>> lets = {
+      [&s] { s.SetBackColor(0x203040); },
+      [&s] { s.SetForeColor(0x0000FF); },
+      [&s] { s.SetZoom(1.2); },
+      [&s] { s.SetOffsetHorizontal(0.1); },
+      [&s] { s.SetRotationX(70); },
+      [&s] { s.SetLightingIntensityAmbient(0.3); },
+      [&s] { s.SetPlotType(orvPlotType2D); },
+      [&s] { s.Header().SetText("Title"); },
+      [&s] { s.Legend().SetVisible(false); },
+      [&s] { s.Cursor().SetXValue(0.5); },
+      [&s] { s.Contouring().SetColorMapType(orvColorMapBlueRed); },
+      [&s] { s.DataSets().Item(0).ViewTop().SetVisible(false); },
+  };
+  for (std::size_t k = 0; k < lets.size(); ++k) {
+    const std::int64_t before = c.Frames();
+    lets[k]();
+    EXPECT_EQ(c.Frames(), before + 1) << "let " << k;
+  }
+  EXPECT_EQ(c.Image().Pixel(0, 0), 0x203040u);
+}
+
+TEST(SurfaceRefresh, LightingOnNeverRefreshesByItselfButItsNextFrameRebuildsTheLists) {
+  Control c;
+  Surface& s = c.surface;
+  testing::Saddle(s.DataSets().Item(0));
+  s.SetAutoRefresh(true);
+  const std::int64_t frames = c.Frames();
+  const std::int64_t builds = c.MainListBuilds();
+  s.SetLightingOn(true);
+  EXPECT_EQ(c.Frames(), frames);
+  s.Refresh();
+  EXPECT_EQ(c.Frames(), frames + 1);
+  EXPECT_EQ(c.MainListBuilds(), builds + 1);
+}
+
+TEST(SurfaceRefresh, AtDesignTimeOnlyThePaintRequestDraws) {
+  Control c;
+  c.host.SetUserMode(false);
+  Surface& s = c.surface;
+  s.SetAutoRefresh(true);
+  s.SetBackColor(0x00FF00);
+  s.Header().SetText("Designing");
+  testing::Saddle(s.DataSets().Item(0));
+  EXPECT_EQ(c.Frames(), 0);
+  ImageDC window(120, 90);
+  s.OnPaint(window);
+  EXPECT_EQ(c.Frames(), 1);  // the resize left the picture out of date
+  EXPECT_EQ(window.Pixel(0, 0), 0x00FF00u);
+  s.OnPaint(window);
+  EXPECT_EQ(c.Frames(), 1);  // nothing new: the picture is only copied
+}
+
+TEST(SurfaceRefresh, ACursorChangeRedrawsWithoutRecalculatingData) {
+  Control c;
+  Surface& s = c.surface;
+  testing::Scatter(s.DataSets().Item(0));
+  s.SetAutoRefresh(true);
+  const detail::DataSetState& data = detail::DataSetAccess::State(s.DataSets().Item(0));
+  const std::int64_t frames = c.Frames();
+  const std::int64_t builds = c.MainListBuilds();
+  EXPECT_FALSE(c.State().marks.geometry);
+  EXPECT_FALSE(c.State().marks.contours);
+
+  s.Cursor().SetVisible(true);
+  s.Cursor().SetXValue(1.0);
+  EXPECT_EQ(c.Frames(), frames + 2);
+  // Anything recalculated would have marked the list stale: it is replayed as it was.
+  EXPECT_EQ(c.MainListBuilds(), builds);
+  EXPECT_FALSE(c.State().marks.geometry);
+  EXPECT_FALSE(c.State().marks.contours);
+  EXPECT_FALSE(data.needsRebuild);
+  EXPECT_FALSE(data.contoursStale);
+
+  // A contouring change, by contrast, derives the levels again and rebuilds the list.
+  s.Contouring().SetAutoSetIntervalCount(4);
+  EXPECT_EQ(c.Frames(), frames + 3);
+  EXPECT_EQ(c.MainListBuilds(), builds + 1);
+  EXPECT_EQ(s.Contouring().Contours().Count(), 5);
+}
+
+TEST(SurfaceRefresh, RefreshFollowsTheDataWithTheAxesAndTheLevels) {
+  Control c;
+  Surface& s = c.surface;
+  testing::Saddle(s.DataSets().Item(0));
+  s.Axes().ZAxis().SetAutoRangeType(orvAutoRangeExact);
+  s.Refresh();
+  EXPECT_EQ(s.Axes().ZAxis().Min(), 0.0);
+  EXPECT_EQ(s.Axes().ZAxis().Max(), 1.0);
+  // Ten intervals over the Z axis's range: eleven levels from 0.
+  ASSERT_EQ(s.Contouring().Contours().Count(), 11);
+  EXPECT_EQ(s.Contouring().Contours().Item(0)->Value(), 0.0);
+  EXPECT_NEAR(s.Contouring().Contours().Item(10)->Value(), 1.0, 1e-12);
+  EXPECT_GT(testing::CountNot(c.Image(), kWhite), 500);
+}
+
+TEST(SurfaceRefresh, AnAxisMinimumAboveItsMaximumRaisesOnRefreshWithTheAxisLetter) {
+  Control c;
+  Surface& s = c.surface;
+  testing::Saddle(s.DataSets().Item(0));
+  s.Refresh();
+  const std::vector<std::uint8_t> picture = c.Image().bits;
+  const std::int64_t frames = c.Frames();
+
+  s.Axes().YAxis().SetAutoRangeType(orvAutoRangeOff);
+  s.Axes().YAxis().SetMin(2.0);
+  s.Axes().YAxis().SetMax(1.0);
+  c.host.ClearRecords();
+  EXPECT_ORVANE_ERROR(s.Refresh(), -2147221303, "Orvada.Surface", "Y Axis minimum is greater than maximum");
+  EXPECT_EQ(c.Frames(), frames);
+  EXPECT_EQ(c.Image().bits, picture);
+  // The wait pointer came and went although the refresh failed.
+  EXPECT_EQ(c.host.PointerChanges(), (std::vector<std::int32_t>{kPointerHourglass, kPointerDefault}));
+  EXPECT_EQ(c.host.MousePointer(), kPointerDefault);
+  // Still stale: the next refresh meets the same limits.
+  EXPECT_ORVANE_ERROR(s.Refresh(), -2147221303, "Orvada.Surface", "Y Axis minimum is greater than maximum");
+
+  // X is checked before Z.
+  s.Axes().YAxis().SetMax(3.0);
+  for (Axis* axis : {&s.Axes().ZAxis(), &s.Axes().XAxis()}) {
+    axis->SetAutoRangeType(orvAutoRangeOff);
+    axis->SetMin(5.0);
+    axis->SetMax(4.0);
+  }
+  EXPECT_ORVANE_ERROR(s.Refresh(), -2147221303, "Orvada.Surface", "X Axis minimum is greater than maximum");
+  s.Axes().XAxis().SetMax(6.0);
+  EXPECT_ORVANE_ERROR(s.Refresh(), -2147221303, "Orvada.Surface", "Z Axis minimum is greater than maximum");
+  s.Axes().ZAxis().SetMax(6.0);
+  s.Refresh();
+  EXPECT_EQ(c.Frames(), frames + 1);
+}
+
+TEST(SurfaceRefresh, AnAutoRefreshThatFailsStillTellsTheHostOfTheChange) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetAutoRefresh(true);
+  s.Axes().XAxis().SetAutoRangeType(orvAutoRangeOff);  // 0 to 0 without data
+  c.host.ClearRecords();
+  EXPECT_ORVANE_ERROR(s.Axes().XAxis().SetMin(0.5), -2147221303, "Orvada.Surface",
+                      "X Axis minimum is greater than maximum");
+  EXPECT_EQ(s.Axes().XAxis().Min(), 0.5);
+  EXPECT_EQ(c.Keys(), std::vector<std::string>{"Min"});
+  EXPECT_EQ(c.host.MousePointer(), kPointerDefault);
+}
+
+TEST(SurfaceRefresh, TheWaitPointerGivesBackWhateverPointerWasShown) {
+  Control c;
+  c.host.SetMousePointer(3);
+  c.host.ClearRecords();
+  c.surface.Refresh();
+  EXPECT_EQ(c.host.PointerChanges(), (std::vector<std::int32_t>{kPointerHourglass, 3}));
+}
+
+// A data set whose scattered points are resampled by inverse distance.
+void Resampled(Surface& s, std::int32_t intervals) {
+  DataSet& data = s.DataSets().Item(0);
+  testing::Scatter(data, 20);
+  data.Resampling().SetResamplerType(orvResamplerTypeInverseDistance);
+  data.Resampling().SetIntervalCount(intervals);
+}
+
+TEST(SurfaceRefresh, ResamplingReportsItsProgressToTheHost) {
+  Control c;
+  Surface& s = c.surface;
+  Resampled(s, 60);
+  s.Refresh();
+  const std::vector<double>& reports = c.host.ProgressReports();
+  ASSERT_FALSE(reports.empty());
+  for (std::size_t k = 0; k < reports.size(); ++k) {
+    EXPECT_GT(reports[k], 0.0);
+    EXPECT_LE(reports[k], 1.0);
+    if (k > 0) {
+      EXPECT_GE(reports[k], reports[k - 1]);
+    }
+  }
+  EXPECT_EQ(detail::DataSetAccess::State(s.DataSets().Item(0)).gridX.size(), 61u);
+}
+
+TEST(SurfaceRefresh, AStopFromTheHostEndsWithError18AndKeepsThePictureAndTheData) {
+  Control c;
+  Surface& s = c.surface;
+  Resampled(s, 30);
+  s.Refresh();
+  const detail::DataSetState& data = detail::DataSetAccess::State(s.DataSets().Item(0));
+  ASSERT_EQ(data.gridX.size(), 31u);
+  const std::vector<double> meshZ = data.meshZ;
+  const std::vector<std::uint8_t> picture = c.Image().bits;
+  const std::int64_t frames = c.Frames();
+  const double zMax = s.Axes().ZAxis().Max();
+
+  s.DataSets().Item(0).Resampling().SetIntervalCount(80);
+  int asked = 0;
+  c.host.SetProgressHandler([&asked](double) {
+    ++asked;
+    return false;
+  });
+  c.host.ClearRecords();
+  EXPECT_ORVANE_ERROR(s.Refresh(), 18, "IInterpolator", "The resampling was interrupted.");
+  EXPECT_EQ(asked, 1);  // the run stops at the first answer
+  EXPECT_EQ(data.gridX.size(), 31u);
+  EXPECT_EQ(data.meshZ, meshZ);
+  EXPECT_EQ(c.Frames(), frames);
+  EXPECT_EQ(c.Image().bits, picture);
+  EXPECT_EQ(s.Axes().ZAxis().Max(), zMax);
+  EXPECT_EQ(c.host.MousePointer(), kPointerDefault);
+
+  // A paint that recalculates (the header's font changed) keeps the same stop to itself
+  // and shows the last picture.
+  s.Header().Font().SetItalic(true);
+  ImageDC window(120, 90);
+  s.OnPaint(window);
+  EXPECT_EQ(asked, 2);
+  EXPECT_NE(c.State().lastPaintError.find("interrupted"), std::string::npos);
+  EXPECT_EQ(c.Frames(), frames);
+  for (const auto& [x, y] : {std::pair{0, 0}, std::pair{60, 45}, std::pair{119, 89}, std::pair{30, 70}}) {
+    EXPECT_EQ(window.Pixel(x, y), c.Image().Pixel(x, y)) << x << ", " << y;
+  }
+
+  // Once the host lets it run, the new grid arrives.
+  c.host.SetProgressHandler({});
+  s.Refresh();
+  EXPECT_EQ(data.gridX.size(), 81u);
+  EXPECT_GT(c.Frames(), frames);
+}
+
+TEST(SurfaceRefresh, TheLimitsARebuildHandsToItsResamplingStartNoRefreshOfTheirOwn) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetAutoRefresh(true);
+  const std::int64_t frames = c.Frames();
+  DataSet& data = s.DataSets().Item(0);
+  testing::Scatter(data, 8);
+  data.Resampling().SetResamplerType(orvResamplerTypeInverseDistance);
+  EXPECT_EQ(c.Frames(), frames + 3);  // clear, new data, resampler: one refresh each
+  // Reading the resampled grid rebuilds the mesh outside a refresh: its limits come up
+  // to the host and mark the data stale, and nothing draws.
+  data.Resampling().SetIntervalCount(7);
+  const std::int64_t after = c.Frames();
+  c.host.ClearRecords();
+  c.State().marks.geometry = false;
+  detail::DataSetAccess::State(data).needsRebuild = true;
+  Array x, y;
+  Array2D z;
+  std::int32_t nx = 0, ny = 0;
+  data.ResampledDataAsRectangularGridGet(x, nx, y, ny, z);
+  EXPECT_EQ(c.Frames(), after);
+  EXPECT_EQ(c.Keys(), std::vector<std::string>{"DataSet1.Resampling.Limits"});
+  EXPECT_TRUE(c.State().marks.geometry);
+}
+
+TEST(SurfaceRefresh, ResetClearsTheDataAndDrawsTheEmptyControl) {
+  Control c;
+  Surface& s = c.surface;
+  s.DataSets().SetCount(2);
+  testing::Saddle(s.DataSets().Item(1));
+  s.SetBackColor(0x0000FF);
+  s.Refresh();
+  s.Reset();
+  EXPECT_EQ(s.DataSets().Count(), 1);
+  EXPECT_EQ(s.BackColor(), kWhite);
+  EXPECT_EQ(testing::CountNot(c.Image(), kWhite), 0);
+}
+
+TEST(SurfaceRefresh, AResizeDrawsAtTheNewSizeOnTheNextPaint) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetBackColor(0x336699);
+  s.Refresh();
+  EXPECT_ORVANE_ERROR(s.OnResize(-1, 10), 5, "Orvada.Surface");
+  EXPECT_EQ(c.Image().header.biWidth, 120);
+  s.OnResize(64, 40);
+  ImageDC window(64, 40);
+  const std::int64_t frames = c.Frames();
+  s.OnPaint(window);
+  EXPECT_EQ(c.Frames(), frames + 1);
+  EXPECT_EQ(c.Image().header.biWidth, 64);
+  EXPECT_EQ(c.Image().header.biHeight, 40);
+  EXPECT_EQ(window.Pixel(63, 39), 0x336699u);
+}
+
+}  // namespace
+}  // namespace orvane
