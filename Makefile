@@ -24,8 +24,8 @@ release: deps $(RELEASE)/build.ninja
 	cmake --build $(RELEASE) -j $(JOBS)
 
 demo: release
-	$(RELEASE)/bin/orvane --version
-	$(RELEASE)/bin/orvane --help
+	$(RELEASE)/bin/orvane render --sample -o sample.png
+	@echo "demo: wrote $(CURDIR)/sample.png"
 
 test: release
 	ctest --test-dir $(RELEASE) --output-on-failure -j $(JOBS)

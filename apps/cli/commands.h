@@ -15,5 +15,7 @@ void AddTriangulateCommand(CLI::App& app);
 void AddContourCommand(CLI::App& app);
 // orvane grid FILE --method idw|kriging|nn [options] -o OUT.csv|OUT.grd: a resampled grid.
 void AddGridCommand(CLI::App& app);
+// orvane render [FILE | --sample] -o OUT.png [options]: a plot of the data as PNG.
+void AddRenderCommand(CLI::App& app);
 
 }  // namespace orvane::cli

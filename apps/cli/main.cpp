@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
   orvane::cli::AddTriangulateCommand(app);
   orvane::cli::AddContourCommand(app);
   orvane::cli::AddGridCommand(app);
+  orvane::cli::AddRenderCommand(app);
 
   // Past a file-size limit a write then fails with EFBIG, which the output files report,
   // instead of the signal ending the process with a truncated file.

@@ -139,4 +139,27 @@ void ImageDC::SavePng(const std::string& path) const {
   }
 }
 
+std::vector<std::uint8_t> ImageDC::EncodePng() const {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  image.width = static_cast<png_uint_32>(width_);
+  image.height = static_cast<png_uint_32>(height_);
+  image.format = PNG_FORMAT_RGB;
+  png_alloc_size_t size = 0;
+  // A first call measures, the second writes.
+  if (png_image_write_to_memory(&image, nullptr, &size, 0, rgb_.data(), 0, nullptr) == 0) {
+    const std::string reason = image.message;
+    png_image_free(&image);
+    throw Error(5, kImageSource, "The image could not be encoded as PNG: " + reason + ".");
+  }
+  std::vector<std::uint8_t> bytes(size);
+  if (png_image_write_to_memory(&image, bytes.data(), &size, 0, rgb_.data(), 0, nullptr) == 0) {
+    const std::string reason = image.message;
+    png_image_free(&image);
+    throw Error(5, kImageSource, "The image could not be encoded as PNG: " + reason + ".");
+  }
+  bytes.resize(size);
+  return bytes;
+}
+
 }  // namespace orvane

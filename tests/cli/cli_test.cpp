@@ -16,6 +16,7 @@
 #include <vector>
 
 #include <nlohmann/json.hpp>
+#include <png.h>
 
 namespace {
 
@@ -505,6 +506,98 @@ TEST_F(Cli, GridStopsCleanlyWhenInterrupted) {
   EXPECT_NE(output.find("The resampling was interrupted."), std::string::npos) << output;
   EXPECT_FALSE(std::filesystem::exists(out));
   EXPECT_FALSE(std::filesystem::exists(out + ".partial"));
+}
+
+}  // namespace
+
+namespace {
+
+// A PNG file's pixels as RGB rows, through libpng; empty when it cannot be read.
+struct Png {
+  int width = 0, height = 0;
+  std::vector<std::uint8_t> rgb;
+  std::uint32_t At(int x, int y) const {
+    const std::size_t k = (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) * 3;
+    return rgb[k] | rgb[k + 1] << 8 | rgb[k + 2] << 16;
+  }
+};
+
+Png ReadPng(const std::string& path) {
+  Png png;
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return png;
+  image.format = PNG_FORMAT_RGB;
+  png.width = static_cast<int>(image.width);
+  png.height = static_cast<int>(image.height);
+  png.rgb.resize(PNG_IMAGE_SIZE(image));
+  if (png_image_finish_read(&image, nullptr, png.rgb.data(), 0, nullptr) == 0) return Png{};
+  return png;
+}
+
+TEST_F(Cli, RenderDrawsTheSampleAndDataFilesToPng) {
+  const std::string out = (dir_ / "s.png").string();
+  const Outcome run = Orvane("render --sample --size 320x240 -o " + out);
+  ASSERT_EQ(run.status, 0) << run.out;
+  const Png png = ReadPng(out);
+  ASSERT_EQ(png.width, 320);
+  ASSERT_EQ(png.height, 240);
+  EXPECT_EQ(png.At(0, 0), 0xFFFFFFu);  // white background in the corners
+  EXPECT_EQ(png.At(319, 239), 0xFFFFFFu);
+  int coloured = 0;
+  for (int y = 0; y < png.height; ++y) {
+    for (int x = 0; x < png.width; ++x) {
+      const std::uint32_t c = png.At(x, y);
+      const int r = static_cast<int>(c & 0xFF), g = static_cast<int>(c >> 8 & 0xFF), b = static_cast<int>(c >> 16 & 0xFF);
+      coloured += std::max({r, g, b}) - std::min({r, g, b}) > 60;  // clearly not grey
+    }
+  }
+  EXPECT_GT(coloured, 2000);
+
+  // Scattered points, a grid file, and a resampled surface, in 2-D and 3-D.
+  std::ostringstream xyz, grd;
+  std::mt19937 random(9);
+  std::uniform_real_distribution<double> unit(0, 1);
+  for (int i = 0; i < 200; ++i) {
+    const double x = unit(random), y = unit(random);
+    xyz << x << ' ' << y << ' ' << std::sin(5 * x) * y << '\n';
+  }
+  grd << "DSAA\n3 3\n0 1\n0 1\n0 4\n0 1 2\n1 2 3\n2 3 4\n";
+  const std::string points = Write("p.xyz", xyz.str()), grid = Write("g.grd", grd.str());
+  for (const std::string& arguments :
+       {points + " --plot-type 2d", grid + " --lighting --mesh --colormap land-sea-dark", points + " --resample idw --intervals 20",
+        points + " --markers --no-fill --rotation 90,0,0 --zoom 1.5 --contours 5 --interpolate-colors --title T"}) {
+    const Outcome r = Orvane("render " + arguments + " --size 160x120 -o " + out);
+    EXPECT_EQ(r.status, 0) << arguments << "\n" << r.out;
+    EXPECT_EQ(ReadPng(out).width, 160) << arguments;
+  }
+}
+
+TEST_F(Cli, RenderRefusesBadRequests) {
+  const std::string points = Write("p.xyz", "0 0 1\n1 0 2\n0 1 3\n1 1 4\n");
+  const std::string out = (dir_ / "r.png").string();
+  const std::pair<std::string, std::string> cases[] = {
+      {"-o " + out, "orvane: give either a data FILE or --sample\n"},
+      {points + " --sample -o " + out, "orvane: give either a data FILE or --sample\n"},
+      {points + " --size 0x10 -o " + out, "orvane: --size must be WIDTHxHEIGHT with each side from 1 to 16384, as in 800x600\n"},
+      {points + " --size 800 -o " + out, "orvane: --size must be WIDTHxHEIGHT with each side from 1 to 16384, as in 800x600\n"},
+      {points + " --plot-type 4d -o " + out, "orvane: --plot-type must be 3d or 2d\n"},
+      {points + " --rotation 1,2 -o " + out, "orvane: --rotation takes three angles: X,Y,Z\n"},
+      {points + " --zoom 0 -o " + out, "orvane: --zoom must be a finite number above 0\n"},
+      {points + " --contours 0 -o " + out, "orvane: --contours must be between 1 and 10000\n"},
+      {points + " --power 2 -o " + out, "orvane: --power applies with --resample only\n"},
+      {"--sample --resample idw -o " + out, "orvane: --resample applies to a data FILE only\n"},
+      {(dir_ / "none.xyz").string() + " -o " + out,
+       "orvane: " + (dir_ / "none.xyz").string() + ": cannot open the file (No such file or directory)\n"}};
+  for (const auto& [arguments, message] : cases) {
+    const Outcome run = Orvane("render " + arguments);
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_EQ(run.out, message) << arguments;
+  }
+  const Outcome map = Orvane("render " + points + " --colormap plaid -o " + out);
+  EXPECT_EQ(map.status, 2);
+  EXPECT_NE(map.out.find("--colormap must be one of blue-red"), std::string::npos) << map.out;
+  EXPECT_FALSE(std::filesystem::exists(out));
 }
 
 }  // namespace

@@ -85,6 +85,8 @@ class ImageDC : public DeviceContext {
   /// that cannot be written raises error 5 naming the file and the system's or libpng's
   /// reason; a partly written file is removed.
   void SavePng(const std::string& path) const;
+  /// The image as the bytes of a PNG file (error 5 when libpng refuses it).
+  std::vector<std::uint8_t> EncodePng() const;
 
  private:
   int width_;

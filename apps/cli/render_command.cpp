@@ -1,0 +1,224 @@
+// orvane render: draw a data file (XYZ points or a DSAA grid), or the built-in sample,
+// through the control to a PNG image.
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "orvane/control/surface.h"
+#include "orvane/core/error.h"
+#include "orvane/data/grid_file.h"
+#include "orvane/data/xyz_file.h"
+#include "orvane/host/headless_host.h"
+#include "orvane/render/device_context.h"
+#include "orvane/render/view.h"
+#include "output_file.h"
+#include "resample_options.h"
+
+namespace orvane::cli {
+
+namespace {
+
+struct RenderOptions {
+  std::string file;
+  bool sample = false;
+  std::string output;
+  std::string size = "800x600";
+  std::string plotType = "3d";
+  std::vector<double> rotation;
+  double zoom = 1.0;
+  std::string title;
+  std::string colormap;
+  std::int64_t contours = 10;
+  bool interpolateColors = false;
+  bool lighting = false;
+  bool mesh = false;
+  bool markers = false;
+  bool noFill = false;
+  bool noLines = false;
+  bool noLegend = false;
+  bool timings = false;
+  ResampleOptions resample;
+  CLI::Option* titleOption = nullptr;
+  CLI::Option* contoursOption = nullptr;
+  CLI::Option* zoomOption = nullptr;
+};
+
+// Seconds spent in each stage of a run.
+class Stopwatch {
+ public:
+  void Lap(const std::string& stage) {
+    const auto now = std::chrono::steady_clock::now();
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%s %.3f s", stage.c_str(), std::chrono::duration<double>(now - last_).count());
+    text_ += (text_.empty() ? "" : ", ") + std::string(buffer);
+    last_ = now;
+  }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+  std::string text_;
+};
+
+[[noreturn]] void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
+
+// The built-in colour maps by the names a user types.
+const std::map<std::string, std::int32_t>& ColorMaps() {
+  static const std::map<std::string, std::int32_t> maps{
+      {"blue-red", orvColorMapBlueRed},       {"red-blue", orvColorMapRedBlue},
+      {"rainbow", orvColorMapRainbow},        {"rainbow-reverse", orvColorMapRainbowReverse},
+      {"rainbow-striped", orvColorMapRainbowStriped}, {"zebra-striped", orvColorMapZebraStriped},
+      {"land-sea-dark", orvColorMapLandSeaDark},     {"land-sea-light", orvColorMapLandSeaLight}};
+  return maps;
+}
+
+// "WxH" with each side 1 to 16384.
+std::pair<int, int> ParseSize(const std::string& text) {
+  int w = 0, h = 0;
+  char x = 0, extra = 0;
+  if (std::sscanf(text.c_str(), "%d%c%d%c", &w, &x, &h, &extra) != 3 || (x != 'x' && x != 'X') || w < 1 || h < 1 ||
+      w > 16384 || h > 16384) {
+    Refuse("--size must be WIDTHxHEIGHT with each side from 1 to 16384, as in 800x600");
+  }
+  return {w, h};
+}
+
+// A progress bar for resampling runs inside the control's refresh.
+class ProgressHost : public HeadlessHost {
+ public:
+  bool ReportProgress(double fraction) override {
+    return bar_.Update(static_cast<std::int64_t>(std::clamp(fraction, 0.0, 1.0) * 1000.0), 1000);
+  }
+
+ private:
+  ProgressBar bar_;
+};
+
+void LoadData(const RenderOptions& o, Surface& surface) {
+  DataSet& data = surface.DataSets().Item(0);
+  if (std::filesystem::path(o.file).extension() == ".grd") {
+    if (!o.resample.method.empty()) Refuse(o.file + ": a grid file is drawn as it is; --resample takes XYZ points");
+    const GridFile grid = ReadDsaaFile(o.file);
+    const auto nx = static_cast<std::int32_t>(grid.x.size()), ny = static_cast<std::int32_t>(grid.y.size());
+    data.DataAsRectangularGridSet(grid.x, nx, grid.y, ny, Array2D(grid.z, grid.x.size(), grid.y.size()));
+    return;
+  }
+  XyzPoints points = ReadXyzFile(o.file);
+  if (points.x.empty()) Refuse(o.file + ": the file holds no points.");
+  if (!o.resample.method.empty()) ConfigureResampling(o.resample, o.file, points, data.Resampling());
+  const auto count = static_cast<std::int32_t>(points.x.size());
+  data.DataAsSparseGridSet(count, std::move(points.x), std::move(points.y), std::move(points.z));
+}
+
+void RunRender(const RenderOptions& o) {
+  if (o.sample == !o.file.empty()) Refuse("give either a data FILE or --sample");
+  for (const auto& [name, option] : o.resample.given) {
+    if (option->count() == 0) continue;
+    if (o.file.empty()) Refuse(name + " applies to a data FILE only");
+    if (o.resample.method.empty()) Refuse(name + " applies with --resample only");
+  }
+  const auto [width, height] = ParseSize(o.size);
+  if (o.plotType != "3d" && o.plotType != "2d") Refuse("--plot-type must be 3d or 2d");
+  if (!o.rotation.empty() && o.rotation.size() != 3) Refuse("--rotation takes three angles: X,Y,Z");
+  for (double angle : o.rotation) {
+    if (!std::isfinite(angle)) Refuse("--rotation angles must be finite numbers");
+  }
+  if (!(std::isfinite(o.zoom) && o.zoom > 0.0)) Refuse("--zoom must be a finite number above 0");
+  if (o.contours < 1 || o.contours > 10000) Refuse("--contours must be between 1 and 10000");
+  if (!o.colormap.empty() && ColorMaps().count(o.colormap) == 0) {
+    std::string names;
+    for (const auto& [name, value] : ColorMaps()) names += (names.empty() ? "" : ", ") + name;
+    Refuse("--colormap must be one of " + names);
+  }
+  OutputFile file(o.output);  // a target that cannot be replaced is refused before any work
+  Stopwatch clock;
+
+  ProgressHost host;
+  Surface surface(host);
+  surface.InitProperties();
+  surface.OnResize(width, height);
+  if (o.sample) {
+    surface.ShowSampleData();
+  } else {
+    LoadData(o, surface);
+    clock.Lap("read");
+    surface.Header().SetText(std::filesystem::path(o.file).filename().string());
+    surface.Header().SetVisible(true);
+  }
+  if (o.titleOption->count() > 0) {
+    surface.Header().SetText(o.title);
+    surface.Header().SetVisible(!o.title.empty());
+  }
+  surface.SetPlotType(o.plotType == "2d" ? orvPlotType2D : orvPlotType3D);
+  if (!o.rotation.empty()) {
+    surface.SetRotationX(o.rotation[0]);
+    surface.SetRotationY(o.rotation[1]);
+    surface.SetRotationZ(o.rotation[2]);
+  }
+  surface.SetZoom(o.zoom);
+  Contouring& contouring = surface.Contouring();
+  if (!o.colormap.empty()) contouring.SetColorMapType(ColorMaps().at(o.colormap));
+  if (o.contoursOption->count() > 0) {
+    contouring.SetAutoSetContoursType(orvAutoSetByIntervalCount);
+    contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(o.contours));
+  }
+  if (o.interpolateColors) contouring.SetInterpolateColors(true);
+  if (o.lighting) surface.SetLightingOn(true);
+  View& view = surface.DataSets().Item(0).ViewMain();
+  if (o.mesh) view.SetMeshVisible(true);
+  if (o.markers) view.DataMarkersMaster().SetVisible(true);
+  if (o.noFill) view.SetContourFillVisible(false);
+  if (o.noLines) view.SetContourLinesVisible(false);
+  if (o.noLegend) surface.Legend().SetVisible(false);
+
+  surface.Refresh();
+  clock.Lap("refresh");
+  ImageDC image(width, height);
+  surface.OnPaint(image);
+  const std::vector<std::uint8_t> png = image.EncodePng();
+  file.Stream().write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
+  file.Commit();
+  clock.Lap("png");
+  if (o.timings) std::cerr << "timings: " << clock.Text() << "\n";
+}
+
+}  // namespace
+
+void AddRenderCommand(CLI::App& app) {
+  auto o = std::make_shared<RenderOptions>();
+  CLI::App* render = app.add_subcommand(
+      "render", "Draw an XYZ file, a DSAA grid (.grd) or the built-in sample as a 3-D surface or contour map to PNG");
+  render->add_option("FILE", o->file, "XYZ text (scattered points) or a DSAA .grd grid");
+  render->add_flag("--sample", o->sample, "Draw the built-in sample surface instead of a file");
+  render->add_option("-o,--output", o->output, "PNG file to write")->required();
+  render->add_option("--size", o->size, "Image size WIDTHxHEIGHT (default 800x600)");
+  render->add_option("--plot-type", o->plotType, "3d (a surface in a plot cube, default) or 2d (a contour map)");
+  render->add_option("--rotation", o->rotation, "3-D view angles X,Y,Z in degrees (default 60,0,30)")->delimiter(',');
+  o->zoomOption = render->add_option("--zoom", o->zoom, "Zoom factor above 0 (default 1)");
+  o->titleOption = render->add_option("--title", o->title, "Caption text over the plot (default: the file's name)");
+  render->add_option("--colormap", o->colormap,
+                     "blue-red, red-blue, rainbow (default), rainbow-reverse, rainbow-striped, zebra-striped, "
+                     "land-sea-dark or land-sea-light");
+  o->contoursOption = render->add_option("--contours", o->contours, "Number of equal contour intervals (1 to 10000, default 10)");
+  render->add_flag("--interpolate-colors", o->interpolateColors, "Smooth colours between the levels");
+  render->add_flag("--lighting", o->lighting, "Light the surface");
+  render->add_flag("--mesh", o->mesh, "Draw the mesh");
+  render->add_flag("--markers", o->markers, "Mark the data points");
+  render->add_flag("--no-fill", o->noFill, "No colour fill");
+  render->add_flag("--no-lines", o->noLines, "No contour lines");
+  render->add_flag("--no-legend", o->noLegend, "No legend");
+  render->add_flag("--timings", o->timings, "Print the seconds each stage took to standard error");
+  AddResampleOptions(*render, o->resample, "--resample", false);
+  render->callback([o] { RunRender(*o); });
+}
+
+}  // namespace orvane::cli
