@@ -518,7 +518,8 @@ struct Png {
   std::vector<std::uint8_t> rgb;
   std::uint32_t At(int x, int y) const {
     const std::size_t k = (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) * 3;
-    return rgb[k] | rgb[k + 1] << 8 | rgb[k + 2] << 16;
+    return static_cast<std::uint32_t>(rgb[k]) | static_cast<std::uint32_t>(rgb[k + 1]) << 8 |
+           static_cast<std::uint32_t>(rgb[k + 2]) << 16;
   }
 };
 
