@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "control/surface_state.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/error.h"
 #include "orvane/data/grid_file.h"
@@ -144,6 +145,8 @@ void RunRender(const RenderOptions& o) {
 
   ProgressHost host;
   Surface surface(host);
+  // One image: the views are drawn straight away rather than compiled into lists first.
+  detail::SurfaceAccess::State(surface).renderer.SetCompileLists(false);
   surface.InitProperties();
   surface.OnResize(width, height);
   if (o.sample) {

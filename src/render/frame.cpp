@@ -261,7 +261,7 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
       Plot& plot = plots_[static_cast<std::size_t>(kind)];
       if (plot.AnyViewToDraw(scene.dataSets)) {
         EnableClipPlanes(4, true);
-        plot.DrawViews(scene.dataSets, context, labels);
+        plot.DrawViews(scene.dataSets, context, labels, compileLists_);
         EnableClipPlanes(4, false);
       }
       glPopMatrix();
@@ -271,7 +271,7 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
   EnableClipPlanes(6, true);
   if (plots_[0].AnyViewToDraw(scene.dataSets)) {
     if (settings.lightingOn) glEnable(GL_LIGHTING);
-    plots_[0].DrawViews(scene.dataSets, context, labels);
+    plots_[0].DrawViews(scene.dataSets, context, labels, compileLists_);
     if (settings.lightingOn) glDisable(GL_LIGHTING);
   }
   EnableClipPlanes(6, false);

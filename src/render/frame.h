@@ -121,6 +121,11 @@ class Renderer {
   const FrameState& LastFrame() const noexcept { return frame_; }
   // How many frames were drawn.
   std::int64_t FrameCount() const noexcept { return frames_; }
+  // Whether the views are compiled into display lists and replayed (the default, for a
+  // control that redraws as it is turned) or drawn straight away each frame (for a
+  // one-off image, where a list would be compiled to be used once).
+  bool CompileLists() const noexcept { return compileLists_; }
+  void SetCompileLists(bool value) noexcept { compileLists_ = value; }
 
   // Drawn lengths of the cube's edges: each axis's Zoom, and with KeepXYAspectRatio the X
   // and Y lengths in proportion to their ranges (the longer keeps its Zoom).
@@ -129,6 +134,7 @@ class Renderer {
  private:
   std::array<Plot, 3> plots_{Plot(0), Plot(1), Plot(2)};
   FrameState frame_;
+  bool compileLists_ = true;
   const void* context_ = nullptr;  // the target whose context holds the plots' lists
   std::uint64_t contextGeneration_ = 0;
   Recalculation recalculation_;

@@ -21,9 +21,14 @@ bool Plot::AnyViewToDraw(DataSets& sets) const {
   return false;
 }
 
-void Plot::DrawViews(DataSets& sets, const ViewContext& context, const std::function<void(int)>& labels) {
-  if (!listValid_) BuildList(sets, context);
-  glCallList(displayList_);
+void Plot::DrawViews(DataSets& sets, const ViewContext& context, const std::function<void(int)>& labels,
+                     bool compile) {
+  if (compile) {
+    if (!listValid_) BuildList(sets, context);
+    glCallList(displayList_);
+  } else {
+    DrawPasses(sets, context);
+  }
   if (!labels) return;
   for (std::int32_t i = 0; i < sets.Count(); ++i) {
     const View& view = ViewOfKind(sets.Item(i), kind_);
@@ -38,6 +43,13 @@ void Plot::BuildList(DataSets& sets, const ViewContext& context) {
   if (displayList_ != 0) glDeleteLists(displayList_, 1);
   displayList_ = glGenLists(1);
   glNewList(displayList_, GL_COMPILE);
+  DrawPasses(sets, context);
+  glEndList();
+  listValid_ = true;
+  ++builds_;
+}
+
+void Plot::DrawPasses(DataSets& sets, const ViewContext& context) const {
   // Opaque views first, then the transparent ones over them, in collection order.
   for (const bool transparent : {false, true}) {
     for (std::int32_t i = 0; i < sets.Count(); ++i) {
@@ -46,9 +58,6 @@ void Plot::BuildList(DataSets& sets, const ViewContext& context) {
       if (view.Visible() && view.TransparencyOn() == transparent) DrawView(data, view, context);
     }
   }
-  glEndList();
-  listValid_ = true;
-  ++builds_;
 }
 
 void Plot::Invalidate() {

@@ -28,8 +28,11 @@ class Plot {
   // True when some data set has a visible view of this plot's kind.
   bool AnyViewToDraw(DataSets& sets) const;
   // Builds the list when it is not valid, then calls it; then the contour labels, when
-  // some view of the kind shows them, through labels (may be empty).
-  void DrawViews(DataSets& sets, const ViewContext& context, const std::function<void(int)>& labels);
+  // some view of the kind shows them, through labels (may be empty). Without compile the
+  // views are drawn straight away and no list is made: a single frame, as a one-off image
+  // needs, costs a draw instead of a list compile and its replay.
+  void DrawViews(DataSets& sets, const ViewContext& context, const std::function<void(int)>& labels,
+                 bool compile = true);
   // Discards the old list, compiles the opaque pass and then the transparent pass into a
   // new one, and marks it valid.
   void BuildList(DataSets& sets, const ViewContext& context);
@@ -49,6 +52,9 @@ class Plot {
   std::int64_t BuildCount() const noexcept { return builds_; }
 
  private:
+  // The opaque views, then the transparent ones, in collection order.
+  void DrawPasses(DataSets& sets, const ViewContext& context) const;
+
   int kind_;
   bool listValid_ = false;
   std::uint32_t displayList_ = 0;

@@ -311,3 +311,26 @@ TEST(CoordMapper, MapsNormalisedAndDataUnitsIntoTheCube) {
 
 }  // namespace
 }  // namespace orvane
+
+namespace orvane {
+namespace {
+
+TEST(Frame, WithoutListsTheViewsDrawTheSamePicture) {
+  Bench listed, direct;
+  for (Bench* b : {&listed, &direct}) {
+    Plane(b->sets.Item(0));
+    b->sets.Item(0).ViewMain().SetMeshVisible(true);
+  }
+  direct.renderer.SetCompileLists(false);
+  listed.Render();
+  direct.Render();
+  EXPECT_EQ(direct.target.Image().bits, listed.target.Image().bits);
+  for (int kind = 0; kind < 3; ++kind) {
+    EXPECT_EQ(direct.renderer.PlotOfKind(kind).BuildCount(), 0) << kind;
+    EXPECT_EQ(direct.renderer.PlotOfKind(kind).DisplayList(), 0u) << kind;
+  }
+  EXPECT_EQ(listed.renderer.PlotOfKind(0).BuildCount(), 1);
+}
+
+}  // namespace
+}  // namespace orvane
