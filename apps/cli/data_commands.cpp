@@ -184,6 +184,7 @@ void RunContour(const ContourOptions& options) {
   }
   auto& state = detail::DataSetAccess::State(data);
   state.contoursStale = true;
+  state.traceBands = true;
   state.PrepareForDrawing(levels);
 
   GeoJsonWriter json(file.Stream());

@@ -80,7 +80,7 @@ void Fan(const std::vector<Node>& nodes, BandTriangles& band, const TriangleClip
 // One triangle against the sorted boundaries.
 void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)[3],
                    std::span<const double> b, ContourTrace& out, TriangleWork& work,
-                   const TriangleClip& clip) {
+                   const TriangleClip& clip, bool withBands) {
   const std::size_t n = b.size() - 1;  // number of levels
   const double zMin = std::min({z[0], z[1], z[2]});
   const double zMax = std::max({z[0], z[1], z[2]});
@@ -91,14 +91,16 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
   const std::size_t kFirst = firstReaching == b.begin()
                                  ? 0
                                  : static_cast<std::size_t>(firstReaching - b.begin()) - 1;
-  // Wholly inside one band, clear of both its boundaries: the triangle itself.
+  // Wholly inside one band, clear of both its boundaries: the triangle itself, and no line.
   if (kFirst == kLast) {
     const double lo = b[kFirst];
     const double hi = kFirst < n ? b[kFirst + 1] : kAboveAll;
     if (zMin - lo > kPointTolerance && hi - zMax > kPointTolerance) {
-      std::vector<Node>& nodes = work.nodes;
-      nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
-      Fan(nodes, out.bands[kFirst], clip);
+      if (withBands) {
+        std::vector<Node>& nodes = work.nodes;
+        nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
+        Fan(nodes, out.bands[kFirst], clip);
+      }
       return;
     }
   }
@@ -113,6 +115,7 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
       out.levelLines[k - 1].Append(work.segments[slot].line);
     }
   }
+  if (!withBands) return;
   for (std::size_t k = kFirst; k <= kLast; ++k) {
     std::vector<Node>& nodes = work.nodes;
     nodes.clear();
@@ -151,10 +154,11 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
 }
 
 // Room for T / (n / 2) triangles in each band (twice the average per level).
-ContourTrace EmptyTrace(std::size_t boundaries, std::size_t triangles) {
+ContourTrace EmptyTrace(std::size_t boundaries, std::size_t triangles, bool withBands) {
   ContourTrace out;
   out.levelLines.resize(boundaries - 1);
   out.bands.resize(boundaries);
+  if (!withBands) return out;
   const double levels = static_cast<double>(boundaries - 1);
   const double perBand = levels < 2 ? static_cast<double>(triangles)
                                     : RoundHalfEven(static_cast<double>(triangles) / RoundHalfEven(levels / 2));
@@ -197,23 +201,24 @@ std::vector<double> CContourer::Boundaries(std::span<const double> levels) {
 ContourTrace CContourer::TraceMesh(
     std::size_t triangleCount,
     const std::function<void(std::size_t, double (&)[3], double (&)[3], double (&)[3])>& triangle,
-    std::span<const double> boundaries, const TriangleClip& clip) {
-  ContourTrace out = EmptyTrace(boundaries.size(), triangleCount);
+    std::span<const double> boundaries, const TriangleClip& clip, bool withBands) {
+  ContourTrace out = EmptyTrace(boundaries.size(), triangleCount, withBands);
   TriangleWork work;
   double x[3], y[3], z[3];
   for (std::size_t t = 0; t < triangleCount; ++t) {
     triangle(t, x, y, z);
-    TraceTriangle(x, y, z, boundaries, out, work, clip);
+    TraceTriangle(x, y, z, boundaries, out, work, clip, withBands);
   }
   return out;
 }
 
 ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const double> gy,
                                    std::span<const double> gz, std::span<const double> boundaries,
-                                   const TriangleClip& clip) {
+                                   const TriangleClip& clip, bool withBands) {
   const std::size_t nx = gx.size();
   const std::size_t ny = gy.size();
-  ContourTrace out = EmptyTrace(boundaries.size(), nx > 1 && ny > 1 ? 2 * (nx - 1) * (ny - 1) : 0);
+  ContourTrace out =
+      EmptyTrace(boundaries.size(), nx > 1 && ny > 1 ? 2 * (nx - 1) * (ny - 1) : 0, withBands);
   TriangleWork work;
   for (std::size_t i = 0; i + 1 < nx; ++i) {
     for (std::size_t j = 0; j + 1 < ny; ++j) {
@@ -222,11 +227,11 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
       const double xa[3] = {gx[i], gx[i + 1], gx[i + 1]};
       const double ya[3] = {gy[j], gy[j], gy[j + 1]};
       const double za[3] = {z00, z10, z11};
-      TraceTriangle(xa, ya, za, boundaries, out, work, clip);
+      TraceTriangle(xa, ya, za, boundaries, out, work, clip, withBands);
       const double xb[3] = {gx[i], gx[i + 1], gx[i]};
       const double yb[3] = {gy[j], gy[j + 1], gy[j + 1]};
       const double zb[3] = {z00, z11, z01};
-      TraceTriangle(xb, yb, zb, boundaries, out, work, clip);
+      TraceTriangle(xb, yb, zb, boundaries, out, work, clip, withBands);
     }
   }
   return out;

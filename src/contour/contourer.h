@@ -50,17 +50,18 @@ class CContourer {
   static std::vector<double> Boundaries(std::span<const double> levels);
 
   // Traces triangleCount triangles; triangle(t, x, y, z) fills triangle t's corners.
-  // clip, when set, takes each fan triangle instead of appending it to its band.
+  // clip, when set, takes each fan triangle instead of appending it to its band. Without
+  // withBands only the lines are traced and every band is left empty.
   static ContourTrace TraceMesh(
       std::size_t triangleCount,
       const std::function<void(std::size_t, double (&)[3], double (&)[3], double (&)[3])>& triangle,
-      std::span<const double> boundaries, const TriangleClip& clip = {});
+      std::span<const double> boundaries, const TriangleClip& clip = {}, bool withBands = true);
 
   // The same over a regular grid (two triangles per cell, split from (i, j) to
   // (i + 1, j + 1)), with z[i * ny + j] at (x[i], y[j]); a specialised loop.
   static ContourTrace TraceGrid(std::span<const double> x, std::span<const double> y,
                                 std::span<const double> z, std::span<const double> boundaries,
-                                const TriangleClip& clip = {});
+                                const TriangleClip& clip = {}, bool withBands = true);
 };
 
 }  // namespace orvane

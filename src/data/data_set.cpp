@@ -284,7 +284,7 @@ void DataSetState::TraceContours(std::span<const double> levels) {
     std::vector<double> nx(gridX.size()), nyv(ny);
     for (std::size_t i = 0; i < nx.size(); ++i) nx[i] = meshX[i * ny];
     for (std::size_t j = 0; j < ny; ++j) nyv[j] = meshY[j];
-    trace = CContourer::TraceGrid(nx, nyv, meshZ, boundaries, clip);
+    trace = CContourer::TraceGrid(nx, nyv, meshZ, boundaries, clip, traceBands);
   } else if (meshType == kTriangleMesh && triangulation) {
     const CTriangulate& t = *triangulation;
     trace = CContourer::TraceMesh(
@@ -296,7 +296,7 @@ void DataSetState::TraceContours(std::span<const double> levels) {
             z[k] = t.CornerZ()[3 * tri + k];
           }
         },
-        boundaries, clip);
+        boundaries, clip, traceBands);
   } else {
     trace.levelLines.resize(levels.size());
     trace.bands.resize(levels.size() + 1);

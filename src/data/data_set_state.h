@@ -58,6 +58,9 @@ struct DataSetState {
   // band, from the last tracing; one empty list when cleared.
   std::vector<CLineList> contourLines{CLineList{}};
   std::vector<BandTriangles> bandTriangles;
+  // Whether tracing fills bandTriangles as well. The views colour the mesh itself and
+  // never draw the bands, so only a caller that exports them (polygons) asks for them.
+  bool traceBands = false;
 
   bool needsRebuild = false;
   std::array<bool, 3> geometryChanged{false, false, false};  // read and cleared by the views

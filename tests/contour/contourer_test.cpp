@@ -61,7 +61,7 @@ TEST(CContourer, TriangleCasesFromTheTable) {
 // A random triangulated mesh of z = f(x, y) traced at several levels.
 struct Mesh {
   CTriangulate t;
-  void Trace(const std::vector<double>& levels, ContourTrace& out) {
+  void Trace(const std::vector<double>& levels, ContourTrace& out, bool withBands = true) {
     const auto& v = t.TriangleVertices();
     out = CContourer::TraceMesh(
         static_cast<std::size_t>(t.TriangleCount()),
@@ -73,7 +73,7 @@ struct Mesh {
             z[k] = t.PointZ()[p];
           }
         },
-        CContourer::Boundaries(levels));
+        CContourer::Boundaries(levels), {}, withBands);
   }
 };
 
@@ -216,6 +216,42 @@ TEST(CContourer, BandsCoverARandomMeshExactlyOnce) {
   }
   for (const BandTriangles& band : trace.bands) bandArea += Area(band);
   EXPECT_NEAR(bandArea, meshArea, 1e-12);
+}
+
+// Tracing without bands must give exactly the lines of a full trace, including levels
+// through vertices (the grid's heights are whole numbers and so are some levels).
+TEST(CContourer, LinesAloneAreTheLinesOfAFullTrace) {
+  auto expectSameLines = [](const ContourTrace& full, const ContourTrace& lines) {
+    ASSERT_EQ(full.levelLines.size(), lines.levelLines.size());
+    for (std::size_t k = 0; k < full.levelLines.size(); ++k) {
+      EXPECT_EQ(full.levelLines[k].Lines(), lines.levelLines[k].Lines()) << "level " << k;
+    }
+    for (const BandTriangles& band : lines.bands) EXPECT_TRUE(band.empty());
+  };
+  std::mt19937 random(9);
+  std::uniform_real_distribution<double> unit(0, 1);
+  std::vector<double> x, y, z;
+  for (int i = 0; i < 600; ++i) {
+    x.push_back(unit(random));
+    y.push_back(unit(random));
+    z.push_back(std::sin(6 * x.back()) * y.back());
+  }
+  Mesh mesh;
+  mesh.t.Triangulate(x, y, z);
+  const std::vector<double> levels{-0.6, -0.2, 0.0, 0.3, 0.7};
+  ContourTrace full, lines;
+  mesh.Trace(levels, full);
+  mesh.Trace(levels, lines, false);
+  expectSameLines(full, lines);
+
+  std::vector<double> gx, gy, gz;
+  for (int i = 0; i < 30; ++i) gx.push_back(i / 29.0);
+  for (int j = 0; j < 20; ++j) gy.push_back(j / 19.0);
+  for (int i = 0; i < 30; ++i) {
+    for (int j = 0; j < 20; ++j) gz.push_back(std::round(8 * std::sin(0.3 * i) * std::cos(0.4 * j)));
+  }
+  const std::vector<double> b = CContourer::Boundaries(std::vector<double>{-4, -1, 0, 2.5, 5});
+  expectSameLines(CContourer::TraceGrid(gx, gy, gz, b), CContourer::TraceGrid(gx, gy, gz, b, {}, false));
 }
 
 }  // namespace

@@ -354,6 +354,7 @@ TEST(DataSet, UserHullMustLieInTheDataHullOfScatteredData) {
   d.DataAsRectangularGridSet(std::vector<double>{0, 10}, 2, std::vector<double>{0, 10}, 2,
                              Array2D({1, 2, 3, 4}, 2, 2));
   d.UserHullSet(4, std::vector<double>{5, 15, 15, 5}, std::vector<double>{0, 0, 10, 10});
+  s.traceBands = true;
   EXPECT_NO_THROW(s.PrepareForDrawing(std::vector<double>{2.5}));
   EXPECT_EQ(s.meshType, detail::kGridMesh);
   EXPECT_NEAR(BandArea(s.bandTriangles), 0.5, 1e-12);
@@ -544,6 +545,7 @@ TEST(DataSet, BandsAreClippedToAConcaveUserHull) {
                 std::vector<double>{0, 0, 4, 4, 6, 6, 10, 10});
   auto& s = DataSetAccess::State(d);
   const std::vector<double> levels{4, 8, 12, 16};
+  s.traceBands = true;
   s.PrepareForDrawing(levels);
   ASSERT_EQ(s.bandTriangles.size(), 5u);
   ASSERT_EQ(s.contourLines.size(), 4u);
