@@ -80,6 +80,11 @@ struct SurfaceState {
 
 struct SurfaceAccess {
   static SurfaceState& State(Surface& s) { return *s.state_; }
+  // Refresh's first two steps on their own (a caller timing the stages runs them before
+  // Refresh, which then finds nothing left to do in them): the recalculation of meshes,
+  // axes, levels and contours, and the drawing target with its context.
+  static void Recalculate(Surface& s) { s.Recalculate(); }
+  static void EnsureTarget(Surface& s) { s.EnsureTarget(); }
   // The passes that draw caption, legend, axes, faces, text and cursor from now on.
   // (null: the default ones).
   static void SetPasses(Surface& s, std::unique_ptr<FramePasses> passes) {

@@ -1,10 +1,10 @@
 // Golden Software ASCII grids. The header is five lines; the values follow as whitespace-
 // separated numbers, row after row. The reader takes one token at a time from a bounded
-// buffer, so a malformed file never makes it hold more than the grid it announced.
+// block of the file, so a malformed file never makes it hold more than the grid it
+// announced.
 
 #include "orvane/data/grid_file.h"
 
-#include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -13,6 +13,7 @@
 #include <streambuf>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "orvane/core/error.h"
 
@@ -27,36 +28,44 @@ constexpr std::size_t kLongestToken = 4096;  // no number is longer
 
 class Tokens {
  public:
-  Tokens(std::istream& in, const std::string& name) : buffer_(in.rdbuf()), name_(name) {}
+  Tokens(std::istream& in, const std::string& name) : buffer_(in.rdbuf()), name_(name), block_(kBlock) {}
 
-  // The next token, or false at the end of the input.
-  bool Next(std::string& token) {
-    token.clear();
-    if (buffer_ == nullptr) {
-      tokenLine_ = line_;
-      return false;
-    }
-    constexpr int kEnd = std::char_traits<char>::eof();
-    int c = buffer_->sbumpc();
-    while (c != kEnd && std::isspace(c)) {
+  // The next token, or false at the end of the input. The token stays valid until the
+  // next call: it points into the block being read, or into a copy when it straddles two.
+  bool Next(std::string_view& token) {
+    for (;;) {
+      if (pos_ == end_ && !Fill()) {
+        tokenLine_ = line_;
+        return false;
+      }
+      const char c = block_[pos_];
+      if (!IsSpace(c)) break;
       if (c == '\n') ++line_;
-      c = buffer_->sbumpc();
+      ++pos_;
     }
     tokenLine_ = line_;
-    if (c == kEnd) return false;
-    while (c != kEnd && !std::isspace(c)) {
-      if (token.size() == kLongestToken) Fail("a value is longer than " + std::to_string(kLongestToken) + " characters");
-      token.push_back(static_cast<char>(c));
-      c = buffer_->sbumpc();
+    const std::size_t start = pos_;
+    while (pos_ < end_ && !IsSpace(block_[pos_])) ++pos_;
+    if (pos_ - start > kLongestToken) TooLong();
+    if (pos_ < end_) {
+      token = std::string_view(block_.data() + start, pos_ - start);
+      return true;
     }
-    if (c == '\n') ++line_;
+    carry_.assign(block_.data() + start, pos_ - start);
+    while (Fill()) {
+      const std::size_t from = pos_;
+      while (pos_ < end_ && !IsSpace(block_[pos_])) ++pos_;
+      carry_.append(block_.data() + from, pos_ - from);
+      if (carry_.size() > kLongestToken) TooLong();
+      if (pos_ < end_) break;
+    }
+    token = carry_;
     return true;
   }
   double Number(const char* what) {
-    std::string token;
-    if (!Next(token)) Fail(std::string("the file ends before ") + what);
+    std::string_view text;
+    if (!Next(text)) Fail(std::string("the file ends before ") + what);
     double value = 0;
-    std::string_view text = token;
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec != std::errc() || result.ptr != text.data() + text.size()) {
@@ -69,17 +78,35 @@ class Tokens {
   }
 
  private:
+  static constexpr std::size_t kBlock = 64 * 1024;
+
+  // White space as the C locale has it.
+  static bool IsSpace(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
+  bool Fill() {
+    pos_ = end_ = 0;
+    if (buffer_ == nullptr) return false;
+    const std::streamsize got = buffer_->sgetn(block_.data(), static_cast<std::streamsize>(block_.size()));
+    end_ = got > 0 ? static_cast<std::size_t>(got) : 0;
+    return end_ > 0;
+  }
+  [[noreturn]] void TooLong() const {
+    Fail("a value is longer than " + std::to_string(kLongestToken) + " characters");
+  }
+
   std::streambuf* buffer_;
   const std::string& name_;
-  long line_ = 1;       // the line being read
-  long tokenLine_ = 1;  // the line of the last token
+  std::vector<char> block_;
+  std::size_t pos_ = 0, end_ = 0;  // the unread part of the block
+  std::string carry_;              // a token that straddles two blocks
+  long line_ = 1;                  // the line being read
+  long tokenLine_ = 1;             // the line of the last token
 };
 
 }  // namespace
 
 GridFile ReadDsaaText(std::istream& in, const std::string& name) {
   Tokens tokens(in, name);
-  std::string tag;
+  std::string_view tag;
   if (!tokens.Next(tag) || tag != "DSAA") tokens.Fail("not a DSAA grid (the first word must be DSAA)");
   const double nx = tokens.Number("the column count");
   const double ny = tokens.Number("the row count");
@@ -118,7 +145,7 @@ GridFile ReadDsaaText(std::istream& in, const std::string& name) {
       grid.z[i * rows + j] = v;
     }
   }
-  std::string extra;
+  std::string_view extra;
   if (tokens.Next(extra)) tokens.Fail("more values than the grid's " + std::to_string(cols * rows));
   if (in.bad()) throw Error(5, kSource, name + ": the file could not be read");
   return grid;

@@ -250,7 +250,8 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
     MarkPlotsStale();
     listInputs_ = listInputs;
   }
-  const ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.cubeLengths};
+  FillCache fills;
+  const ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.cubeLengths, &fills};
   auto labels = [&](int kind) { passes.DrawContourLabels(kind, f); };
   if (f.is3D) {
     for (const int kind : {1, 2}) {

@@ -16,6 +16,7 @@
 #include "view_drawing.h"
 
 #include <algorithm>
+#include <cstring>
 #include <cmath>
 #include <numbers>
 #include <span>
@@ -34,13 +35,29 @@ namespace orvane::detail {
 
 namespace {
 
-// The drawn mesh: vertices (normalised) and triangles as vertex index triples.
+// The drawn mesh: vertices (normalised) and its triangles. A grid's triangles are
+// worked out from their number rather than stored: two per cell, cells numbered with X
+// outer, the lower (i,j) (i+1,j) (i+1,j+1) before the upper (i,j) (i+1,j+1) (i,j+1).
 struct MeshGeometry {
   std::span<const double> x, y, z;
-  std::vector<std::int32_t> triangles;  // for a grid mesh, made here
-  std::span<const std::int32_t> indices;
+  std::span<const std::int32_t> indices;     // a triangulation's vertex triples
   std::span<const std::int32_t> neighbours;  // a triangulation's, else empty
   std::size_t gridX = 0, gridY = 0;          // counts of a grid mesh
+
+  std::size_t TriangleCount() const noexcept {
+    return gridY > 0 ? 2 * (gridX - 1) * (gridY - 1) : indices.size() / 3;
+  }
+  void Corners(std::size_t t, std::size_t (&v)[3]) const noexcept {
+    if (gridY > 0) {
+      const std::size_t cell = t / 2, i = cell / (gridY - 1), j = cell % (gridY - 1);
+      const std::size_t k00 = i * gridY + j, k11 = k00 + gridY + 1;
+      v[0] = k00;
+      v[1] = t % 2 == 0 ? k00 + gridY : k11;
+      v[2] = t % 2 == 0 ? k11 : k00 + 1;
+    } else {
+      for (std::size_t k = 0; k < 3; ++k) v[k] = static_cast<std::size_t>(indices[3 * t + k]);
+    }
+  }
 };
 
 MeshGeometry Mesh(const DataSetState& s) {
@@ -53,16 +70,6 @@ MeshGeometry Mesh(const DataSetState& s) {
     m.z = s.meshZ;
     m.gridX = nx;
     m.gridY = ny;
-    m.triangles.reserve(6 * (nx - 1) * (ny - 1));
-    for (std::size_t i = 0; i + 1 < nx; ++i) {
-      for (std::size_t j = 0; j + 1 < ny; ++j) {
-        const auto k00 = static_cast<std::int32_t>(i * ny + j);
-        const auto k10 = static_cast<std::int32_t>((i + 1) * ny + j);
-        const auto k01 = k00 + 1, k11 = k10 + 1;
-        m.triangles.insert(m.triangles.end(), {k00, k10, k11, k00, k11, k01});
-      }
-    }
-    m.indices = m.triangles;
   } else if (s.meshType == kTriangleMesh && s.triangulation) {
     const CTriangulate& t = *s.triangulation;
     m.x = t.PointX();
@@ -85,57 +92,85 @@ Color FillColor(const Contouring& contouring, double z) {
   return contouring.FindColor(z, false);
 }
 
-void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, const ViewContext& context) {
-  const MeshGeometry mesh = Mesh(s);
-  const std::size_t triangles = mesh.indices.size() / 3;
-  if (triangles == 0) return;
+// The filled surface's vertex data, worked out once a frame for each data set: its
+// main, top and bottom views share it (the flat views squash Z with their matrix).
+FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const CCoordMapper& map,
+                          const ViewContext& context, FillCache& cache) {
+  FillGeometry& g = cache[&s];
+  if (g.ready) return g;
   const std::size_t n = mesh.x.size();
-  std::vector<double> cx(n), cy(n), cz(n), zData(n);
+  const std::size_t triangles = mesh.TriangleCount();
+  g.position.resize(3 * n);
+  std::vector<double> zData(n);
   for (std::size_t k = 0; k < n; ++k) {
-    cx[k] = map.NormalisedToCubeX(mesh.x[k]);
-    cy[k] = map.NormalisedToCubeY(mesh.y[k]);
-    cz[k] = map.NormalisedToCubeZ(mesh.z[k]);
+    g.position[3 * k] = static_cast<GLfloat>(map.NormalisedToCubeX(mesh.x[k]));
+    g.position[3 * k + 1] = static_cast<GLfloat>(map.NormalisedToCubeY(mesh.y[k]));
+    g.position[3 * k + 2] = static_cast<GLfloat>(map.NormalisedToCubeZ(mesh.z[k]));
     zData[k] = map.NormalisedToDataZ(mesh.z[k]);
   }
-  // Triangles left out by the user hull.
-  std::vector<bool> skip;
-  const auto hullCount = static_cast<std::size_t>(s.userHullInputCount);
-  if (view.UserHullClipping() && hullCount >= 3) {
-    skip.assign(triangles, false);
-    const std::span<const double> hx = std::span<const double>(s.userHullX).first(hullCount);
-    const std::span<const double> hy = std::span<const double>(s.userHullY).first(hullCount);
+  // Colours: each vertex's own when interpolating, else one per triangle from the mean
+  // of its corners' heights.
+  g.interpolated = context.contouring.InterpolateColors();
+  g.colour.resize(g.interpolated ? n : triangles);
+  if (g.interpolated) {
+    for (std::size_t k = 0; k < n; ++k) g.colour[k] = FillColor(context.contouring, zData[k]);
+  } else {
     for (std::size_t t = 0; t < triangles; ++t) {
-      const auto a = static_cast<std::size_t>(mesh.indices[3 * t]), b = static_cast<std::size_t>(mesh.indices[3 * t + 1]),
-                 c = static_cast<std::size_t>(mesh.indices[3 * t + 2]);
-      skip[t] = !IsPointInPolygonInclusive((mesh.x[a] + mesh.x[b] + mesh.x[c]) / 3.0,
-                                           (mesh.y[a] + mesh.y[b] + mesh.y[c]) / 3.0, hx, hy);
+      std::size_t v[3];
+      mesh.Corners(t, v);
+      g.colour[t] = FillColor(context.contouring, (zData[v[0]] + zData[v[1]] + zData[v[2]]) / 3.0);
     }
   }
-  // Triangle normals in cube coordinates, and their average at each vertex.
-  std::vector<double> normals;
-  const bool lit = context.lightingOn;
-  auto triangleNormal = [&](std::size_t t, double (&out)[3]) {
-    const auto a = static_cast<std::size_t>(mesh.indices[3 * t]), b = static_cast<std::size_t>(mesh.indices[3 * t + 1]),
-               c = static_cast<std::size_t>(mesh.indices[3 * t + 2]);
-    const double ux = cx[b] - cx[a], uy = cy[b] - cy[a], uz = cz[b] - cz[a];
-    const double vx = cx[c] - cx[a], vy = cy[c] - cy[a], vz = cz[c] - cz[a];
-    out[0] = uy * vz - uz * vy;
-    out[1] = uz * vx - ux * vz;
-    out[2] = ux * vy - uy * vx;
-  };
-  if (lit) {
-    normals.assign(3 * n, 0.0);
+  // Vertex normals: the sum of the adjoining triangles' normals (in cube coordinates,
+  // computed in double), normalised by the pipeline.
+  if (context.lightingOn) {
+    std::vector<double> sum(3 * n, 0.0);
+    const auto c = [&](std::size_t k, std::size_t axis) { return static_cast<double>(g.position[3 * k + axis]); };
     for (std::size_t t = 0; t < triangles; ++t) {
-      double nt[3];
-      triangleNormal(t, nt);
-      for (int k = 0; k < 3; ++k) {
-        const auto v = static_cast<std::size_t>(mesh.indices[3 * t + static_cast<std::size_t>(k)]);
-        normals[3 * v] += nt[0];
-        normals[3 * v + 1] += nt[1];
-        normals[3 * v + 2] += nt[2];
+      std::size_t v[3];
+      mesh.Corners(t, v);
+      const double ux = c(v[1], 0) - c(v[0], 0), uy = c(v[1], 1) - c(v[0], 1), uz = c(v[1], 2) - c(v[0], 2);
+      const double vx = c(v[2], 0) - c(v[0], 0), vy = c(v[2], 1) - c(v[0], 1), vz = c(v[2], 2) - c(v[0], 2);
+      const double nt[3] = {uy * vz - uz * vy, uz * vx - ux * vz, ux * vy - uy * vx};
+      for (const std::size_t k : v) {
+        for (std::size_t a = 0; a < 3; ++a) sum[3 * k + a] += nt[a];
       }
     }
+    g.normal.resize(3 * n);
+    for (std::size_t k = 0; k < 3 * n; ++k) g.normal[k] = static_cast<GLfloat>(sum[k]);
   }
+  g.ready = true;
+  return g;
+}
+
+// Triangles whose centroid lies outside the user hull, worked out once as well.
+const std::vector<bool>& OutsideUserHull(const DataSetState& s, const MeshGeometry& mesh, FillGeometry& g) {
+  if (!g.outsideReady) {
+    const auto hullCount = static_cast<std::size_t>(s.userHullInputCount);
+    const std::span<const double> hx = std::span<const double>(s.userHullX).first(hullCount);
+    const std::span<const double> hy = std::span<const double>(s.userHullY).first(hullCount);
+    const std::size_t triangles = mesh.TriangleCount();
+    g.outside.assign(triangles, false);
+    for (std::size_t t = 0; t < triangles; ++t) {
+      std::size_t v[3];
+      mesh.Corners(t, v);
+      g.outside[t] = !IsPointInPolygonInclusive((mesh.x[v[0]] + mesh.x[v[1]] + mesh.x[v[2]]) / 3.0,
+                                                (mesh.y[v[0]] + mesh.y[v[1]] + mesh.y[v[2]]) / 3.0, hx, hy);
+    }
+    g.outsideReady = true;
+  }
+  return g.outside;
+}
+
+void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, const ViewContext& context) {
+  const MeshGeometry mesh = Mesh(s);
+  const std::size_t triangles = mesh.TriangleCount();
+  if (triangles == 0) return;
+  FillCache ownCache;
+  FillGeometry& g = PrepareFill(s, mesh, map, context, context.fillCache != nullptr ? *context.fillCache : ownCache);
+  const bool lit = context.lightingOn;
+  const std::vector<bool>* skip = nullptr;
+  if (view.UserHullClipping() && s.userHullInputCount >= 3) skip = &OutsideUserHull(s, mesh, g);
 
   glPushAttrib(GL_ALL_ATTRIB_BITS);
   glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
@@ -147,13 +182,19 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
   }
-  const bool interpolate = context.contouring.InterpolateColors();
-  glShadeModel(lit || interpolate ? GL_SMOOTH : GL_FLAT);
+  glShadeModel(lit || g.interpolated ? GL_SMOOTH : GL_FLAT);
   // The triangles go in as vertex arrays, a block at a time: compiling one array draw
-  // into the list is far faster than a call per vertex, and a block bounds the copies.
-  constexpr std::size_t kBlock = 1 << 18;
+  // into the list is far faster than a call per vertex. Blocks are kept small so that
+  // the driver's copy of each stays in cache and its memory is reused; drawing straight
+  // away (no list being compiled), each block is waited for, or llvmpipe keeps queueing
+  // copies and the time goes into fresh pages.
+  constexpr std::size_t kBlock = 1 << 14;
+  GLint compiling = 0;
+  glGetIntegerv(GL_LIST_INDEX, &compiling);
   std::vector<GLfloat> position, normal;
-  std::vector<GLubyte> colour;
+  std::vector<std::uint32_t> colour;
+  std::vector<GLint> stripFirst;
+  std::vector<GLsizei> stripCount;
   glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_COLOR_ARRAY);
@@ -163,35 +204,74 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     glVertexPointer(3, GL_FLOAT, 0, position.data());
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, colour.data());
     if (lit) glNormalPointer(GL_FLOAT, 0, normal.data());
-    glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(position.size() / 3));
+    if (stripFirst.empty()) {
+      glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(position.size() / 3));
+    } else {
+      glMultiDrawArrays(GL_TRIANGLE_STRIP, stripFirst.data(), stripCount.data(),
+                        static_cast<GLsizei>(stripFirst.size()));
+    }
+    if (compiling == 0) glFinish();
     position.clear();
     colour.clear();
     normal.clear();
+    stripFirst.clear();
+    stripCount.clear();
   };
-  auto pushColour = [&](Color c) {
-    colour.insert(colour.end(), {static_cast<GLubyte>(c & 0xFF), static_cast<GLubyte>((c >> 8) & 0xFF),
-                                 static_cast<GLubyte>((c >> 16) & 0xFF), alpha});
+  // RGBA bytes in memory order, whatever the host's byte order.
+  auto rgba = [alpha](Color c) {
+    const std::uint8_t bytes[4] = {static_cast<std::uint8_t>(c & 0xFF), static_cast<std::uint8_t>((c >> 8) & 0xFF),
+                                   static_cast<std::uint8_t>((c >> 16) & 0xFF), alpha};
+    std::uint32_t packed = 0;
+    std::memcpy(&packed, bytes, 4);
+    return packed;
   };
-  position.reserve(9 * kBlock);
-  colour.reserve(12 * kBlock);
-  if (lit) normal.reserve(9 * kBlock);
-  for (std::size_t t = 0; t < triangles; ++t) {
-    if (!skip.empty() && skip[t]) continue;
-    const std::size_t v[3] = {static_cast<std::size_t>(mesh.indices[3 * t]),
-                              static_cast<std::size_t>(mesh.indices[3 * t + 1]),
-                              static_cast<std::size_t>(mesh.indices[3 * t + 2])};
-    Color flat = 0;
-    if (!interpolate) flat = FillColor(context.contouring, (zData[v[0]] + zData[v[1]] + zData[v[2]]) / 3.0);
-    for (std::size_t k : v) {
-      pushColour(interpolate ? FillColor(context.contouring, zData[k]) : flat);
-      if (lit) {
-        normal.insert(normal.end(), {static_cast<GLfloat>(normals[3 * k]), static_cast<GLfloat>(normals[3 * k + 1]),
-                                     static_cast<GLfloat>(normals[3 * k + 2])});
+  auto vertex = [&](std::size_t k, std::uint32_t colourOf) {
+    colour.push_back(colourOf);
+    position.insert(position.end(), {g.position[3 * k], g.position[3 * k + 1], g.position[3 * k + 2]});
+    if (lit) normal.insert(normal.end(), {g.normal[3 * k], g.normal[3 * k + 1], g.normal[3 * k + 2]});
+  };
+  position.reserve(9 * kBlock + 6 * mesh.gridX);
+  colour.reserve(3 * kBlock + 2 * mesh.gridX);
+  if (lit) normal.reserve(9 * kBlock + 6 * mesh.gridX);
+  // Smooth shading of flat colours (lit, not interpolated) needs each triangle's colour
+  // at all three corners, which a strip cannot give: those go as separate triangles.
+  if (mesh.gridY > 0 && skip == nullptr && (g.interpolated || !lit)) {
+    // A whole grid goes as one triangle strip per row of cells, run from the last
+    // column to the first: (i, j) and (i, j + 1) for i = nx - 1 .. 0 make the cells'
+    // lower and upper triangles with their own diagonal and winding, in a third of the
+    // vertices. Flat shading takes each triangle's colour from its last vertex, which in
+    // a strip no other triangle ends on.
+    const std::size_t nx = mesh.gridX, ny = mesh.gridY;
+    for (std::size_t j = 0; j + 1 < ny; ++j) {
+      stripFirst.push_back(static_cast<GLint>(colour.size()));
+      stripCount.push_back(static_cast<GLsizei>(2 * nx));
+      for (std::size_t q = 0; q < nx; ++q) {
+        const std::size_t i = nx - 1 - q;
+        const std::size_t k0 = i * ny + j;
+        if (g.interpolated) {
+          vertex(k0, rgba(g.colour[k0]));
+          vertex(k0 + 1, rgba(g.colour[k0 + 1]));
+        } else if (q == 0) {
+          vertex(k0, 0);
+          vertex(k0 + 1, 0);
+        } else {
+          // Ends the lower triangle of cell (i, j), then its upper one.
+          const std::size_t lower = 2 * (i * (ny - 1) + j);
+          vertex(k0, rgba(g.colour[lower]));
+          vertex(k0 + 1, rgba(g.colour[lower + 1]));
+        }
       }
-      position.insert(position.end(),
-                      {static_cast<GLfloat>(cx[k]), static_cast<GLfloat>(cy[k]), static_cast<GLfloat>(cz[k])});
+      if (position.size() >= 9 * kBlock) flush();
     }
-    if (position.size() >= 9 * kBlock) flush();
+  } else {
+    for (std::size_t t = 0; t < triangles; ++t) {
+      if (skip != nullptr && (*skip)[t]) continue;
+      std::size_t v[3];
+      mesh.Corners(t, v);
+      const std::uint32_t flat = g.interpolated ? 0 : rgba(g.colour[t]);
+      for (const std::size_t k : v) vertex(k, g.interpolated ? rgba(g.colour[k]) : flat);
+      if (position.size() >= 9 * kBlock) flush();
+    }
   }
   flush();
   glPopClientAttrib();
@@ -243,7 +323,7 @@ void DrawMesh(const DataSetState& s, const View& view, const CCoordMapper& map) 
   const Line& line = view.MeshLine();
   if (line.Width() == 0) return;
   const MeshGeometry mesh = Mesh(s);
-  const std::size_t triangles = mesh.indices.size() / 3;
+  const std::size_t triangles = mesh.TriangleCount();
   if (triangles == 0) return;
   glPushAttrib(GL_CURRENT_BIT | GL_LINE_BIT | GL_ENABLE_BIT);
   glDisable(GL_LIGHTING);
@@ -254,6 +334,8 @@ void DrawMesh(const DataSetState& s, const View& view, const CCoordMapper& map) 
   };
   glBegin(GL_LINES);
   for (std::size_t t = 0; t < triangles; ++t) {
+    std::size_t v[3];
+    mesh.Corners(t, v);
     for (std::size_t e = 0; e < 3; ++e) {
       // A shared edge is drawn by the lower-numbered of its triangles; in a grid every
       // cell's left and bottom sides and its diagonal, plus the last row and column.
@@ -269,8 +351,8 @@ void DrawMesh(const DataSetState& s, const View& view, const CCoordMapper& map) 
         if (!lower && e == 0) draw = false;               // the diagonal, drawn by the lower
       }
       if (!draw) continue;
-      vertex(static_cast<std::size_t>(mesh.indices[3 * t + e]));
-      vertex(static_cast<std::size_t>(mesh.indices[3 * t + (e + 1) % 3]));
+      vertex(v[e]);
+      vertex(v[(e + 1) % 3]);
     }
   }
   glEnd();

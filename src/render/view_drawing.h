@@ -3,6 +3,11 @@
 // Drawing one data set's view into the current display list. Internal header.
 
 #include <array>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "orvane/core/color.h"
 
 namespace orvane {
 
@@ -13,6 +18,21 @@ class View;
 
 namespace detail {
 
+struct DataSetState;
+
+// A data set's filled surface as the views draw it, in cube coordinates.
+struct FillGeometry {
+  bool ready = false;
+  std::vector<float> position;  // x, y, z of each mesh vertex
+  std::vector<float> normal;    // the same, when lit
+  bool interpolated = false;    // colour per vertex (true) or per triangle
+  std::vector<Color> colour;
+  bool outsideReady = false;
+  std::vector<bool> outside;  // triangles outside the user hull
+};
+// The fills of one frame, by data set.
+using FillCache = std::unordered_map<const DataSetState*, FillGeometry>;
+
 // What a view's drawing needs from the frame.
 struct ViewContext {
   Axes& axes;
@@ -21,6 +41,8 @@ struct ViewContext {
   // Drawn lengths of the cube's X, Y and Z edges: markers are divided by them, so that
   // a cube marker stays a cube however the plot cube is stretched.
   std::array<double, 3> cubeLengths{1.0, 1.0, 1.0};
+  // Where the views of one frame share their fill geometry; none: each view makes its own.
+  FillCache* fillCache = nullptr;
 };
 
 // Draws, in cube coordinates, the data set's markers, filled surface, contour lines,

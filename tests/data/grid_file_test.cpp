@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <sstream>
 #include <string>
 
@@ -42,6 +43,43 @@ TEST(GridFile, RefusesWhatItCannotDraw) {
   }
   EXPECT_ORVANE_ERROR(ReadDsaaFile("/nonexistent/g.grd"), 5, "GridFile",
                       "/nonexistent/g.grd: cannot open the file (No such file or directory)");
+}
+
+// The file is read in blocks of 64 KiB: values cut by a block's end, line numbers and
+// over-long values must come out as in a small file.
+TEST(GridFile, ValuesAndLinesCarryAcrossBlocks) {
+  const int cols = 300, rows = 40;
+  std::ostringstream text;
+  text << "DSAA\n" << cols << ' ' << rows << "\n0 1\n0 1\n0 1\n";
+  std::vector<double> expected;
+  for (int j = 0; j < rows; ++j) {
+    for (int i = 0; i < cols; ++i) {
+      // Values of varying length, so that the block ends fall mid-value somewhere.
+      const double v = (i * 7 + j * 13) % 97 / 9.0 + j;
+      text << (i % 3 == 0 ? "   " : " ") << std::setprecision(6 + (i % 11)) << v;
+      expected.push_back(v);
+    }
+    text << "\r\n";
+  }
+  const std::string body = text.str();
+  ASSERT_GT(body.size(), 2u * 64u * 1024u);
+  std::istringstream in(body);
+  const GridFile g = ReadDsaaText(in, "g.grd");
+  ASSERT_EQ(g.z.size(), expected.size());
+  std::ostringstream check;
+  for (int j = 0; j < rows; ++j) {
+    for (int i = 0; i < cols; ++i) {
+      std::ostringstream one;
+      one << std::setprecision(6 + (i % 11)) << expected[static_cast<std::size_t>(j * cols + i)];
+      ASSERT_EQ(g.z[static_cast<std::size_t>(i * rows + j)], std::stod(one.str())) << i << "," << j;
+    }
+  }
+  // An error after the blocks names the right line: the header's five, then one a row.
+  EXPECT_ORVANE_ERROR(Read(body + "7\n"), 5, "GridFile",
+                      "g.grd:" + std::to_string(5 + rows + 1) + ": more values than the grid's 12000");
+  // A value longer than 4096 characters, across a block end, is refused.
+  const std::string padded = "DSAA\n2 2\n0 1\n0 1\n0 1\n" + std::string(65530, ' ') + "1" + std::string(5000, '0');
+  EXPECT_ORVANE_ERROR(Read(padded), 5, "GridFile", "g.grd:6: a value is longer than 4096 characters");
 }
 
 }  // namespace
