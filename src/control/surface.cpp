@@ -29,6 +29,7 @@
 #include "data/data_set_state.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
+#include "render/annotations.h"
 #include "surface_state.h"
 
 namespace orvane {
@@ -115,6 +116,9 @@ detail::FrameSettings SettingsOf(SurfaceState& s, const detail::RenderTarget& ta
 Surface::Surface(Host& host) : host_(host), state_(std::make_unique<SurfaceState>()) {
   // The members of SurfaceState are made in the control's order (contouring, data sets,
   // axes, faces, legend, plots, header, fonts, cursor), with every mark set.
+  SurfaceState& s = *state_;
+  s.passes = std::make_unique<detail::PlotAnnotations>(
+      detail::AnnotatedObjects{s.axes, s.faces, s.header, s.legend, s.cursor, s.contouring, s.dataSets});
   ConnectChildren();
   detail::InvalidateDataSets(state_->dataSets);
 }
