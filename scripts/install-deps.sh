@@ -18,6 +18,9 @@ packages=(
   # off-screen rendering: EGL and the compatibility-profile GL, GLU, Mesa's drivers
   # (llvmpipe where there is no GPU), and libpng for image output
   libegl-dev libgl-dev libglu1-mesa-dev libegl-mesa0 libgl1-mesa-dri libpng-dev
+  # text: FreeType renders the glyphs, fontconfig picks the faces, Liberation stands in
+  # for Arial, Times New Roman and Courier New
+  libfreetype-dev libfontconfig-dev fonts-liberation2
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # GDAL's ogrinfo checks the GeoJSON the command writes
