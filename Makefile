@@ -39,6 +39,7 @@ sanitize-build: deps $(SANITIZE)/build.ninja
 
 sanitize: sanitize-build
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/support/lsan.supp:print_suppressions=0 \
 	  ctest --test-dir $(SANITIZE) --output-on-failure -j $(JOBS)
 
 $(CLANG)/build.ninja: CMakeLists.txt | deps
