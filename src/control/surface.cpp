@@ -92,6 +92,7 @@ std::int32_t NormalisedRotation(double degrees, const char* name) {
 detail::FrameSettings SettingsOf(SurfaceState& s, const detail::RenderTarget& target) {
   detail::FrameSettings f;
   f.backColor = s.backColor;
+  f.foreColor = s.foreColor;
   f.lightingOn = s.lightingOn;
   f.lightingIntensitySpotlight = s.lightingIntensitySpotlight;
   f.lightingIntensityAmbient = s.lightingIntensityAmbient;

@@ -6,8 +6,12 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <vector>
 
+#include "font_map.h"
 #include "frame.h"
+#include "text.h"
 
 namespace orvane {
 
@@ -33,13 +37,48 @@ struct AnnotatedObjects {
   DataSets& dataSets;
 };
 
+// Where the legend puts its parts, in pixels of its own room (origin at the room's
+// lower-left corner; the room is the strip at the control's right, as high as the plot
+// area).
+struct LegendLayout {
+  bool visible = false;
+  double barLeft = 0, barRight = 0, barBottom = 0, barTop = 0;
+  // The levels drawn along the bar, ascending, with their heights on it; those whose
+  // labels are shown (thinned so that no two overlap) carry their text.
+  struct Tick {
+    double value = 0, y = 0;
+    bool labelled = false;
+    std::string text;
+  };
+  std::vector<Tick> ticks;
+  double labelLeft = 0;  // where the labels start, left-aligned, centred on their tick
+  double titleX = 0, titleY = 0;  // the title's centre-bottom
+  std::string title;
+};
+
 class PlotAnnotations : public FramePasses {
  public:
   explicit PlotAnnotations(const AnnotatedObjects& objects) : o_(objects) {}
 
+  std::int32_t CaptionBand(std::int32_t width, std::int32_t height) override;
+  std::int32_t LegendRoom(std::int32_t width, std::int32_t height) override;
+  void DrawLegend(const FrameState& frame) override;
+  void DrawCaption(const FrameState& frame) override;
   void DrawFaces(const FrameState& frame) override;
   void DrawAxes(const FrameState& frame) override;
+  void DrawOverlayText(const FrameState& frame) override;
   void DrawCursor(const FrameState& frame) override;
+  void InvalidateFonts() override { fontsStale_ = true; }
+  void RebuildFonts() override {}
+
+  // The legend's layout in a room of width x height pixels (as LegendRoom gives it for
+  // the control), for the levels the contouring holds now.
+  LegendLayout Layout(std::int32_t roomWidth, std::int32_t roomHeight);
+  // The outlines of the axis labels and titles the last frame drew, in window pixels
+  // (origin at the control's lower-left corner).
+  const std::vector<TextQuad>& AxisTextOutlines() const noexcept { return axisText_; }
+  // The font maps in use (made on first use in the current context).
+  CFontMapManager& Fonts() noexcept { return fonts_; }
 
   // The cube planes the faces are drawn in: for the XY, XZ and YZ pairs, the Z, Y and X
   // coordinate (0 or 1) of the face behind the data as the frame is seen. In 2-D only
@@ -53,8 +92,16 @@ class PlotAnnotations : public FramePasses {
 
  private:
   void DrawFace(Face& face, int normalAxis, double plane);
+  // The font maps, emptied first when the fonts or the context changed since they were
+  // made.
+  CFontMap& FontOf(const Font& font);
+  // The widest label the legend may show, for its room.
+  double LegendLabelWidth();
 
   AnnotatedObjects o_;
+  CFontMapManager fonts_;
+  bool fontsStale_ = false;
+  std::vector<TextQuad> axisText_;
 };
 
 }  // namespace detail

@@ -142,6 +142,7 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
   f.width = width;
   f.height = height;
   f.is3D = settings.plotType != 1;
+  f.foreColor = settings.foreColor;
 
   // 1. Background.
   const Color back = settings.backColor;

@@ -27,6 +27,7 @@ class RenderTarget;
 // The control's settings a frame reads.
 struct FrameSettings {
   Color backColor = 0xFFFFFF;
+  Color foreColor = 0;  // all text
   bool lightingOn = false;
   double lightingIntensitySpotlight = 1.0;
   double lightingIntensityAmbient = 0.5;
@@ -67,6 +68,7 @@ struct FrameState {
   CapturedMatrices beforeViews;  // after the model transform (axes, faces)
   CapturedMatrices mainViews;    // as the main views were drawn (text, mouse)
   bool is3D = true;
+  Color foreColor = 0;  // the colour of all text
 };
 
 // Drawing that belongs to the caption, legend, axes, faces, text and cursor; each is

@@ -77,6 +77,12 @@ TEST(SurfaceOutput, DrawToDCAtTwoThousandByFifteenHundred) {
   Control c;
   Surface& s = c.surface;
   s.ShowSampleData();
+  // Text keeps its size in pixels; without it the plot itself scales with the page.
+  s.Header().SetVisible(false);
+  s.Legend().SetVisible(false);
+  s.Axes().SetLabelsVisibleMaster(false);
+  s.Axes().SetTitleVisibleMaster(false);
+  s.Refresh();
   const std::vector<std::uint8_t> picture = c.Image().bits;
   const auto small = DrawnBox(c.Image());
   ImageDC page(2000, 1500);
