@@ -1,0 +1,265 @@
+// The caption, the legend and the axes' text as the control draws them: where their
+// pixels go, what the legend shows, and text that cannot fit or cannot be had.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "control/surface_state.h"
+#include "control_fixture.h"
+#include "orvane/axes/axes.h"
+#include "orvane/contour/contouring.h"
+#include "orvane/render/caption.h"
+#include "orvane/render/faces.h"
+#include "orvane/render/legend.h"
+#include "render/annotations.h"
+#include "render/gl.h"
+
+namespace orvane {
+namespace {
+
+using testing::Control;
+
+constexpr Color kWhite = 0xFFFFFF;
+
+detail::PlotAnnotations& Passes(Control& c) { return static_cast<detail::PlotAnnotations&>(*c.State().passes); }
+
+// Pixels that are not white inside [x0, x1) x [y0, y1) (top-left origin).
+int Ink(Control& c, int x0, int y0, int x1, int y1) {
+  int n = 0;
+  for (int y = y0; y < y1; ++y) {
+    for (int x = x0; x < x1; ++x) n += c.Image().Pixel(x, y) != kWhite;
+  }
+  return n;
+}
+
+// The bounding box of the non-white pixels in the rows [y0, y1): left, top, right, bottom.
+std::array<int, 4> InkBox(Control& c, int y0, int y1) {
+  std::array<int, 4> box{1 << 30, 1 << 30, -1, -1};
+  for (int y = y0; y < y1; ++y) {
+    for (int x = 0; x < c.Image().header.biWidth; ++x) {
+      if (c.Image().Pixel(x, y) == kWhite) continue;
+      box = {std::min(box[0], x), std::min(box[1], y), std::max(box[2], x), std::max(box[3], y)};
+    }
+  }
+  return box;
+}
+
+// No OpenGL error was left in the control's context by what it drew.
+void ExpectNoGlError(Control& c) {
+  ASSERT_TRUE(c.State().target.MakeCurrent());
+  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+  c.State().target.ReleaseCurrent();
+}
+
+// Only the caption: no legend, no cube, no axes.
+void CaptionAlone(Surface& s, const std::string& text) {
+  s.Legend().SetVisible(false);
+  s.Faces().SetFillVisibleMaster(false);
+  s.Faces().SetMajorGridVisibleMaster(false);
+  s.Faces().SetEdgeVisibleMaster(false);
+  s.Axes().AxisLineMaster().SetWidth(0);
+  s.Axes().SetLabelsVisibleMaster(false);
+  s.Axes().SetTitleVisibleMaster(false);
+  s.Header().SetText(text);
+  s.Header().SetVisible(true);
+}
+
+TEST(SurfaceText, CaptionIsCentredInItsBandAtTheTopAndTheBandIsTwiceItsHeight) {
+  Control c(300, 200);
+  CaptionAlone(c.surface, "Z = f(X, Y)");
+  c.surface.Refresh();
+  const auto& frame = c.State().renderer.LastFrame();
+  const int band = frame.height - frame.plotHeight;
+  const double textHeight = Passes(c).Fonts().Get(c.surface.Header().Font()).Measure("Z = f(X, Y)").height;
+  EXPECT_EQ(band, static_cast<int>(std::ceil(2 * textHeight)));
+  EXPECT_GT(Ink(c, 0, 0, 300, band), 40);
+  EXPECT_EQ(Ink(c, 0, band, 300, 200), 0);
+  const auto box = InkBox(c, 0, band);
+  EXPECT_NEAR((box[0] + box[2]) / 2.0, 150.0, 2.0);
+  EXPECT_NEAR((box[1] + box[3]) / 2.0, band / 2.0, 3.0);
+  ExpectNoGlError(c);
+
+  // Empty or hidden: no band, no ink.
+  c.surface.Header().SetText("");
+  c.surface.Refresh();
+  EXPECT_EQ(c.State().renderer.LastFrame().plotHeight, 200);
+  EXPECT_EQ(Ink(c, 0, 0, 300, 200), 0);
+  c.surface.Header().SetText("Title");
+  c.surface.Header().SetVisible(false);
+  c.surface.Refresh();
+  EXPECT_EQ(Ink(c, 0, 0, 300, 200), 0);
+}
+
+TEST(SurfaceText, ACaptionFontChangeIsMeasuredAgain) {
+  Control c(300, 200);
+  CaptionAlone(c.surface, "Title");
+  c.surface.Refresh();
+  const int band = c.State().renderer.LastFrame().height - c.State().renderer.LastFrame().plotHeight;
+  c.surface.Header().Font().SetSize(20.0);
+  c.surface.Refresh();
+  const int larger = c.State().renderer.LastFrame().height - c.State().renderer.LastFrame().plotHeight;
+  EXPECT_GT(larger, band + 10);
+  EXPECT_GT(Ink(c, 0, 0, 300, larger), Ink(c, 0, 0, 300, band));
+}
+
+TEST(SurfaceText, CaptionsThatCannotFitDrawWhatTheyCanInsideTheBand) {
+  for (const auto& [text, points] : {std::pair<std::string, double>{std::string(10000, 'W'), 10.0},
+                                     std::pair<std::string, double>{"Huge", 16384.0}}) {
+    Control c(200, 100);
+    CaptionAlone(c.surface, text);
+    c.surface.Header().Font().SetSize(points);
+    c.surface.Header().Font().SetName("No Such Face At All");
+    c.surface.Refresh();
+    const auto& frame = c.State().renderer.LastFrame();
+    EXPECT_LE(frame.height - frame.plotHeight, 100);
+    // The long caption shows its middle letters; the huge one may show the gap between
+    // two of its letters, which fill many times the control.
+    if (points < 100) {
+      EXPECT_GT(Ink(c, 0, 0, 200, 100), 0);
+    }
+    ExpectNoGlError(c);
+  }
+}
+
+TEST(SurfaceText, ATinyControlDrawsWithoutFault) {
+  for (const auto& [w, h] : {std::pair<int, int>{200, 1}, {1, 200}, {1, 1}, {3, 2}}) {
+    Control c(w, h);
+    c.surface.ShowSampleData();
+    c.surface.Refresh();
+    EXPECT_EQ(c.Image().header.biWidth, w);
+    ExpectNoGlError(c);
+    EXPECT_TRUE(c.State().lastPaintError.empty()) << c.State().lastPaintError;
+  }
+}
+
+TEST(SurfaceText, LegendSwatchesShowTheLevelColoursAndTheRoomComesOffThePlot) {
+  Control c(400, 300);
+  testing::Saddle(c.surface.DataSets().Item(0));
+  c.surface.Refresh();
+  const auto& frame = c.State().renderer.LastFrame();
+  const int room = frame.width - frame.plotWidth;
+  ASSERT_GT(room, 20);
+  const detail::LegendLayout l = Passes(c).Layout(room, frame.plotHeight);
+  ASSERT_TRUE(l.visible);
+  ASSERT_GE(l.ticks.size(), 3u);
+  const Contouring& contouring = c.surface.Contouring();
+  // The swatch between two levels, at the bar's middle column, in the band's colour.
+  for (std::size_t k = 0; k + 1 < l.ticks.size(); ++k) {
+    const double y = (l.ticks[k].y + l.ticks[k + 1].y) / 2.0;
+    const int px = frame.plotWidth + static_cast<int>((l.barLeft + l.barRight) / 2.0);
+    const int py = frame.height - 1 - static_cast<int>(y);
+    EXPECT_EQ(c.Image().Pixel(px, py), contouring.FindColor((l.ticks[k].value + l.ticks[k + 1].value) / 2.0, false))
+        << "band " << k;
+  }
+  // Hidden, or with no levels: no room.
+  c.surface.Legend().SetVisible(false);
+  c.surface.Refresh();
+  EXPECT_EQ(c.State().renderer.LastFrame().plotWidth, 400);
+  c.surface.Legend().SetVisible(true);
+  c.surface.Contouring().SetAutoSetContoursType(orvAutoSetOff);
+  c.surface.Contouring().Contours().RemoveAll();
+  c.surface.Refresh();
+  EXPECT_EQ(c.State().renderer.LastFrame().plotWidth, 400);
+}
+
+TEST(SurfaceText, LegendLabelsNeverOverlapAndStayInsideTheControl) {
+  for (const int levels : {1, 7, 40, 300}) {
+    Control c(500, 300);
+    testing::Saddle(c.surface.DataSets().Item(0));
+    Contouring& contouring = c.surface.Contouring();
+    contouring.SetAutoSetContoursType(orvAutoSetOff);
+    for (int k = 0; k < levels; ++k) contouring.Contours().Add((k + 0.5) / levels);
+    c.surface.Refresh();
+    const auto& frame = c.State().renderer.LastFrame();
+    const int room = frame.width - frame.plotWidth;
+    detail::PlotAnnotations& passes = Passes(c);
+    const detail::LegendLayout l = passes.Layout(room, frame.plotHeight);
+    ASSERT_TRUE(l.visible) << levels;
+    EXPECT_EQ(l.ticks.size(), static_cast<std::size_t>(levels));
+    detail::CFontMap& font = passes.Fonts().Get(c.surface.Axes().ZAxis().LabelsFont());
+    std::vector<detail::TextQuad> outlines;
+    for (const auto& t : l.ticks) {
+      if (!t.labelled) continue;
+      detail::TextAnchor anchor;
+      anchor.x = l.labelLeft;
+      anchor.y = t.y;
+      anchor.alignV = detail::TextAlignV::kCenter;
+      outlines.push_back(detail::TextOutline(font, t.text, anchor));
+    }
+    ASSERT_FALSE(outlines.empty());
+    for (std::size_t i = 0; i < outlines.size(); ++i) {
+      for (const auto& corner : outlines[i]) {
+        EXPECT_GE(corner[0], 0.0);
+        EXPECT_LE(corner[0], room + 0.5) << levels;
+        EXPECT_GE(corner[1], 0.0);
+        EXPECT_LE(corner[1], frame.plotHeight);
+      }
+      for (std::size_t j = i + 1; j < outlines.size(); ++j) {
+        EXPECT_FALSE(detail::OutlinesOverlap(outlines[i], outlines[j])) << levels << ": " << i << " " << j;
+      }
+    }
+    ExpectNoGlError(c);
+  }
+}
+
+TEST(SurfaceText, AxisLabelsNeverOverlapAndStayInsideTheControl) {
+  for (const auto& rotation : {std::array<double, 3>{60, 0, 30}, {120, 0, 30}, {120, 0, 210}, {60, 0, 210}}) {
+    Control c(400, 300);
+    c.surface.ShowSampleData();
+    c.surface.SetRotationX(rotation[0]);
+    c.surface.SetRotationY(rotation[1]);
+    c.surface.SetRotationZ(rotation[2]);
+    c.surface.Refresh();
+    const auto& outlines = Passes(c).AxisTextOutlines();
+    EXPECT_GE(outlines.size(), 8u);
+    for (std::size_t i = 0; i < outlines.size(); ++i) {
+      for (const auto& corner : outlines[i]) {
+        EXPECT_GE(corner[0], 0.0);
+        EXPECT_LE(corner[0], 400.0);
+        EXPECT_GE(corner[1], 0.0);
+        EXPECT_LE(corner[1], 300.0);
+      }
+      for (std::size_t j = i + 1; j < outlines.size(); ++j) {
+        EXPECT_FALSE(detail::OutlinesOverlap(outlines[i], outlines[j])) << i << " " << j;
+      }
+    }
+  }
+}
+
+TEST(SurfaceText, AFormatThatCannotBeUsedStillDrawsAndLeavesNoError) {
+  Control c(300, 200);
+  testing::Saddle(c.surface.DataSets().Item(0));
+  c.surface.Axes().SetLabelsFormatMaster("\"unclosed;;;;0.0E");
+  c.surface.Refresh();
+  EXPECT_TRUE(c.State().lastPaintError.empty()) << c.State().lastPaintError;
+  EXPECT_GT(Ink(c, 0, 0, 300, 200), 1000);
+  ExpectNoGlError(c);
+}
+
+TEST(SurfaceText, FacesAreBehindTheDataForThePresetViews) {
+  for (const auto& rotation : {std::array<double, 3>{60, 0, 30}, {120, 0, 30}, {120, 0, 210}, {60, 0, 210}}) {
+    Control c(200, 200);
+    c.surface.SetRotationX(rotation[0]);
+    c.surface.SetRotationZ(rotation[2]);
+    c.surface.Refresh();
+    const auto& frame = c.State().renderer.LastFrame();
+    const auto planes = detail::PlotAnnotations::FacePlanes(frame);
+    // The viewer looks from negative eye Z: the face drawn lies further along +Z in eye
+    // space than its opposite.
+    const auto& m = frame.beforeViews.modelView;
+    auto eyeZ = [&](double x, double y, double z) { return m[2] * x + m[6] * y + m[10] * z + m[14]; };
+    EXPECT_GT(eyeZ(0.5, 0.5, planes[0]), eyeZ(0.5, 0.5, 1 - planes[0])) << rotation[0] << "," << rotation[2];
+    EXPECT_GT(eyeZ(0.5, planes[1], 0.5), eyeZ(0.5, 1 - planes[1], 0.5)) << rotation[0] << "," << rotation[2];
+    EXPECT_GT(eyeZ(planes[2], 0.5, 0.5), eyeZ(1 - planes[2], 0.5, 0.5)) << rotation[0] << "," << rotation[2];
+  }
+  Control flat(200, 200);
+  flat.surface.SetPlotType(orvPlotType2D);
+  flat.surface.Refresh();
+  EXPECT_EQ(detail::PlotAnnotations::FacePlanes(flat.State().renderer.LastFrame())[0], 0.0);
+}
+
+}  // namespace
+}  // namespace orvane
