@@ -554,6 +554,17 @@ TEST_F(Cli, RenderDrawsTheSampleAndDataFilesToPng) {
     }
   }
   EXPECT_GT(coloured, 2000);
+  // The caption band at the top: dark text in its middle third, nothing at its ends.
+  auto darkIn = [&](int x0, int x1, int y0, int y1) {
+    int n = 0;
+    for (int y = y0; y < y1; ++y) {
+      for (int x = x0; x < x1; ++x) n += (png.At(x, y) & 0xFF) < 96 && (png.At(x, y) >> 8 & 0xFF) < 96;
+    }
+    return n;
+  };
+  EXPECT_GT(darkIn(106, 214, 0, 24), 30);
+  EXPECT_EQ(darkIn(0, 60, 0, 24), 0);
+  EXPECT_EQ(darkIn(260, 320, 0, 24), 0);
 
   // Scattered points, a grid file, and a resampled surface, in 2-D and 3-D.
   std::ostringstream xyz, grd;
