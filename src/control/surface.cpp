@@ -30,11 +30,15 @@
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 #include "render/annotations.h"
+#include "render/coord_mapper.h"
+#include "render/gl.h"
 #include "surface_state.h"
 
 namespace orvane {
 
 namespace {
+
+constexpr std::int16_t kLeftButton = 1;  // the host's button bits: 1 left, 2 right, 4 middle
 
 using detail::SurfaceState;
 
@@ -533,13 +537,108 @@ void Surface::OnResize(std::int32_t width, std::int32_t height) {
 void Surface::OnMouseDown(std::int16_t button, std::int16_t shift, float x, float y) {
   state_->lastMouseX = x;
   state_->lastMouseY = y;
+  state_->dragging = (button & kLeftButton) != 0;
   MouseDown.Raise(button, shift, x, y);
 }
 
 void Surface::OnMouseMove(std::int16_t button, std::int16_t shift, float x, float y) {
+  SurfaceState& s = *state_;
+  if (s.cursor.Mode() == orvCursorModeTrackMouse) {
+    if (TrackCursor(x, y) && s.cursor.Visible()) s.redrawRequired = true;
+  }
+  if (s.dragging && (button & kLeftButton) != 0 && s.plotType == orvPlotType3D && s.width > 0 && s.height > 0) {
+    s.Trackball().Drag(s.lastMouseX, s.lastMouseY, x, y, s.width, s.height);
+    s.lastMouseX = x;
+    s.lastMouseY = y;
+    s.redrawRequired = true;
+    EnsureTarget();
+    PaintStep(s.target, nullptr, 0, 0);
+    host_.RequestRepaint();
+  } else if (s.redrawRequired) {
+    host_.RequestRepaint();
+  }
   MouseMove.Raise(button, shift, x, y);
 }
 
+void Surface::OnMouseUp(std::int16_t button, std::int16_t shift, float x, float y) {
+  if ((button & kLeftButton) != 0) state_->dragging = false;
+  MouseUp.Raise(button, shift, x, y);
+}
+
 void Surface::OnDblClick() { DblClick.Raise(); }
+
+bool Surface::OnKeyDown(std::int16_t keyCode, std::int16_t /*shift*/) {
+  SurfaceState& s = *state_;
+  // The arrow keys step an angle by 5 degrees and bring it into 0..359 in whole steps
+  // before the let (which has its own, different normaliser).
+  auto stepped = [](std::int32_t angle, std::int32_t by) {
+    std::int32_t a = angle + by;
+    while (a < 0) a += 360;
+    while (a >= 360) a -= 360;
+    return a;
+  };
+  auto preset = [&](double x, double y, double z) {
+    s.offsetHorizontal = 0.0;  // directly: the preset views notify only their angles
+    s.offsetVertical = 0.0;
+    s.zoom = 1.0;
+    SetRotationX(x);
+    SetRotationY(y);
+    SetRotationZ(z);
+  };
+  switch (keyCode) {
+    case 83: SetLightingIntensitySpotlight(LightingIntensitySpotlight() + 0.1); break;  // S
+    case 68: SetLightingIntensitySpotlight(LightingIntensitySpotlight() - 0.1); break;  // D
+    case 81: SetLightingIntensityAmbient(LightingIntensityAmbient() + 0.1); break;      // Q
+    case 87: SetLightingIntensityAmbient(LightingIntensityAmbient() - 0.1); break;      // W
+    case 79: SetLightingMaterialShininess(LightingMaterialShininess() + 0.1); break;    // O
+    case 80: SetLightingMaterialShininess(LightingMaterialShininess() - 0.1); break;    // P
+    case 107: SetZoom(Zoom() * 1.2); break;                                             // pad +
+    case 109: SetZoom(std::max(Zoom() / 1.2, 1.0)); break;                              // pad -
+    case 38: SetRotationX(stepped(RotationX(), 5)); break;                              // Up
+    case 40: SetRotationX(stepped(RotationX(), -5)); break;                             // Down
+    case 39: SetRotationZ(stepped(RotationZ(), 5)); break;                              // Right
+    case 37: SetRotationZ(stepped(RotationZ(), -5)); break;                             // Left
+    case 36: preset(60, 0, 30); break;                                                  // Home
+    case 33: preset(120, 0, 30); break;                                                 // Page Up
+    case 34: preset(120, 0, 210); break;                                                // Page Down
+    case 35: preset(60, 0, 210); break;                                                 // End
+    default: return false;
+  }
+  s.redrawRequired = true;
+  EnsureTarget();
+  PaintStep(s.target, nullptr, 0, 0);
+  host_.RequestRepaint();
+  return true;
+}
+
+bool Surface::TrackCursor(float x, float y) {
+  SurfaceState& s = *state_;
+  if (!s.target.HasContext() || s.renderer.FrameCount() == 0) return false;
+  const detail::FrameState& frame = s.renderer.LastFrame();
+  if (frame.width != s.target.Width() || frame.height != s.target.Height()) return false;
+  const int px = static_cast<int>(std::floor(x)), py = frame.height - 1 - static_cast<int>(std::floor(y));
+  if (px < 0 || py < 0 || px >= frame.width || py >= frame.height) return false;
+  // The depth under the pointer, as the last frame left it: the clear value means no
+  // data there.
+  if (!s.target.MakeCurrent()) return false;
+  GLfloat depth = 1.0F;
+  glReadPixels(px, py, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+  s.target.ReleaseCurrent();
+  if (!(depth < 1.0F)) return false;
+  const detail::CapturedMatrices& m = frame.mainViews;
+  double cube[3];
+  if (gluUnProject(px + 0.5, py + 0.5, depth, m.modelView.data(), m.projection.data(), m.viewport.data(), &cube[0],
+                   &cube[1], &cube[2]) != GL_TRUE) {
+    return false;
+  }
+  const std::array<double, 3> data = detail::ConvertInternalToScaledCoordinates(s.axes, cube);
+  for (const double v : data) {
+    if (!std::isfinite(v)) return false;
+  }
+  s.cursor.SetXValue(data[0]);
+  s.cursor.SetYValue(data[1]);
+  s.cursor.SetZValue(data[2]);
+  return true;
+}
 
 }  // namespace orvane

@@ -66,6 +66,7 @@ struct SurfaceState {
 
   float lastMouseX = 0.0F;  // the last button press, for a drag
   float lastMouseY = 0.0F;
+  bool dragging = false;  // the left button went down over the control and is held
   // What the last failed paint step raised (the paint step never lets it out).
   std::string lastPaintError;
 

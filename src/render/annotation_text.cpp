@@ -169,7 +169,8 @@ LegendLayout PlotAnnotations::Layout(std::int32_t roomWidth, std::int32_t roomHe
   l.labelLeft = l.barRight + kTickPixels + kLabelGap;
   l.titleX = l.barLeft;
   l.titleY = l.barTop + labelHeight / 2.0 + 4.0 + FontOf(z.TitleFont()).Descent();
-  const auto [lo, hi] = BarRange(o_.axes, levels);
+  const std::pair<double, double> range = BarRange(o_.axes, levels);
+  const double lo = range.first, hi = range.second;
   for (const double v : levels) {
     if (v < lo || v > hi) continue;
     l.ticks.push_back({v, l.barBottom + (v - lo) / (hi - lo) * (l.barTop - l.barBottom), false, {}});
@@ -203,7 +204,8 @@ void PlotAnnotations::DrawLegend(const FrameState& frame) {
   const LegendLayout l = Layout(room, height);
   if (!l.visible) return;
   const std::vector<double> levels = LevelValues(o_.contouring);
-  const auto [lo, hi] = BarRange(o_.axes, levels);
+  const std::pair<double, double> range = BarRange(o_.axes, levels);
+  const double lo = range.first, hi = range.second;
   Axis& z = o_.axes.ZAxis();
 
   glPushAttrib(GL_ALL_ATTRIB_BITS);

@@ -30,4 +30,11 @@ void CCoordMapper::Init(const DataSet& data, Axes& axes) {
   }
 }
 
+std::array<double, 3> ConvertInternalToScaledCoordinates(Axes& axes, const double (&cube)[3]) {
+  const Axis* axis[3] = {&axes.XAxis(), &axes.YAxis(), &axes.ZAxis()};
+  std::array<double, 3> data{};
+  for (std::size_t a = 0; a < 3; ++a) data[a] = axis[a]->Min() + cube[a] * (axis[a]->Max() - axis[a]->Min());
+  return data;
+}
+
 }  // namespace orvane::detail

@@ -51,5 +51,9 @@ class CCoordMapper {
   std::array<double, 3> scale_{1.0, 1.0, 1.0};
 };
 
+// From cube coordinates (0 at each axis's minimum, 1 at its maximum) to data units, the
+// axes' scale: Min + c * (Max - Min) on each axis.
+std::array<double, 3> ConvertInternalToScaledCoordinates(Axes& axes, const double (&cube)[3]);
+
 }  // namespace detail
 }  // namespace orvane

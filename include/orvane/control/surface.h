@@ -204,12 +204,22 @@ class Surface {
   /// The window's new size in pixels: the drawing context is made again at that size and
   /// the next paint draws. A negative side or one above 16384 raises error 5.
   void OnResize(std::int32_t width, std::int32_t height);
-  /// A button went down at (x, y): remembered for a drag, then MouseDown is raised.
+  /// A button went down at (x, y) in window pixels (Y down): remembered for a drag, then
+  /// MouseDown is raised. Buttons: 1 left, 2 right, 4 middle; shift: 1 Shift, 2 Ctrl,
+  /// 4 Alt.
   void OnMouseDown(std::int16_t button, std::int16_t shift, float x, float y);
-  /// The pointer moved over the control: MouseMove is raised.
+  /// The pointer moved: a tracking cursor moves to the data point under it; with the
+  /// left button held the plot turns on the trackball and is drawn at once (even with
+  /// AutoRefresh False); then MouseMove is raised.
   void OnMouseMove(std::int16_t button, std::int16_t shift, float x, float y);
+  /// A button came up: a drag ends; MouseUp is raised.
+  void OnMouseUp(std::int16_t button, std::int16_t shift, float x, float y);
   /// A double click: DblClick is raised.
   void OnDblClick();
+  /// A key went down (Windows key codes: 83 S, 107 numeric-pad plus, 38 Up, 36 Home,
+  /// ...): lighting, zoom, rotation and the preset views; other keys do nothing. True when
+  /// the key was one of the control's.
+  bool OnKeyDown(std::int16_t keyCode, std::int16_t shift);
 
   // --- Events ---------------------------------------------------------------------------
 
@@ -217,6 +227,8 @@ class Surface {
   Event<std::int16_t, std::int16_t, float, float> MouseDown;
   /// The pointer moved over the control (button, shift, x, y in pixels).
   Event<std::int16_t, std::int16_t, float, float> MouseMove;
+  /// A button came up (button, shift, x, y in pixels).
+  Event<std::int16_t, std::int16_t, float, float> MouseUp;
   /// "Occurs when the user presses and releases a mouse button and then presses and
   /// releases it again over an object."
   Event<> DblClick;
@@ -233,6 +245,9 @@ class Surface {
   void Recalculate();
   // The control's own target, made at its size on first need.
   void EnsureTarget();
+  // Moves the cursor to the data point under window pixel (x, y), through the depth the
+  // last frame left there; false when there is no data under it.
+  bool TrackCursor(float x, float y);
   // Draws into target when the picture is out of date and copies it to dc (when given)
   // at (left, top). Nothing raised inside gets out.
   void PaintStep(detail::RenderTarget& target, DeviceContext* dc, std::int32_t left, std::int32_t top) noexcept;
