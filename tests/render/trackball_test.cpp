@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -65,6 +66,56 @@ TEST(Trackball, DraggingTurnsThePictureWithThePointer) {
   ball.GetRotationMatrix(after);
   EXPECT_GT(Apply(after, 0, 0, -1)[1], 0.2);
   EXPECT_EQ(ball.Radius(), 1.5);
+}
+
+// The angle between two orientations: twice the arccosine of their quaternions' dot.
+double TurnBetween(const std::array<double, 4>& a, const std::array<double, 4>& b) {
+  const double dot = std::fabs(a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3]);
+  return 2.0 * std::acos(std::min(dot, 1.0));
+}
+
+TEST(Trackball, DragAnglesFollowTheBallAndTheSheet) {
+  // Across the middle from -1 to 1: both points on the sphere of radius 1.5, z = sqrt(1.25),
+  // 2 apart: a turn of 2 asin(2 / 3), about 83.6 degrees.
+  CTrackball ball;
+  ball.SetRotation(60, 0, 30);
+  auto before = ball.Quaternion();
+  ball.Drag(0, 100, 200, 100, 200, 200);
+  EXPECT_NEAR(TurnBetween(before, ball.Quaternion()), 2.0 * std::asin(2.0 / 3.0), 1e-12);
+  EXPECT_NEAR(TurnBetween(before, ball.Quaternion()) * 180.0 / M_PI, 83.62, 0.01);
+
+  // From the centre (on the sphere, z = 1.5) to the corner (1, 1): d = sqrt(2) lies past
+  // r / sqrt(2), so the corner is on the sheet, z = (r / 1.414213562)^2 / d.
+  before = ball.Quaternion();
+  ball.Drag(100, 100, 200, 0, 200, 200);
+  const double d = std::sqrt(2.0), t = 1.5 / 1.414213562, zc = t * t / d;
+  const double gap = std::sqrt(1.0 + 1.0 + (1.5 - zc) * (1.5 - zc));
+  EXPECT_NEAR(TurnBetween(before, ball.Quaternion()), 2.0 * std::asin(gap / 3.0), 1e-12);
+
+  // Far outside the window (the pointer captured past its edges), the sine's argument
+  // passes 1 and is clamped: half a turn.
+  before = ball.Quaternion();
+  ball.Drag(-200, 100, 400, 100, 200, 200);
+  EXPECT_NEAR(TurnBetween(before, ball.Quaternion()), M_PI, 1e-9);
+}
+
+TEST(Trackball, TheQuaternionStaysUnitAfterManyDrags) {
+  CTrackball ball;
+  ball.SetRotation(60, 0, 30);
+  for (int i = 0; i < 10000; ++i) {
+    const double a = i * 0.37, b = i * 0.11;
+    ball.Drag(100 + 40 * std::sin(a), 100 + 40 * std::cos(b), 100 + 45 * std::sin(a + 0.2), 100 + 35 * std::cos(b + 0.3),
+              200, 150);
+  }
+  const auto& q = ball.Quaternion();
+  EXPECT_NEAR(q[0] * q[0] + q[1] * q[1] + q[2] * q[2] + q[3] * q[3], 1.0, 1e-12);
+  double m[16];
+  ball.GetRotationMatrix(m);
+  // Still a rotation: its columns are unit length and square to each other.
+  for (int c = 0; c < 3; ++c) {
+    EXPECT_NEAR(m[4 * c] * m[4 * c] + m[4 * c + 1] * m[4 * c + 1] + m[4 * c + 2] * m[4 * c + 2], 1.0, 1e-12);
+  }
+  EXPECT_NEAR(m[0] * m[4] + m[1] * m[5] + m[2] * m[6], 0.0, 1e-12);
 }
 
 }  // namespace
