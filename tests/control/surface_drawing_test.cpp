@@ -19,7 +19,7 @@ namespace {
 
 using testing::Control;
 
-constexpr Color kRed = 0x0000FF, kGreen = 0x00FF00, kBlue = 0xFF0000, kBlack = 0;
+constexpr Color kRed = 0x0000FF, kGreen = 0x00FF00, kBlue = 0xFF0000;
 
 // Window pixel (top-left origin) of a cube point, through the matrices of the cube.
 std::array<int, 2> Project(Control& c, double x, double y, double z, bool views = false) {
