@@ -29,6 +29,7 @@
 #include "data/data_set_state.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
+#include "orvane/host/headless_host.h"
 #include "render/annotations.h"
 #include "render/coord_mapper.h"
 #include "render/gl.h"
@@ -185,6 +186,154 @@ void Surface::Terminate() noexcept {
   }
   s.renderer.ReleaseLists(s.target);
   s.target.Release();
+}
+
+// ---------------------------------------------------------------------------------------
+// Persistence
+
+void Surface::WriteProperties(PropertyBag& bag) const {
+  const SurfaceState& s = *state_;
+  detail::CTrackball& ball = const_cast<SurfaceState&>(s).Trackball();
+  bag.WriteProperty("Appearance", static_cast<std::int32_t>(s.appearance));
+  bag.WriteProperty("AutoRefresh", s.autoRefresh);
+  bag.WriteProperty("BackColor", static_cast<std::int32_t>(s.backColor));
+  bag.WriteProperty("ForeColor", static_cast<std::int32_t>(s.foreColor));
+  bag.WriteProperty("BorderStyle", static_cast<std::int32_t>(s.borderStyle));
+  bag.WriteProperty("Enabled", host_.Enabled());
+  bag.WriteProperty("HorizontalOffset", s.offsetHorizontal);
+  bag.WriteProperty("LightingOn", s.lightingOn);
+  bag.WriteProperty("LightingIntensityAmbient", s.lightingIntensityAmbient);
+  bag.WriteProperty("LightingIntensitySpotlight", s.lightingIntensitySpotlight);
+  bag.WriteProperty("LightingMaterialShininess", s.lightingMaterialShininess);
+  bag.WriteProperty("VerticalOffset", s.offsetVertical);
+  bag.WriteProperty("ViewType", static_cast<std::int32_t>(s.plotType));
+  bag.WriteProperty("XRotation", ball.RotationX());
+  bag.WriteProperty("YRotation", ball.RotationY());
+  bag.WriteProperty("ZRotation", ball.RotationZ());
+  bag.WriteProperty("Zoom", s.zoom);
+  s.axes.WriteProperties(bag, "Axes.");
+  s.contouring.WriteProperties(bag, "Contouring.");
+  bag.WriteProperty("Datasets.Count", s.dataSets.Count());
+  for (std::int32_t i = 0; i < s.dataSets.Count(); ++i) {
+    s.dataSets.Item(i).WriteFormatting(bag, "Datasets.DataSet" + std::to_string(i + 1) + ".");
+  }
+  s.faces.WriteProperties(bag, "Faces.");
+  s.legend.WriteProperties(bag, "Legend");
+  s.header.WriteProperties(bag, "Header");
+  s.cursor.WriteProperties(bag, "Cursor.");
+}
+
+void Surface::TryReading(const PropertyBag& bag, bool withData) {
+  HeadlessHost host;
+  Surface scratch(host);
+  scratch.InitProperties();
+  scratch.ReadPropertiesInPlace(bag, withData);
+}
+
+void Surface::ReadProperties(const PropertyBag& bag) {
+  TryReading(bag, false);
+  ReadPropertiesInPlace(bag, false);
+}
+
+void Surface::ReadPropertiesInPlace(const PropertyBag& given, bool withData) {
+  SurfaceState& s = *state_;
+  // A key the bag lacks takes the value a new control has: the bag is laid over what a
+  // new control writes. (This is what gives the axes their titles X, Y and Z, which they
+  // take from their collection after their own empty default.)
+  PropertyBag bag;
+  {
+    HeadlessHost host;
+    Surface fresh(host);
+    fresh.InitProperties();
+    fresh.WriteProperties(bag);
+  }
+  for (const auto& item : given.Items()) bag.WriteProperty(item.first, item.second);
+  // Everything is read and checked before the first change.
+  const auto appearance = bag.ReadProperty("Appearance", std::int32_t{orvFlat});
+  const bool autoRefresh = bag.ReadProperty("AutoRefresh", false);
+  const auto back = bag.ReadProperty("BackColor", std::int32_t{0xFFFFFF});
+  const auto fore = bag.ReadProperty("ForeColor", std::int32_t{0});
+  const auto border = bag.ReadProperty("BorderStyle", std::int32_t{orvNone});
+  const bool enabled = bag.ReadProperty("Enabled", true);
+  const double offsetH = bag.ReadProperty("HorizontalOffset", 0.0);
+  const bool lightingOn = bag.ReadProperty("LightingOn", false);
+  const double ambient = bag.ReadProperty("LightingIntensityAmbient", 0.5);
+  const double spotlight = bag.ReadProperty("LightingIntensitySpotlight", 1.0);
+  const double shininess = bag.ReadProperty("LightingMaterialShininess", 0.5);
+  const double offsetV = bag.ReadProperty("VerticalOffset", 0.0);
+  const auto plotType = bag.ReadProperty("ViewType", std::int32_t{orvPlotType3D});
+  const auto rx = bag.ReadProperty("XRotation", std::int32_t{60});
+  const auto ry = bag.ReadProperty("YRotation", std::int32_t{0});
+  const auto rz = bag.ReadProperty("ZRotation", std::int32_t{30});
+  const double zoom = bag.ReadProperty("Zoom", 1.0);
+  const auto count = bag.ReadProperty("Datasets.Count", std::int32_t{0});
+  if (appearance < orvFlat || appearance > orv3d || border < orvNone || border > orvFixedSingle ||
+      (plotType != orvPlotType3D && plotType != orvPlotType2D)) {
+    throw Error(5, kSource);
+  }
+  for (const double v : {offsetH, offsetV}) CheckFinite(v, "An offset");
+  for (const double v : {ambient, spotlight, shininess}) ClampedIntensity(v, "A lighting value");
+  if (!(zoom > 0.0) || !std::isfinite(zoom)) throw Error(5, kSource, "The stored Zoom must be a positive number.");
+  if (count < 0 || count > 10000) throw Error(5, kSource, "The stored data set count " + std::to_string(count) + " cannot be used.");
+
+  FlagScope loading(s.loading, true);
+  SetAppearance(appearance);
+  s.autoRefresh = autoRefresh;
+  s.backColor = static_cast<Color>(back) & 0xFFFFFFu;
+  s.foreColor = static_cast<Color>(fore) & 0xFFFFFFu;
+  SetBorderStyle(border);
+  host_.SetEnabled(enabled);
+  s.offsetHorizontal = offsetH;
+  s.lightingOn = lightingOn;
+  s.lightingIntensityAmbient = ClampedIntensity(ambient, "LightingIntensityAmbient");
+  s.lightingIntensitySpotlight = ClampedIntensity(spotlight, "LightingIntensitySpotlight");
+  s.lightingMaterialShininess = ClampedIntensity(shininess, "LightingMaterialShininess");
+  s.offsetVertical = offsetV;
+  s.plotType = static_cast<EPlotType>(plotType);
+  s.Trackball().SetRotation(rx, ry, rz);
+  s.zoom = zoom;
+  s.axes.ReadProperties(bag, "Axes.");
+  s.contouring.ReadProperties(bag, "Contouring.");
+  if (count > 0) s.dataSets.SetCount(count);
+  for (std::int32_t i = 0; i < s.dataSets.Count() && i < std::max(count, 1); ++i) {
+    const std::string prefix = "Datasets.DataSet" + std::to_string(i + 1) + ".";
+    if (withData) {
+      s.dataSets.Item(i).ReadContents(bag, prefix);
+    } else {
+      s.dataSets.Item(i).ReadFormatting(bag, prefix);
+    }
+  }
+  s.faces.ReadProperties(bag, "Faces.");
+  s.legend.ReadProperties(bag, "Legend");
+  s.header.ReadProperties(bag, "Header");
+  s.cursor.ReadProperties(bag, "Cursor.");
+  s.marks.geometry = s.marks.contours = true;
+  s.fontsDirty = true;
+  s.redrawRequired = true;
+  InvalidatePlots();
+}
+
+std::vector<std::uint8_t> Surface::State(std::int32_t type) const {
+  PropertyBag bag;
+  if (type == orvStateTypeFormatting || type == orvStateTypeFormattingAndData) WriteProperties(bag);
+  if (type == orvStateTypeFormattingAndData) {
+    const SurfaceState& s = *state_;
+    for (std::int32_t i = 0; i < s.dataSets.Count(); ++i) {
+      s.dataSets.Item(i).WriteContents(bag, "Datasets.DataSet" + std::to_string(i + 1) + ".");
+    }
+  }
+  return bag.Contents();
+}
+
+void Surface::SetState(const std::vector<std::uint8_t>& bytes, std::int32_t type) {
+  PropertyBag bag;
+  bag.SetContents(bytes);
+  if (type == orvStateTypeFormatting || type == orvStateTypeFormattingAndData) {
+    const bool withData = type == orvStateTypeFormattingAndData;
+    TryReading(bag, withData);
+    ReadPropertiesInPlace(bag, withData);
+  }
+  Refresh();
 }
 
 orvane::DataSets& Surface::DataSets() noexcept { return state_->dataSets; }

@@ -606,10 +606,27 @@ void DataSet::WriteContents(PropertyBag& bag, const std::string& prefix) const {
     bag.WriteProperty(prefix + "UserHull.Y",
                       std::vector<double>(s.userHullInputY.begin(), s.userHullInputY.begin() + static_cast<long>(n)));
   }
+  WriteFormatting(bag, prefix);
+}
+
+void DataSet::WriteFormatting(PropertyBag& bag, const std::string& prefix) const {
+  const DataSetState& s = *state_;
   s.viewMain.WriteProperties(bag, prefix + "ViewMain.");
   s.viewTop.WriteProperties(bag, prefix + "ViewTop.");
   s.viewBottom.WriteProperties(bag, prefix + "ViewBottom.");
   s.resampling.WriteProperties(bag, prefix + "Resampling.");
+}
+
+void DataSet::ReadFormatting(const PropertyBag& bag, const std::string& prefix) {
+  // The views are read once into scratch views, which finds a bad value before anything
+  // changes; reading them again below then cannot fail.
+  const std::pair<View*, std::string> views[] = {{&state_->viewMain, prefix + "ViewMain."},
+                                                 {&state_->viewTop, prefix + "ViewTop."},
+                                                 {&state_->viewBottom, prefix + "ViewBottom."}};
+  for (const auto& view : views) View().ReadProperties(bag, view.second);
+  // The resampling settings check themselves before they change anything.
+  state_->resampling.ReadProperties(bag, prefix + "Resampling.");
+  for (const auto& view : views) view.first->ReadProperties(bag, view.second);
 }
 
 void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
@@ -649,15 +666,7 @@ void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
   CheckValues(z, "Z");
   CheckValues(hullX, "user hull X");
   CheckValues(hullY, "user hull Y");
-  // The views are read once into scratch views, which finds a bad value before anything
-  // changes; reading them again below then cannot fail.
-  const std::pair<View*, std::string> views[] = {{&state_->viewMain, prefix + "ViewMain."},
-                                                 {&state_->viewTop, prefix + "ViewTop."},
-                                                 {&state_->viewBottom, prefix + "ViewBottom."}};
-  for (const auto& view : views) View().ReadProperties(bag, view.second);
-  // The resampling settings check themselves before they change anything.
-  state_->resampling.ReadProperties(bag, prefix + "Resampling.");
-  for (const auto& view : views) view.first->ReadProperties(bag, view.second);
+  ReadFormatting(bag, prefix);
 
   const auto nx = static_cast<std::int32_t>(x.size());
   const auto ny = static_cast<std::int32_t>(y.size());

@@ -19,6 +19,8 @@
 
 namespace orvane {
 
+class PropertyBag;
+
 namespace detail {
 class RenderTarget;
 struct SurfaceState;
@@ -66,6 +68,26 @@ class Surface {
   /// Drops the fonts and everything drawn in OpenGL and stops listening to the objects:
   /// the control draws nothing more. Safe to call twice; the destructor calls it.
   void Terminate() noexcept;
+
+  // --- Persistence ----------------------------------------------------------------------
+
+  /// Writes the control's own keys ("Appearance" ... "Zoom"), then Axes ("Axes."),
+  /// Contouring ("Contouring."), the data sets' count and formatting ("Datasets.Count",
+  /// "Datasets.DataSet1." ...), Faces ("Faces."), Legend ("Legend"), the Header
+  /// ("Header") and the Cursor ("Cursor.").
+  void WriteProperties(PropertyBag& bag) const;
+  /// Reads what WriteProperties wrote, each absent key taking its default, without
+  /// refreshing meanwhile. A value that cannot be used raises its error and leaves the
+  /// control as it was.
+  void ReadProperties(const PropertyBag& bag);
+  /// The State: a bag's contents with the formatting (orvStateTypeFormatting), or the
+  /// formatting and every data set's data under "Datasets.DataSet1." ...
+  /// (orvStateTypeFormattingAndData); any other type gives an empty bag's contents.
+  std::vector<std::uint8_t> State(std::int32_t type = orvStateTypeFormatting) const;
+  /// Restores a State of that type and refreshes, whatever AutoRefresh says. Bytes that
+  /// are not a bag's contents, or a value that cannot be used, raise error 5 and leave
+  /// the control as it was.
+  void SetState(const std::vector<std::uint8_t>& bytes, std::int32_t type = orvStateTypeFormatting);
 
   // --- Objects --------------------------------------------------------------------------
 
@@ -245,6 +267,12 @@ class Surface {
   void Recalculate();
   // The control's own target, made at its size on first need.
   void EnsureTarget();
+  // ReadProperties without the trial on a scratch control; with data, the data sets' data
+  // too.
+  void ReadPropertiesInPlace(const PropertyBag& bag, bool withData);
+  // Reads the bag into a scratch control first: raises what reading would raise here,
+  // before anything here changes.
+  static void TryReading(const PropertyBag& bag, bool withData);
   // Moves the cursor to the data point under window pixel (x, y), through the depth the
   // last frame left there; false when there is no data under it.
   bool TrackCursor(float x, float y);

@@ -106,6 +106,11 @@ class DataSet {
   /// Restores what WriteContents wrote, the data through the setters. Inconsistent stored
   /// data or a bad view or resampling value raises error 5 and leaves the data set as it was.
   void ReadContents(const PropertyBag& bag, const std::string& prefix);
+  /// Writes the formatting alone: the views under "ViewMain.", "ViewTop.", "ViewBottom."
+  /// and the resampling under "Resampling.".
+  void WriteFormatting(PropertyBag& bag, const std::string& prefix) const;
+  /// Reads what WriteFormatting wrote; a bad value raises and changes nothing.
+  void ReadFormatting(const PropertyBag& bag, const std::string& prefix);
 
   /// A change of a view's or the resampling's settings, under the prefix it is stored
   /// under: "ViewMain.", "ViewTop.", "ViewBottom." or "Resampling." (such as
