@@ -292,6 +292,10 @@ std::vector<char> CPixelVisibilityRGB::Test(const CapturedMatrices& matrices, st
   const auto batches = Batches(probes, 0);
   if (batches.empty()) return visible;
   PointScope scope;
+  // Colours given between glBegin and glEnd can outlive the attribute pop in Mesa: the
+  // current colour is put back by hand as well.
+  GLfloat current[4] = {1.0F, 1.0F, 1.0F, 1.0F};
+  glGetFloatv(GL_CURRENT_COLOR, current);
   std::vector<std::array<GLfloat, 3>> saved(points.size());
   for (const auto& batch : batches) {
     // The depth group as the test needs it, and the colour group for the write mask: the
@@ -328,6 +332,7 @@ std::vector<char> CPixelVisibilityRGB::Test(const CapturedMatrices& matrices, st
     glEnd();
     glPopAttrib();
   }
+  glColor4fv(current);
   return visible;
 }
 
