@@ -6,6 +6,7 @@
 // axis maps onto 0. A grid is stored as flat lists with point k = i * yCount + j.
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -23,6 +24,12 @@
 namespace orvane {
 
 namespace {
+
+// A fresh contour generation, unique in the process.
+std::uint64_t NextContourGeneration() {
+  static std::atomic<std::uint64_t> last{0};
+  return ++last;
+}
 
 using detail::DataSetState;
 
@@ -134,6 +141,7 @@ void DataSetState::Reset(bool keepUserHull) {
   resampledZ.clear();
   geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
   contourLines.assign(1, CLineList{});
+  contourGeneration = NextContourGeneration();
   bandTriangles.clear();
   dataHullX.clear();
   dataHullY.clear();
@@ -304,6 +312,7 @@ void DataSetState::TraceContours(std::span<const double> levels) {
   contourLines.clear();
   for (const CLineList& level : trace.levelLines) contourLines.push_back(level.Chain());
   if (contourLines.empty()) contourLines.emplace_back();
+  contourGeneration = NextContourGeneration();
   bandTriangles = std::move(trace.bands);
   contoursStale = false;
 }

@@ -57,6 +57,9 @@ struct DataSetState {
   // Contour lines of each level (chained, normalised) and the filled triangles of each
   // band, from the last tracing; one empty list when cleared.
   std::vector<CLineList> contourLines{CLineList{}};
+  // Changes, to a value no other data set has had, whenever contourLines is replaced:
+  // what is worked out from the lines (the contour labels' places) follows it.
+  std::uint64_t contourGeneration = 0;
   std::vector<BandTriangles> bandTriangles;
   // Whether tracing fills bandTriangles as well. The views colour the mesh itself and
   // never draw the bands, so only a caller that exports them (polygons) asks for them.

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "contour_labels.h"
 #include "font_map.h"
 #include "frame.h"
 #include "text.h"
@@ -66,6 +67,8 @@ class PlotAnnotations : public FramePasses {
   void DrawCaption(const FrameState& frame) override;
   void DrawFaces(const FrameState& frame) override;
   void DrawAxes(const FrameState& frame) override;
+  // The labels along the contour lines of the views of one kind (contour_labels.cpp).
+  void DrawContourLabels(int kind, const FrameState& frame) override;
   void DrawOverlayText(const FrameState& frame) override;
   void DrawCursor(const FrameState& frame) override;
   void InvalidateFonts() override { fontsStale_ = true; }
@@ -79,6 +82,8 @@ class PlotAnnotations : public FramePasses {
   const std::vector<TextQuad>& AxisTextOutlines() const noexcept { return axisText_; }
   // The font maps in use (made on first use in the current context).
   CFontMapManager& Fonts() noexcept { return fonts_; }
+  // The contour labels' places and what the last label pass drew.
+  CLabelsManager& Labels() noexcept { return labels_; }
 
   // The cube planes the faces are drawn in: for the XY, XZ and YZ pairs, the Z, Y and X
   // coordinate (0 or 1) of the face behind the data as the frame is seen. In 2-D only
@@ -102,6 +107,9 @@ class PlotAnnotations : public FramePasses {
   CFontMapManager fonts_;
   bool fontsStale_ = false;
   std::vector<TextQuad> axisText_;
+  CLabelsManager labels_;
+  CPixelVisibilityStencil stencilTest_;
+  CPixelVisibilityRGB colourTest_;
 };
 
 }  // namespace detail

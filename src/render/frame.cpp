@@ -143,12 +143,14 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
   f.height = height;
   f.is3D = settings.plotType != 1;
   f.foreColor = settings.foreColor;
+  f.labelTestByStencil = settings.labelTestByStencil;
 
   // 1. Background.
   const Color back = settings.backColor;
   glClearColor(static_cast<GLfloat>(back & 0xFF) / 255.0F, static_cast<GLfloat>((back >> 8) & 0xFF) / 255.0F,
                static_cast<GLfloat>((back >> 16) & 0xFF) / 255.0F, 1.0F);
-  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  // The stencil as well: the contour labels' visibility test counts on it being zero.
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
 
   // 2. Everything below is undone by the last step.
   glPushAttrib(GL_ALL_ATTRIB_BITS);

@@ -69,6 +69,7 @@ struct FrameState {
   CapturedMatrices mainViews;    // as the main views were drawn (text, mouse)
   bool is3D = true;
   Color foreColor = 0;  // the colour of all text
+  bool labelTestByStencil = false;  // FrameSettings::labelTestByStencil
 };
 
 // Drawing that belongs to the caption, legend, axes, faces, text and cursor; each is
