@@ -1,11 +1,13 @@
 // orvane render: draw a data file (XYZ points or a DSAA grid), or the built-in sample,
-// through the control to a PNG image.
+// through the control to a PNG image; orvane state: save the same control's State.
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -16,6 +18,7 @@
 #include "control/surface_state.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/error.h"
+#include "orvane/core/property_bag.h"
 #include "orvane/data/grid_file.h"
 #include "orvane/data/xyz_file.h"
 #include "orvane/host/headless_host.h"
@@ -46,7 +49,11 @@ struct RenderOptions {
   bool noFill = false;
   bool noLines = false;
   bool noLegend = false;
+  bool labels = false;
   bool timings = false;
+  std::string state;            // a saved State to apply before drawing
+  bool formattingOnly = false;  // orvane state: leave the data out
+  CLI::App* command = nullptr;  // to tell options given from defaults
   ResampleOptions resample;
   CLI::Option* titleOption = nullptr;
   CLI::Option* contoursOption = nullptr;
@@ -120,14 +127,25 @@ void LoadData(const RenderOptions& o, Surface& surface) {
   data.DataAsSparseGridSet(count, std::move(points.x), std::move(points.y), std::move(points.z));
 }
 
-void RunRender(const RenderOptions& o) {
-  if (o.sample == !o.file.empty()) Refuse("give either a data FILE or --sample");
+// Reads a saved State file, refusing what is not one.
+std::vector<std::uint8_t> ReadStateFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) Refuse(path + ": cannot open the state file");
+  std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  if (in.bad()) Refuse(path + ": the state file could not be read");
+  if (bytes.size() > (std::size_t{1} << 31)) Refuse(path + ": the state file is too large");
+  return bytes;
+}
+
+// Checks the options common to render and state.
+void CheckOptions(const RenderOptions& o) {
+  if (o.sample && !o.file.empty()) Refuse("give either a data FILE or --sample");
+  if (!o.sample && o.file.empty() && o.state.empty()) Refuse("give a data FILE, --sample or --state");
   for (const auto& [name, option] : o.resample.given) {
     if (option->count() == 0) continue;
     if (o.file.empty()) Refuse(name + " applies to a data FILE only");
     if (o.resample.method.empty()) Refuse(name + " applies with --resample only");
   }
-  const auto [width, height] = ParseSize(o.size);
   if (o.plotType != "3d" && o.plotType != "2d") Refuse("--plot-type must be 3d or 2d");
   if (!o.rotation.empty() && o.rotation.size() != 3) Refuse("--rotation takes three angles: X,Y,Z");
   for (double angle : o.rotation) {
@@ -140,6 +158,66 @@ void RunRender(const RenderOptions& o) {
     for (const auto& [name, value] : ColorMaps()) names += (names.empty() ? "" : ", ") + name;
     Refuse("--colormap must be one of " + names);
   }
+}
+
+// Gives the control its data and formatting: the file or the sample, then a saved State,
+// then the options. After a State only the options given on the command line apply, so
+// that their defaults do not undo what the State holds.
+void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
+  const auto given = [&o](const char* name) { return o.command->count(name) > 0; };
+  if (o.sample) {
+    surface.ShowSampleData();
+  } else if (!o.file.empty()) {
+    LoadData(o, surface);
+    clock.Lap("read");
+    surface.Header().SetText(std::filesystem::path(o.file).filename().string());
+    surface.Header().SetVisible(true);
+  }
+  const bool fromState = !o.state.empty();
+  if (fromState) {
+    const std::vector<std::uint8_t> bytes = ReadStateFile(o.state);
+    PropertyBag bag;
+    try {
+      bag.SetContents(bytes);
+    } catch (const Error& e) {
+      Refuse(o.state + ": not a saved state (" + e.Description() + ")");
+    }
+    // A State with data draws on its own; the data of a FILE or the sample win over it.
+    const bool withData = bag.Contains("Datasets.DataSet1.DataType") && o.file.empty() && !o.sample;
+    surface.SetState(bytes, withData ? orvStateTypeFormattingAndData : orvStateTypeFormatting);
+    clock.Lap("state");
+  }
+  if (given("--title")) {
+    surface.Header().SetText(o.title);
+    surface.Header().SetVisible(!o.title.empty());
+  }
+  if (!fromState || given("--plot-type")) surface.SetPlotType(o.plotType == "2d" ? orvPlotType2D : orvPlotType3D);
+  if (!o.rotation.empty()) {
+    surface.SetRotationX(o.rotation[0]);
+    surface.SetRotationY(o.rotation[1]);
+    surface.SetRotationZ(o.rotation[2]);
+  }
+  if (!fromState || given("--zoom")) surface.SetZoom(o.zoom);
+  Contouring& contouring = surface.Contouring();
+  if (!o.colormap.empty()) contouring.SetColorMapType(ColorMaps().at(o.colormap));
+  if (given("--contours")) {
+    contouring.SetAutoSetContoursType(orvAutoSetByIntervalCount);
+    contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(o.contours));
+  }
+  if (o.interpolateColors) contouring.SetInterpolateColors(true);
+  if (o.lighting) surface.SetLightingOn(true);
+  View& view = surface.DataSets().Item(0).ViewMain();
+  if (o.mesh) view.SetMeshVisible(true);
+  if (o.markers) view.DataMarkersMaster().SetVisible(true);
+  if (o.noFill) view.SetContourFillVisible(false);
+  if (o.noLines) view.SetContourLinesVisible(false);
+  if (o.labels) view.SetContourLabelsVisible(true);
+  if (o.noLegend) surface.Legend().SetVisible(false);
+}
+
+void RunRender(const RenderOptions& o) {
+  CheckOptions(o);
+  const auto [width, height] = ParseSize(o.size);
   OutputFile file(o.output);  // a target that cannot be replaced is refused before any work
   Stopwatch clock;
 
@@ -151,39 +229,7 @@ void RunRender(const RenderOptions& o) {
   surface.OnResize(width, height);
   detail::SurfaceAccess::EnsureTarget(surface);
   clock.Lap("context");
-  if (o.sample) {
-    surface.ShowSampleData();
-  } else {
-    LoadData(o, surface);
-    clock.Lap("read");
-    surface.Header().SetText(std::filesystem::path(o.file).filename().string());
-    surface.Header().SetVisible(true);
-  }
-  if (o.titleOption->count() > 0) {
-    surface.Header().SetText(o.title);
-    surface.Header().SetVisible(!o.title.empty());
-  }
-  surface.SetPlotType(o.plotType == "2d" ? orvPlotType2D : orvPlotType3D);
-  if (!o.rotation.empty()) {
-    surface.SetRotationX(o.rotation[0]);
-    surface.SetRotationY(o.rotation[1]);
-    surface.SetRotationZ(o.rotation[2]);
-  }
-  surface.SetZoom(o.zoom);
-  Contouring& contouring = surface.Contouring();
-  if (!o.colormap.empty()) contouring.SetColorMapType(ColorMaps().at(o.colormap));
-  if (o.contoursOption->count() > 0) {
-    contouring.SetAutoSetContoursType(orvAutoSetByIntervalCount);
-    contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(o.contours));
-  }
-  if (o.interpolateColors) contouring.SetInterpolateColors(true);
-  if (o.lighting) surface.SetLightingOn(true);
-  View& view = surface.DataSets().Item(0).ViewMain();
-  if (o.mesh) view.SetMeshVisible(true);
-  if (o.markers) view.DataMarkersMaster().SetVisible(true);
-  if (o.noFill) view.SetContourFillVisible(false);
-  if (o.noLines) view.SetContourLinesVisible(false);
-  if (o.noLegend) surface.Legend().SetVisible(false);
+  Prepare(o, surface, clock);
 
   // The stages of Refresh one by one, so that --timings can tell them apart.
   detail::SurfaceAccess::Recalculate(surface);
@@ -199,34 +245,67 @@ void RunRender(const RenderOptions& o) {
   if (o.timings) std::cerr << "timings: " << clock.Text() << "\n";
 }
 
+void RunState(const RenderOptions& o) {
+  CheckOptions(o);
+  OutputFile file(o.output);
+  Stopwatch clock;
+  ProgressHost host;
+  Surface surface(host);
+  surface.InitProperties();
+  Prepare(o, surface, clock);
+  // The data's scales and levels are worked out, as a refresh would, before saving.
+  detail::SurfaceAccess::Recalculate(surface);
+  const std::vector<std::uint8_t> bytes =
+      surface.State(o.formattingOnly ? orvStateTypeFormatting : orvStateTypeFormattingAndData);
+  file.Stream().write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  file.Commit();
+}
+
+// The options render and state share: what to draw and how.
+void AddPlotOptions(CLI::App& command, RenderOptions& o) {
+  command.add_option("FILE", o.file, "XYZ text (scattered points) or a DSAA .grd grid");
+  command.add_flag("--sample", o.sample, "The built-in sample surface instead of a file");
+  command.add_option("--state", o.state, "A saved state (orvane state) to apply first; with no FILE its data too");
+  command.add_option("--plot-type", o.plotType, "3d (a surface in a plot cube, default) or 2d (a contour map)");
+  command.add_option("--rotation", o.rotation, "3-D view angles X,Y,Z in degrees (default 60,0,30)")->delimiter(',');
+  o.zoomOption = command.add_option("--zoom", o.zoom, "Zoom factor above 0 (default 1)");
+  o.titleOption = command.add_option("--title", o.title, "Caption text over the plot (default: the file's name)");
+  command.add_option("--colormap", o.colormap,
+                     "blue-red, red-blue, rainbow (default), rainbow-reverse, rainbow-striped, zebra-striped, "
+                     "land-sea-dark or land-sea-light");
+  o.contoursOption =
+      command.add_option("--contours", o.contours, "Number of equal contour intervals (1 to 10000, default 10)");
+  command.add_flag("--interpolate-colors", o.interpolateColors, "Smooth colours between the levels");
+  command.add_flag("--lighting", o.lighting, "Light the surface");
+  command.add_flag("--mesh", o.mesh, "Draw the mesh");
+  command.add_flag("--markers", o.markers, "Mark the data points");
+  command.add_flag("--no-fill", o.noFill, "No colour fill");
+  command.add_flag("--no-lines", o.noLines, "No contour lines");
+  command.add_flag("--labels", o.labels, "Label the contour lines with their levels");
+  command.add_flag("--no-legend", o.noLegend, "No legend");
+  AddResampleOptions(command, o.resample, "--resample", false);
+  o.command = &command;
+}
+
 }  // namespace
 
 void AddRenderCommand(CLI::App& app) {
   auto o = std::make_shared<RenderOptions>();
   CLI::App* render = app.add_subcommand(
       "render", "Draw an XYZ file, a DSAA grid (.grd) or the built-in sample as a 3-D surface or contour map to PNG");
-  render->add_option("FILE", o->file, "XYZ text (scattered points) or a DSAA .grd grid");
-  render->add_flag("--sample", o->sample, "Draw the built-in sample surface instead of a file");
+  AddPlotOptions(*render, *o);
   render->add_option("-o,--output", o->output, "PNG file to write")->required();
   render->add_option("--size", o->size, "Image size WIDTHxHEIGHT (default 800x600)");
-  render->add_option("--plot-type", o->plotType, "3d (a surface in a plot cube, default) or 2d (a contour map)");
-  render->add_option("--rotation", o->rotation, "3-D view angles X,Y,Z in degrees (default 60,0,30)")->delimiter(',');
-  o->zoomOption = render->add_option("--zoom", o->zoom, "Zoom factor above 0 (default 1)");
-  o->titleOption = render->add_option("--title", o->title, "Caption text over the plot (default: the file's name)");
-  render->add_option("--colormap", o->colormap,
-                     "blue-red, red-blue, rainbow (default), rainbow-reverse, rainbow-striped, zebra-striped, "
-                     "land-sea-dark or land-sea-light");
-  o->contoursOption = render->add_option("--contours", o->contours, "Number of equal contour intervals (1 to 10000, default 10)");
-  render->add_flag("--interpolate-colors", o->interpolateColors, "Smooth colours between the levels");
-  render->add_flag("--lighting", o->lighting, "Light the surface");
-  render->add_flag("--mesh", o->mesh, "Draw the mesh");
-  render->add_flag("--markers", o->markers, "Mark the data points");
-  render->add_flag("--no-fill", o->noFill, "No colour fill");
-  render->add_flag("--no-lines", o->noLines, "No contour lines");
-  render->add_flag("--no-legend", o->noLegend, "No legend");
   render->add_flag("--timings", o->timings, "Print the seconds each stage took to standard error");
-  AddResampleOptions(*render, o->resample, "--resample", false);
   render->callback([o] { RunRender(*o); });
+
+  auto so = std::make_shared<RenderOptions>();
+  CLI::App* state = app.add_subcommand(
+      "state", "Save the control's state (formatting and data, as orvane render would draw them) to a file");
+  AddPlotOptions(*state, *so);
+  state->add_option("-o,--output", so->output, "State file to write")->required();
+  state->add_flag("--formatting-only", so->formattingOnly, "Save the formatting without the data");
+  state->callback([so] { RunState(*so); });
 }
 
 }  // namespace orvane::cli

@@ -589,7 +589,7 @@ TEST_F(Cli, RenderRefusesBadRequests) {
   const std::string points = Write("p.xyz", "0 0 1\n1 0 2\n0 1 3\n1 1 4\n");
   const std::string out = (dir_ / "r.png").string();
   const std::pair<std::string, std::string> cases[] = {
-      {"-o " + out, "orvane: give either a data FILE or --sample\n"},
+      {"-o " + out, "orvane: give a data FILE, --sample or --state\n"},
       {points + " --sample -o " + out, "orvane: give either a data FILE or --sample\n"},
       {points + " --size 0x10 -o " + out, "orvane: --size must be WIDTHxHEIGHT with each side from 1 to 16384, as in 800x600\n"},
       {points + " --size 800 -o " + out, "orvane: --size must be WIDTHxHEIGHT with each side from 1 to 16384, as in 800x600\n"},
@@ -610,6 +610,30 @@ TEST_F(Cli, RenderRefusesBadRequests) {
   EXPECT_EQ(map.status, 2);
   EXPECT_NE(map.out.find("--colormap must be one of blue-red"), std::string::npos) << map.out;
   EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+TEST_F(Cli, StateSavesWhatRenderDrawsAgain) {
+  const std::string state = (dir_ / "s.state").string(), a = (dir_ / "a.png").string(), b = (dir_ / "b.png").string();
+  ASSERT_EQ(Orvane("state --sample --plot-type 2d --title Saved -o " + state).status, 0);
+  ASSERT_EQ(Orvane("render --sample --plot-type 2d --title Saved --size 200x150 -o " + a).status, 0);
+  // The state alone (it holds the data) draws the same picture.
+  const Outcome run = Orvane("render --state " + state + " --size 200x150 -o " + b);
+  ASSERT_EQ(run.status, 0) << run.out;
+  const Png pa = ReadPng(a), pb = ReadPng(b);
+  ASSERT_EQ(pb.width, 200);
+  EXPECT_EQ(pa.rgb, pb.rgb);
+  // Options given with it win; the formatting-only state keeps a FILE's data.
+  const std::string formatting = (dir_ / "f.state").string();
+  ASSERT_EQ(Orvane("state --sample --no-legend --formatting-only -o " + formatting).status, 0);
+  EXPECT_EQ(Orvane("render --sample --state " + formatting + " --plot-type 3d --size 120x90 -o " + b).status, 0);
+
+  const std::string junk = Write("junk.state", "not a state at all");
+  const Outcome bad = Orvane("render --state " + junk + " -o " + b);
+  EXPECT_EQ(bad.status, 2);
+  EXPECT_EQ(bad.out.rfind("orvane: " + junk + ": not a saved state (", 0), 0u) << bad.out;
+  const Outcome missing = Orvane("render --state " + (dir_ / "none.state").string() + " -o " + b);
+  EXPECT_EQ(missing.status, 2);
+  EXPECT_EQ(missing.out, "orvane: " + (dir_ / "none.state").string() + ": cannot open the state file\n");
 }
 
 }  // namespace
