@@ -91,6 +91,30 @@ TEST(SurfaceDrawing, EachPairShowsTheFaceBehindAndSwitchesSidesAsThePlotTurns) {
   EXPECT_EQ(PixelAt(c, turned[2], 0.5, 0.5), kBlue);
 }
 
+TEST(SurfaceDrawing, FaceFillsShowBehindTheDataAndNeverInFrontOfIt) {
+  for (const int rotationZ : {30, 210}) {
+    Control c(240, 240);
+    PlainColouredFaces(c.surface);
+    testing::Saddle(c.surface.DataSets().Item(0), 21);
+    c.surface.DataSets().Item(0).ViewTop().SetVisible(false);
+    c.surface.DataSets().Item(0).ViewBottom().SetVisible(false);
+    c.surface.SetRotationZ(rotationZ);
+    c.surface.Refresh();
+    // Every point of the surface shows the surface, not a face, wherever a face lies
+    // behind it; and the faces still show round it.
+    const Axis& z = c.surface.Axes().ZAxis();
+    for (int i = 1; i < 10; ++i) {
+      for (int j = 1; j < 10; ++j) {
+        const double x = i / 10.0, y = j / 10.0, cz = (x * y - z.Min()) / (z.Max() - z.Min());
+        const Color p = PixelAt(c, x, y, cz, true);
+        EXPECT_TRUE(p != kRed && p != kGreen && p != kBlue) << x << "," << y << " rotation " << rotationZ;
+      }
+    }
+    EXPECT_GT(Count(c, kGreen), 500);
+    EXPECT_GT(Count(c, kBlue), 500);
+  }
+}
+
 TEST(SurfaceDrawing, TwoDimensionsDrawOnlyTheFloor) {
   Control c(160, 120);
   PlainColouredFaces(c.surface);
