@@ -615,7 +615,8 @@ TEST_F(Cli, RenderRefusesBadRequests) {
 TEST_F(Cli, StateSavesWhatRenderDrawsAgain) {
   const std::string state = (dir_ / "s.state").string(), a = (dir_ / "a.png").string(), b = (dir_ / "b.png").string();
   ASSERT_EQ(Orvane("state --sample --plot-type 2d --title Saved -o " + state).status, 0);
-  ASSERT_EQ(Orvane("render --sample --plot-type 2d --title Saved --size 200x150 -o " + a).status, 0);
+  // The state keeps the zoom it was saved with (1); a render fits the plot unless told.
+  ASSERT_EQ(Orvane("render --sample --plot-type 2d --title Saved --zoom 1 --size 200x150 -o " + a).status, 0);
   // The state alone (it holds the data) draws the same picture.
   const Outcome run = Orvane("render --state " + state + " --size 200x150 -o " + b);
   ASSERT_EQ(run.status, 0) << run.out;
