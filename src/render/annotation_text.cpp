@@ -326,7 +326,7 @@ void PlotAnnotations::DrawOverlayText(const FrameState& frame) {
     double reach = 0.0;  // how far the labels reach beyond the ticks' ends, along (dx, dy)
     if (axis.LabelsVisible()) {
       CFontMap& font = FontOf(axis.LabelsFont());
-      const std::int32_t count = axis.TickCount();
+      const std::int32_t count = DrawnTicks(axis);
       for (std::int32_t i = 0; i <= count && count >= 0; ++i) {
         const double t = axis.TickPosition(i);
         if (!(t >= 0.0 && t <= 1.0)) continue;

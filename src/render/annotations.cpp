@@ -48,6 +48,11 @@ Axis& AxisOf(Axes& axes, int a) { return a == 0 ? axes.XAxis() : a == 1 ? axes.Y
 
 }  // namespace
 
+std::int32_t PlotAnnotations::DrawnTicks(const Axis& axis) {
+  const std::int32_t count = axis.TickCount();
+  return count >= 0 && count <= kMostTicks ? count : -1;
+}
+
 std::array<double, 3> PlotAnnotations::FacePlanes(const FrameState& frame) {
   if (!frame.is3D) return {0.0, 0.0, 0.0};
   const auto& side = frame.viewerOnPositiveSide;
@@ -116,7 +121,7 @@ void PlotAnnotations::DrawFace(Face& face, int normalAxis, double plane) {
     glBegin(GL_LINES);
     for (const int along : {a, b}) {
       const Axis& axis = AxisOf(o_.axes, along);
-      const std::int32_t count = axis.TickCount();
+      const std::int32_t count = DrawnTicks(axis);
       for (std::int32_t i = 0; i <= count && count >= 0; ++i) {
         const double t = axis.TickPosition(i);
         if (!(t >= 0.0 && t <= 1.0)) continue;
@@ -172,7 +177,7 @@ void PlotAnnotations::DrawAxes(const FrameState& frame) {
     const int out = a == 0 ? 1 : 0;
     const double outward = first >= 0.5 ? 1.0 : -1.0;
     const double length = axis.TickLength();
-    const std::int32_t count = axis.TickCount();
+    const std::int32_t count = DrawnTicks(axis);
     for (std::int32_t i = 0; i <= count && count >= 0; ++i) {
       const double t = axis.TickPosition(i);
       if (!(t >= 0.0 && t <= 1.0)) continue;

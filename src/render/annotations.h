@@ -17,6 +17,7 @@
 namespace orvane {
 
 class Axes;
+class Axis;
 class Caption;
 class Contouring;
 class Cursor;
@@ -80,6 +81,10 @@ class PlotAnnotations : public FramePasses {
   // The outlines of the axis labels and titles the last frame drew, in window pixels
   // (origin at the control's lower-left corner).
   const std::vector<TextQuad>& AxisTextOutlines() const noexcept { return axisText_; }
+  // The ticks drawn along an axis: its tick count, or -1 (none) when that is negative
+  // or above kMostTicks, where ticks, grid lines and labels would only blacken the cube.
+  static std::int32_t DrawnTicks(const Axis& axis);
+  static constexpr std::int32_t kMostTicks = 1000;
   // The font maps in use (made on first use in the current context).
   CFontMapManager& Fonts() noexcept { return fonts_; }
   // The contour labels' places and what the last label pass drew.

@@ -115,6 +115,21 @@ TEST(SurfaceDrawing, FaceFillsShowBehindTheDataAndNeverInFrontOfIt) {
   }
 }
 
+TEST(SurfaceDrawing, AnAbsurdTickCountDrawsTheAxisWithoutTicks) {
+  Control c(200, 200);
+  testing::Saddle(c.surface.DataSets().Item(0));
+  Axis& x = c.surface.Axes().XAxis();
+  x.SetAutoRangeType(orvAutoRangeOff);
+  x.SetMin(0.0);
+  x.SetMax(1.0);
+  x.SetMajorIntervalType(orvIntervalTypeByInterval);
+  x.SetMajorInterval(1e-12);  // a trillion ticks
+  c.surface.Refresh();
+  EXPECT_TRUE(c.State().lastPaintError.empty()) << c.State().lastPaintError;
+  EXPECT_EQ(detail::PlotAnnotations::DrawnTicks(x), -1);
+  EXPECT_GT(c.Frames(), 0);
+}
+
 TEST(SurfaceDrawing, TwoDimensionsDrawOnlyTheFloor) {
   Control c(160, 120);
   PlainColouredFaces(c.surface);
