@@ -1,9 +1,9 @@
 // orvane grid: resample an XYZ file onto a regular grid by inverse distance, kriging or
-// natural neighbour, through the same Resampling settings a data set uses, and write it
-// as CSV or as a Golden Software ASCII grid (DSAA).
+// natural neighbour, through a data set's Resampling settings, and write it as CSV or as
+// a Golden Software ASCII grid (DSAA). Cells outside the data's convex hull can be left
+// blank: natural neighbour blanks them unless asked to extrapolate.
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <iostream>
@@ -11,62 +11,135 @@
 #include <string>
 
 #include "commands.h"
+#include "input_options.h"
+#include "numbers.h"
 #include "orvane/core/error.h"
+#include "orvane/data/data_set.h"
+#include "orvane/data/grid_file.h"
 #include "orvane/data/xyz_file.h"
 #include "orvane/resample/resampling.h"
 #include "output_file.h"
 #include "resample_options.h"
-#include "resample/interpolator.h"
 
 namespace orvane::cli {
 
 namespace {
 
-std::string Number(double v) {
-  char buffer[32];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, v);
-  return std::string(buffer, result.ptr);
-}
-
 struct GridOptions {
   std::string file;
   std::string output;
+  InputOptions input;
   ResampleOptions resample;
+  bool blankOutsideHull = false;
+  bool extrapolate = false;
 };
 
 void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 
-void WriteCsv(std::ostream& out, const std::vector<double>& x, const std::vector<double>& y,
-              const std::vector<double>& z) {
+bool Blank(double z) { return !(std::fabs(z) < kDsaaBlank); }
+
+// The convex hull of the points, counter-clockwise, first vertex not repeated.
+void ConvexHull(const XyzPoints& points, std::vector<double>& hx, std::vector<double>& hy) {
+  hx.clear();
+  hy.clear();
+  if (points.x.empty()) return;
+  std::vector<std::pair<double, double>> p;
+  p.reserve(points.x.size());
+  for (std::size_t i = 0; i < points.x.size(); ++i) p.emplace_back(points.x[i], points.y[i]);
+  std::sort(p.begin(), p.end());
+  p.erase(std::unique(p.begin(), p.end()), p.end());
+  const auto turn = [](const auto& o, const auto& a, const auto& b) {
+    return (a.first - o.first) * (b.second - o.second) - (a.second - o.second) * (b.first - o.first);
+  };
+  std::vector<std::pair<double, double>> h(2 * p.size());
+  std::size_t k = 0;
+  for (std::size_t i = 0; i < p.size(); ++i) {  // lower chain
+    while (k >= 2 && turn(h[k - 2], h[k - 1], p[i]) <= 0) --k;
+    h[k++] = p[i];
+  }
+  for (std::size_t i = p.size() - 1, lower = k + 1; i-- > 0;) {  // upper chain
+    while (k >= lower && turn(h[k - 2], h[k - 1], p[i]) <= 0) --k;
+    h[k++] = p[i];
+  }
+  h.resize(p.size() > 1 ? k - 1 : p.size());
+  for (const auto& v : h) {
+    hx.push_back(v.first);
+    hy.push_back(v.second);
+  }
+}
+
+// Blanks the grid values outside the hull: each node must lie on the inner side of
+// every hull edge, or within tolerance of it.
+void BlankOutside(const XyzPoints& points, GridFile& grid) {
+  std::vector<double> hx, hy;
+  ConvexHull(points, hx, hy);
+  const double span = std::max({grid.x.back() - grid.x.front(), grid.y.back() - grid.y.front(),
+                                hx.empty() ? 0.0 : *std::max_element(hx.begin(), hx.end()) - *std::min_element(hx.begin(), hx.end()),
+                                hy.empty() ? 0.0 : *std::max_element(hy.begin(), hy.end()) - *std::min_element(hy.begin(), hy.end())});
+  const double tolerance = 1e-12 * span;
+  const std::size_t n = hx.size(), ny = grid.y.size();
+  for (std::size_t i = 0; i < grid.x.size(); ++i) {
+    for (std::size_t j = 0; j < ny; ++j) {
+      const double x = grid.x[i], y = grid.y[j];
+      bool inside = n > 0;
+      if (n == 1) inside = std::hypot(x - hx[0], y - hy[0]) <= tolerance;
+      for (std::size_t e = 0; inside && n > 1 && e < n; ++e) {
+        const std::size_t f = (e + 1) % n;
+        if (n == 2 && e == 1) break;  // a segment: one edge, and the ends
+        const double ex = hx[f] - hx[e], ey = hy[f] - hy[e];
+        const double length = std::hypot(ex, ey);
+        const double side = (ex * (y - hy[e]) - ey * (x - hx[e])) / length;  // left of the edge: positive
+        inside = n == 2 ? std::fabs(side) <= tolerance &&
+                              (x - hx[e]) * ex + (y - hy[e]) * ey >= -tolerance * length &&
+                              (x - hx[f]) * ex + (y - hy[f]) * ey <= tolerance * length
+                        : side >= -tolerance;
+      }
+      if (!inside) grid.z[i * ny + j] = kDsaaBlank;
+    }
+  }
+}
+
+void WriteCsv(std::ostream& out, const GridFile& g) {
   std::string line;
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    for (std::size_t j = 0; j < y.size(); ++j) {
-      line = Number(x[i]);
+  const std::size_t ny = g.y.size();
+  for (std::size_t i = 0; i < g.x.size(); ++i) {
+    for (std::size_t j = 0; j < ny; ++j) {
+      const double z = g.z[i * ny + j];
+      line = Number(g.x[i]);
       line += ',';
-      line += Number(y[j]);
+      line += Number(g.y[j]);
       line += ',';
-      line += Number(z[i * y.size() + j]);
+      if (!Blank(z)) line += Number(z);  // a blank cell has an empty Z
       line += '\n';
       out << line;
     }
   }
 }
 
-// Golden Software ASCII grid: "DSAA", the counts, the X, Y and Z ranges, then one line
-// per grid row from the lowest Y up, X increasing along the line.
-void WriteDsaa(std::ostream& out, const std::vector<double>& x, const std::vector<double>& y,
-               const std::vector<double>& z) {
-  const auto [z0, z1] = std::minmax_element(z.begin(), z.end());
-  out << "DSAA\n" << x.size() << ' ' << y.size() << '\n'
-      << Number(x.front()) << ' ' << Number(x.back()) << '\n'
-      << Number(y.front()) << ' ' << Number(y.back()) << '\n'
-      << Number(*z0) << ' ' << Number(*z1) << '\n';
+// Golden Software ASCII grid: "DSAA", the counts, the X, Y and Z ranges (of the values
+// that are not blank), then one line per grid row from the lowest Y up, X increasing
+// along the line; blank cells hold 1.70141e+38.
+void WriteDsaa(std::ostream& out, const GridFile& g) {
+  double z0 = kDsaaBlank, z1 = kDsaaBlank;
+  bool any = false;
+  for (double z : g.z) {
+    if (Blank(z)) continue;
+    z0 = any ? std::min(z0, z) : z;
+    z1 = any ? std::max(z1, z) : z;
+    any = true;
+  }
+  out << "DSAA\n" << g.x.size() << ' ' << g.y.size() << '\n'
+      << Rounded(g.x.front()) << ' ' << Rounded(g.x.back()) << '\n'
+      << Rounded(g.y.front()) << ' ' << Rounded(g.y.back()) << '\n'
+      << Rounded(z0) << ' ' << Rounded(z1) << '\n';
   std::string line;
-  for (std::size_t j = 0; j < y.size(); ++j) {
+  const std::size_t ny = g.y.size();
+  for (std::size_t j = 0; j < ny; ++j) {
     line.clear();
-    for (std::size_t i = 0; i < x.size(); ++i) {
+    for (std::size_t i = 0; i < g.x.size(); ++i) {
       if (i > 0) line += ' ';
-      line += Number(z[i * y.size() + j]);
+      const double z = g.z[i * ny + j];
+      line += Number(Blank(z) ? kDsaaBlank : z);
     }
     line += '\n';
     out << line;
@@ -79,25 +152,32 @@ void RunGrid(const GridOptions& options) {
   if (extension != ".csv" && extension != ".grd") {
     Refuse(options.output + ": the output must end in .csv (x,y,z lines) or .grd (DSAA grid).");
   }
+  if (options.extrapolate && options.blankOutsideHull) Refuse("--extrapolate and --blank-outside-hull contradict each other.");
   OutputFile file(options.output);  // a target that cannot be replaced is refused up front
-  XyzPoints points = ReadXyzFile(options.file);
-  Resampling settings;
-  ConfigureResampling(options.resample, options.file, points, settings);
-  std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(settings);
-  const auto count = static_cast<std::int32_t>(points.x.size());
-  resampler->SetInputData(count, std::move(points.x), std::move(points.y), std::move(points.z));
+  const XyzPoints points = ReadPoints(options.file, options.input);
+  DataSet data;
+  ConfigureResampling(options.resample, options.file, points, data.Resampling());
+  const bool natural = options.resample.method == "nn";
+  if (natural && !options.extrapolate) {
+    // The natural-neighbour method knows its hull: it gives Nuldat beyond it.
+    data.Resampling().NNGridR().SetParameter("Extrap", 0.0);
+    data.Resampling().NNGridR().SetParameter("Nuldat", kDsaaBlank);
+  }
+  data.DataAsSparseGridSet(points.x, points.y, points.z);
 
-  std::vector<double> x, y, z;
+  GridFile grid;
   {
     InterruptGuard guard;
     ProgressBar bar;
-    resampler->SetProgressCallback([&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); });
-    resampler->GetOutputData(x, y, z);
+    data.SetResamplingProgress([&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); });
+    grid = data.ResampledGrid();
+    data.SetResamplingProgress(nullptr);
   }
+  if (options.blankOutsideHull && !natural) BlankOutside(points, grid);
   if (extension == ".csv") {
-    WriteCsv(file.Stream(), x, y, z);
+    WriteCsv(file.Stream(), grid);
   } else {
-    WriteDsaa(file.Stream(), x, y, z);
+    WriteDsaa(file.Stream(), grid);
   }
   file.Commit();
 }
@@ -109,8 +189,12 @@ void AddGridCommand(CLI::App& app) {
   CLI::App* grid = app.add_subcommand(
       "grid", "Resample an XYZ file onto a regular grid and write it as CSV or as a DSAA .grd grid");
   grid->add_option("FILE", o->file, "XYZ text file")->required();
+  AddInputOptions(*grid, o->input);
   AddResampleOptions(*grid, o->resample, "--method", true);
-  grid->add_option("-o,--output", o->output, "OUT.csv or OUT.grd")->required();
+  grid->add_flag("--blank-outside-hull", o->blankOutsideHull,
+                 "Leave cells outside the data's convex hull blank (the default for nn; also for idw and kriging)");
+  grid->add_flag("--extrapolate", o->extrapolate, "nn: fill the cells outside the data's hull too (extrapolated)");
+  grid->add_option("-o,--output", o->output, "OUT.csv or OUT.grd (blank cells: an empty Z, or 1.70141e+38)")->required();
   grid->callback([o] { RunGrid(*o); });
 }
 

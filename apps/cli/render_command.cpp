@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "input_options.h"
 #include "control/surface_state.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/error.h"
@@ -52,6 +53,7 @@ struct RenderOptions {
   bool noLegend = false;
   bool labels = false;
   bool timings = false;
+  InputOptions input;           // how XYZ files are read
   std::string state;            // a saved State to apply before drawing
   bool formattingOnly = false;  // orvane state: leave the data out
   CLI::App* command = nullptr;  // to tell options given from defaults
@@ -121,7 +123,7 @@ void LoadData(const RenderOptions& o, Surface& surface) {
     data.DataAsRectangularGridSet(grid.x, nx, grid.y, ny, Array2D(grid.z, grid.x.size(), grid.y.size()));
     return;
   }
-  XyzPoints points = ReadXyzFile(o.file);
+  XyzPoints points = ReadPoints(o.file, o.input);
   if (points.x.empty()) Refuse(o.file + ": the file holds no points.");
   if (!o.resample.method.empty()) ConfigureResampling(o.resample, o.file, points, data.Resampling());
   const auto count = static_cast<std::int32_t>(points.x.size());
@@ -308,6 +310,7 @@ void RunState(const RenderOptions& o) {
 // The options render and state share: what to draw and how.
 void AddPlotOptions(CLI::App& command, RenderOptions& o) {
   command.add_option("FILE", o.file, "XYZ text (scattered points) or a DSAA .grd grid");
+  AddInputOptions(command, o.input);
   command.add_flag("--sample", o.sample, "The built-in sample surface instead of a file");
   command.add_option("--state", o.state, "A saved state (orvane state) to apply first; with no FILE its data too");
   command.add_option("--plot-type", o.plotType, "3d (a surface in a plot cube, default) or 2d (a contour map)");

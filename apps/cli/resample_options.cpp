@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "numbers.h"
 #include "orvane/core/error.h"
 
 namespace orvane::cli {
@@ -24,11 +25,12 @@ void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string
   o.given["--xmax"] = command.add_option("--xmax", o.xMax, "Grid X maximum");
   o.given["--ymin"] = command.add_option("--ymin", o.yMin, "Grid Y minimum");
   o.given["--ymax"] = command.add_option("--ymax", o.yMax, "Grid Y maximum");
-  o.given["--power"] = command.add_option("--power", o.power, "idw: weighting power on the squared distance (default 2)");
+  o.given["--power"] = command.add_option("--power", o.power, "idw: power P of the squared distance: weights 1 / d^(2P), so the default 2 weighs by the "
+                                                   "distance to the fourth (gdal_grid's power=4)");
   o.given["--model"] = command.add_option("--model", o.model, "kriging: linear, spherical, exponential or gaussian")
                            ->check(CLI::IsMember({"linear", "spherical", "exponential", "gaussian"}));
-  o.given["--nugget"] = command.add_option("--nugget", o.nugget, "kriging: nugget (default 1)");
-  o.given["--sill"] = command.add_option("--sill", o.sill, "kriging: total sill (default 2)");
+  o.given["--nugget"] = command.add_option("--nugget", o.nugget, "kriging: nugget, 0 or more (default 1)");
+  o.given["--sill"] = command.add_option("--sill", o.sill, "kriging: total sill, not below the nugget (default 2)");
   o.given["--range"] = command.add_option("--range", o.range, "kriging: range (default: the grid's diagonal)");
   o.given["--no-block"] = command.add_flag("--no-block", o.noBlock, "kriging: one global system instead of 32-point neighbourhoods");
   o.given["--gradients"] = command.add_flag("--gradients", o.gradients, "nn: gradient-blended (C1) surface");
@@ -78,6 +80,16 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
   }
   if (!(settings.YMin() < settings.YMax())) {
     Refuse(file + ": the points have no extent along Y; give --ymin and --ymax for the grid.");
+  }
+  if (o.method == "kriging") {
+    // The semi-variogram starts at the nugget (a variance, so not below 0) and rises to the sill.
+    if (!(std::isfinite(o.nugget) && o.nugget >= 0.0)) {
+      Refuse("--nugget must be a finite number of 0 or more, not " + Number(o.nugget) + ".");
+    }
+    if (!(std::isfinite(o.sill) && o.sill >= o.nugget)) {
+      Refuse("--sill (" + Number(o.sill) + ") must be a finite number not below --nugget (" +
+             Number(o.nugget) + "): the sill is the total variance, the nugget included.");
+    }
   }
   settings.InverseDistance().SetWeightingPower(o.power);
   Kriging& kriging = settings.Kriging();

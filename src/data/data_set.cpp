@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "data_set_state.h"
+#include "contour/band_outline.h"
 #include "contour/hull_clip.h"
 #include "geometry.h"
 #include "orvane/core/error.h"
@@ -179,7 +180,7 @@ void DataSetState::Resample() {
   AxisLimits(inputY, pointCount, yMin, yMax, unusedRange);
   resampling.SetDataLimits(xMin, xMax, yMin, yMax);
   std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(resampling);
-  resampler->SetProgressCallback(progress);
+  resampler->SetProgressCallback(progress ? progress : ownProgress);
   const auto n = static_cast<std::size_t>(pointCount);
   resampler->SetInputData(pointCount, std::vector<double>(inputX.begin(), inputX.begin() + static_cast<long>(n)),
                           std::vector<double>(inputY.begin(), inputY.begin() + static_cast<long>(n)),
@@ -335,6 +336,118 @@ void DataSetState::Join(std::int32_t position) {
 // ---------------------------------------------------------------------------------------
 // Public members
 
+namespace {
+
+// The checked input of DataAsRectangularGridSet (X and Y already checked), stored.
+void StoreGrid(DataSetState& s, std::span<const double> x, std::span<const double> y, std::vector<double> z) {
+  CheckValues(z, "Z");
+  const std::size_t nx = x.size(), ny = y.size();
+  s.xCount = static_cast<std::int32_t>(nx);
+  s.yCount = static_cast<std::int32_t>(ny);
+  s.dataType = detail::kRectangularGrid;
+  s.pointCount = static_cast<std::int32_t>(nx * ny);
+  if (s.pointCount > 0) {
+    s.inputX.resize(nx * ny);
+    s.inputY.resize(nx * ny);
+    for (std::size_t i = 0; i < nx; ++i) {
+      for (std::size_t j = 0; j < ny; ++j) {
+        s.inputX[i * ny + j] = x[i];
+        s.inputY[i * ny + j] = y[j];
+      }
+    }
+    s.inputZ = std::move(z);
+  }
+  s.ComputeLimits();
+  s.NormaliseDataHull();
+  s.needsRebuild = true;
+  s.changed.Raise();
+}
+
+// The points of DataAsSparseGridSet, whose lists hold count values each: checked,
+// stored and triangulated.
+void StoreSparse(DataSetState& s, std::span<const double> x, std::span<const double> y,
+                 std::span<const double> z) {
+  CheckValues(x, "X");
+  CheckValues(y, "Y");
+  CheckValues(z, "Z");
+  const std::size_t n = x.size();
+  s.dataType = detail::kSparse;
+  s.pointCount = static_cast<std::int32_t>(n);
+  if (n > 0) {
+    s.inputX.assign(x.begin(), x.end());
+    s.inputY.assign(y.begin(), y.end());
+    s.inputZ.assign(z.begin(), z.end());
+  }
+  s.ComputeLimits();
+  if (n > 0) {
+    std::vector<double> nx(n), ny(n), nz(n);
+    for (std::size_t k = 0; k < n; ++k) {
+      nx[k] = s.Normalise(0, s.inputX[k]);
+      ny[k] = s.Normalise(1, s.inputY[k]);
+      nz[k] = s.Normalise(2, s.inputZ[k]);
+    }
+    if (!s.triangulation) s.triangulation = std::make_unique<CTriangulate>();
+    s.triangulation->Triangulate(nx, ny, nz);
+  }
+  s.NormaliseDataHull();
+  s.needsRebuild = true;
+  s.changed.Raise();
+}
+
+// Lines (and with bands the band triangles) of levels over the current mesh, traced
+// apart from what the views draw: the data set's own contour results are put back
+// afterwards, whether the tracing succeeded or not.
+struct TraceApart {
+  DataSetState& s;
+  std::vector<CLineList> savedLines;
+  std::vector<BandTriangles> savedBands;
+  std::uint64_t savedGeneration;
+  bool savedStale, savedTraceBands;
+
+  // Puts the data set's contour results aside; the destructor brings them back.
+  explicit TraceApart(DataSetState& state)
+      : s(state),
+        savedLines(std::move(state.contourLines)),
+        savedBands(std::move(state.bandTriangles)),
+        savedGeneration(state.contourGeneration),
+        savedStale(state.contoursStale),
+        savedTraceBands(state.traceBands) {}
+  // Traces into the data set's members, where the caller reads the results.
+  void Run(std::span<const double> levels, bool bands) {
+    s.traceBands = bands;
+    s.TraceContours(levels);
+  }
+  ~TraceApart() {
+    s.contourLines = std::move(savedLines);
+    s.bandTriangles = std::move(savedBands);
+    s.contourGeneration = savedGeneration;
+    s.contoursStale = savedStale;
+    s.traceBands = savedTraceBands;
+  }
+  TraceApart(const TraceApart&) = delete;
+  TraceApart& operator=(const TraceApart&) = delete;
+};
+
+void CheckLevels(std::span<const double> levels) {
+  for (std::size_t k = 0; k < levels.size(); ++k) {
+    if (!std::isfinite(levels[k])) throw Error(5, kSource, "The contour levels must be finite numbers.");
+    if (k > 0 && levels[k] < levels[k - 1]) throw Error(5, kSource, "The contour levels must be in ascending order.");
+  }
+}
+
+// Appends a triangle's corners, turned counter-clockwise when they run the other way.
+void AppendTriangle(std::vector<double>& out, const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
+  const double turn = (x[1] - x[0]) * (y[2] - y[0]) - (y[1] - y[0]) * (x[2] - x[0]);
+  const std::size_t order[3] = {0, turn < 0.0 ? std::size_t{2} : std::size_t{1}, turn < 0.0 ? std::size_t{1} : std::size_t{2}};
+  for (std::size_t k : order) {
+    out.push_back(x[k]);
+    out.push_back(y[k]);
+    out.push_back(z[k]);
+  }
+}
+
+}  // namespace
+
 DataSet::DataSet() : state_(std::make_unique<DataSetState>()) {
   relays_.push_back(state_->resampling.PropertyChanged.Connect([this](const std::string& name) {
     if (state_->pointCount > 0) state_->needsRebuild = true;
@@ -389,28 +502,28 @@ void DataSet::DataAsRectangularGridSet(const Array& xValues, std::int32_t xCount
         static_cast<std::size_t>(j)] = zValues.At(i, j);
     }
   }
-  CheckValues(z, "Z");
+  StoreGrid(s, First(xValues, xCount), First(yValues, yCount), std::move(z));
+}
 
-  s.xCount = xCount;
-  s.yCount = yCount;
-  s.dataType = detail::kRectangularGrid;
-  s.pointCount = static_cast<std::int32_t>(points);
-  if (points > 0) {
-    const auto n = static_cast<std::size_t>(points);
-    s.inputX.resize(n);
-    s.inputY.resize(n);
-    for (std::size_t i = 0; i < static_cast<std::size_t>(xCount); ++i) {
-      for (std::size_t j = 0; j < static_cast<std::size_t>(yCount); ++j) {
-        s.inputX[i * static_cast<std::size_t>(yCount) + j] = xValues.Values()[i];
-        s.inputY[i * static_cast<std::size_t>(yCount) + j] = yValues.Values()[j];
-      }
-    }
-    s.inputZ = std::move(z);
+void DataSet::DataAsRectangularGridSet(std::span<const double> x, std::span<const double> y,
+                                       std::span<const double> z) {
+  DataSetState& s = *state_;
+  s.Reset(true);
+  constexpr auto kMostCount = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
+  // The Array setter wants at least two X rows of Z; here Z has as many rows as X values.
+  if (x.size() > kMostCount || y.size() > kMostCount || x.size() < 2 || z.size() / x.size() != y.size() ||
+      z.size() % x.size() != 0) {
+    throw Error(5, kSource, kUpperBoundsMessage);
   }
-  s.ComputeLimits();
-  s.NormaliseDataHull();
-  s.needsRebuild = true;
-  s.changed.Raise();
+  const auto xCount = static_cast<std::int32_t>(x.size());
+  const auto yCount = static_cast<std::int32_t>(y.size());
+  if (std::int64_t{xCount} * yCount > std::numeric_limits<std::int32_t>::max()) {
+    throw Error(5, kSource, "A grid of " + std::to_string(xCount) + " by " +
+                                std::to_string(yCount) + " points is too large.");
+  }
+  CheckValues(x, "X");
+  CheckValues(y, "Y");
+  StoreGrid(s, x, y, std::vector<double>(z.begin(), z.end()));
 }
 
 void DataSet::DataAsSparseGridSet(std::int32_t count, const Array& xValues, const Array& yValues,
@@ -425,32 +538,18 @@ void DataSet::DataAsSparseGridSet(std::int32_t count, const Array& xValues, cons
   if (xValues.LowerBound() != 0 || yValues.LowerBound() != 0 || zValues.LowerBound() != 0) {
     throw Error(5, kSource, kLowerBoundsMessage);
   }
-  CheckValues(First(xValues, count), "X");
-  CheckValues(First(yValues, count), "Y");
-  CheckValues(First(zValues, count), "Z");
+  StoreSparse(s, First(xValues, count), First(yValues, count), First(zValues, count));
+}
 
-  s.dataType = detail::kSparse;
-  s.pointCount = count;
-  if (count > 0) {
-    s.inputX.assign(xValues.Values().begin(), xValues.Values().begin() + count);
-    s.inputY.assign(yValues.Values().begin(), yValues.Values().begin() + count);
-    s.inputZ.assign(zValues.Values().begin(), zValues.Values().begin() + count);
+void DataSet::DataAsSparseGridSet(std::span<const double> x, std::span<const double> y,
+                                  std::span<const double> z) {
+  DataSetState& s = *state_;
+  s.Reset(true);
+  if (x.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) ||
+      y.size() != x.size() || z.size() != x.size()) {
+    throw Error(5, kSource, kUpperBoundsMessage);
   }
-  s.ComputeLimits();
-  if (count > 0) {
-    const auto n = static_cast<std::size_t>(count);
-    std::vector<double> nx(n), ny(n), nz(n);
-    for (std::size_t k = 0; k < n; ++k) {
-      nx[k] = s.Normalise(0, s.inputX[k]);
-      ny[k] = s.Normalise(1, s.inputY[k]);
-      nz[k] = s.Normalise(2, s.inputZ[k]);
-    }
-    if (!s.triangulation) s.triangulation = std::make_unique<CTriangulate>();
-    s.triangulation->Triangulate(nx, ny, nz);
-  }
-  s.NormaliseDataHull();
-  s.needsRebuild = true;
-  s.changed.Raise();
+  StoreSparse(s, x, y, z);
 }
 
 void DataSet::DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
@@ -509,12 +608,21 @@ void DataSet::UserHullSet(std::int32_t pointCount, const Array& xValues, const A
   if (xValues.LowerBound() != 0 || yValues.LowerBound() != 0) {
     throw Error(5, kSource, kLowerBoundsMessage);
   }
-  CheckValues(First(xValues, pointCount), "user hull X");
-  CheckValues(First(yValues, pointCount), "user hull Y");
+  UserHullSet(First(xValues, pointCount), First(yValues, pointCount));
+}
+
+void DataSet::UserHullSet(std::span<const double> xValues, std::span<const double> yValues) {
+  if (xValues.size() != yValues.size() ||
+      xValues.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+    throw Error(5, kSource, kUpperBoundsMessage);
+  }
+  CheckValues(xValues, "user hull X");
+  CheckValues(yValues, "user hull Y");
   DataSetState& s = *state_;
-  const auto n = static_cast<std::size_t>(pointCount);
-  s.userHullInputX.assign(xValues.Values().begin(), xValues.Values().begin() + pointCount);
-  s.userHullInputY.assign(yValues.Values().begin(), yValues.Values().begin() + pointCount);
+  const std::size_t n = xValues.size();
+  const auto pointCount = static_cast<std::int32_t>(n);
+  s.userHullInputX.assign(xValues.begin(), xValues.end());
+  s.userHullInputY.assign(yValues.begin(), yValues.end());
   if (n == 0) {
     s.userHullInputX.assign(1, 0.0);
     s.userHullInputY.assign(1, 0.0);
@@ -566,6 +674,120 @@ bool DataSet::ZValueInterpolate(double xValue, double yValue, double& zValue) {
   }
   return true;
 }
+
+std::vector<double> DataSet::MeshTriangles() const {
+  DataSetState& s = *state_;
+  s.RebuildMeshIfNeeded();
+  std::vector<double> out;
+  if (s.pointCount <= 0) return out;
+  double x[3], y[3], z[3];
+  if (s.meshType == detail::kTriangleMesh && s.triangulation) {
+    const std::vector<std::int32_t>& v = s.triangulation->TriangleVertices();
+    out.reserve(v.size() * 3);
+    for (std::size_t t = 0; t + 2 < v.size(); t += 3) {
+      for (std::size_t k = 0; k < 3; ++k) {
+        const auto p = static_cast<std::size_t>(v[t + k]);
+        x[k] = s.inputX[p];
+        y[k] = s.inputY[p];
+        z[k] = s.inputZ[p];
+      }
+      AppendTriangle(out, x, y, z);
+    }
+  } else if (s.meshType == detail::kGridMesh) {
+    const std::vector<double>& gz = s.GridZ();
+    const std::size_t nx = s.gridX.size(), ny = s.gridY.size();
+    if (nx < 2 || ny < 2) return out;
+    out.reserve((nx - 1) * (ny - 1) * 18);
+    // Each cell (i, j) .. (i + 1, j + 1) as two triangles along its diagonal.
+    const std::size_t cells[2][3][2] = {{{0, 0}, {1, 0}, {1, 1}}, {{0, 0}, {1, 1}, {0, 1}}};
+    for (std::size_t i = 0; i + 1 < nx; ++i) {
+      for (std::size_t j = 0; j + 1 < ny; ++j) {
+        for (const auto& triangle : cells) {
+          for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t a = i + triangle[k][0], b = j + triangle[k][1];
+            x[k] = s.gridX[a];
+            y[k] = s.gridY[b];
+            z[k] = gz[a * ny + b];
+          }
+          AppendTriangle(out, x, y, z);
+        }
+      }
+    }
+  }
+  return out;
+}
+
+std::vector<std::int32_t> DataSet::MeshTriangleVertices() const {
+  const DataSetState& s = *state_;
+  if (s.dataType != detail::kSparse || s.pointCount <= 0 || !s.triangulation) return {};
+  return s.triangulation->TriangleVertices();
+}
+
+std::vector<std::vector<Polyline>> DataSet::ContourLines(std::span<const double> levels) const {
+  CheckLevels(levels);
+  DataSetState& s = *state_;
+  s.RebuildMeshIfNeeded();
+  TraceApart trace(s);
+  trace.Run(levels, false);
+  std::vector<std::vector<Polyline>> out(levels.size());
+  for (std::size_t k = 0; k < levels.size() && k < s.contourLines.size(); ++k) {
+    const CLineList& lines = s.contourLines[k];
+    const std::vector<std::int32_t>& starts = lines.PolylineStarts();
+    for (std::size_t p = 0; p < starts.size(); ++p) {
+      const auto begin = static_cast<std::size_t>(starts[p]);
+      const std::size_t end = p + 1 < starts.size() ? static_cast<std::size_t>(starts[p + 1]) : lines.Count();
+      if (begin >= end) continue;
+      Polyline line;
+      line.x.reserve(end - begin + 1);
+      line.y.reserve(end - begin + 1);
+      line.x.push_back(s.Denormalise(0, lines.Item(begin).x1));
+      line.y.push_back(s.Denormalise(1, lines.Item(begin).y1));
+      for (std::size_t i = begin; i < end; ++i) {
+        line.x.push_back(s.Denormalise(0, lines.Item(i).x2));
+        line.y.push_back(s.Denormalise(1, lines.Item(i).y2));
+      }
+      out[k].push_back(std::move(line));
+    }
+  }
+  return out;
+}
+
+std::vector<std::vector<Polygon>> DataSet::ContourBands(std::span<const double> levels) const {
+  CheckLevels(levels);
+  DataSetState& s = *state_;
+  s.RebuildMeshIfNeeded();
+  TraceApart trace(s);
+  trace.Run(levels, true);
+  std::vector<std::vector<Polygon>> out(levels.size() + 1);
+  for (std::size_t k = 0; k < out.size() && k < s.bandTriangles.size(); ++k) {
+    // Band by band, each band's triangles freed once outlined.
+    const BandOutline outline = OutlineBand(s.bandTriangles[k]);
+    BandTriangles().swap(s.bandTriangles[k]);
+    for (std::size_t p = 0; p < outline.PolygonCount(); ++p) {
+      Polygon polygon;
+      for (std::size_t r = outline.polygonStarts[p]; r < outline.polygonStarts[p + 1]; ++r) {
+        Polyline ring;
+        for (std::size_t i = outline.ringStarts[r]; i < outline.ringStarts[r + 1]; ++i) {
+          ring.x.push_back(s.Denormalise(0, outline.x[i]));
+          ring.y.push_back(s.Denormalise(1, outline.y[i]));
+        }
+        polygon.rings.push_back(std::move(ring));
+      }
+      out[k].push_back(std::move(polygon));
+    }
+  }
+  return out;
+}
+
+GridFile DataSet::ResampledGrid() const {
+  DataSetState& s = *state_;
+  if (!s.resampling.ResamplerSelected()) throw Error(5, kSource, "No resampler was selected.");
+  s.RebuildMeshIfNeeded();
+  if (!s.resampled) throw Error(5, kSource, "The data set holds no data to resample.");
+  return GridFile{s.gridX, s.gridY, s.resampledZ};
+}
+
+void DataSet::SetResamplingProgress(ResamplingProgress callback) { state_->ownProgress = std::move(callback); }
 
 orvane::Resampling& DataSet::Resampling() noexcept { return state_->resampling; }
 const orvane::Resampling& DataSet::Resampling() const noexcept { return state_->resampling; }

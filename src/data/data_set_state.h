@@ -84,6 +84,8 @@ struct DataSetState {
   // Where a resampling run reports its progress (none by default; the control sets it
   // while it recalculates). It may be called from the run's worker threads.
   ProgressCallback progress;
+  // Where runs report otherwise: the host program's own callback (SetResamplingProgress).
+  ProgressCallback ownProgress;
   // The views; their plot positions are set when the data set joins a collection.
   orvane::View viewMain, viewTop, viewBottom;
 

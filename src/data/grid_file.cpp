@@ -23,7 +23,7 @@ namespace {
 
 constexpr const char* kSource = "GridFile";
 constexpr long kMostNodes = 10001;           // per side, as the resampler makes at most
-constexpr double kBlank = 1.70141e38;        // Golden Software's blank value
+constexpr double kBlank = kDsaaBlank;  // Golden Software's blank value
 constexpr std::size_t kLongestToken = 4096;  // no number is longer
 
 class Tokens {

@@ -1,4 +1,5 @@
-// XYZ text: one point per line, three numbers separated by commas, tabs or spaces.
+// XYZ text: one point per line, three numbers separated by commas, semicolons, tabs or
+// spaces (or chosen columns of wider lines).
 //
 // The input is read in blocks of 64 KiB and cut into lines in place; only a line that
 // straddles two blocks is copied, into one buffer reused for every such line. A line may
@@ -13,13 +14,18 @@
 
 #include "orvane/data/xyz_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <map>
 #include <memory>
+#include <span>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "orvane/core/error.h"
 
@@ -34,10 +40,10 @@ constexpr std::size_t kMaxLine = std::size_t{1} << 20;
 // Characters of a line quoted in an error message.
 constexpr std::size_t kQuotedCharacters = 80;
 
-bool IsSeparator(char c) { return c == ',' || c == ' ' || c == '\t'; }
+bool IsSeparator(char c) { return c == ',' || c == ' ' || c == '\t' || c == ';'; }
 
-// Splits line into fields, keeping the first three; returns how many there are.
-std::size_t Fields(std::string_view line, std::string_view (&kept)[3]) {
+// Splits line into fields, keeping the first kept.size(); returns how many there are.
+std::size_t Fields(std::string_view line, std::span<std::string_view> kept) {
   std::size_t count = 0;
   std::size_t i = 0;
   while (i < line.size()) {
@@ -45,7 +51,7 @@ std::size_t Fields(std::string_view line, std::string_view (&kept)[3]) {
     const std::size_t start = i;
     while (i < line.size() && !IsSeparator(line[i])) ++i;
     if (i > start) {
-      if (count < 3) kept[count] = line.substr(start, i - start);
+      if (count < kept.size()) kept[count] = line.substr(start, i - start);
       ++count;
     }
   }
@@ -196,7 +202,23 @@ class LineReader {
 
 }  // namespace
 
-XyzPoints ReadXyzText(std::istream& in, const std::string& name) {
+XyzPoints ReadXyzText(std::istream& in, const std::string& name) { return ReadXyzText(in, name, XyzReadOptions{}); }
+
+XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOptions& options) {
+  constexpr int kMostColumns = 1 << 20;  // no line of 1 MiB holds more fields
+  for (int column : options.columns) {
+    if (column < 1 || column > kMostColumns) {
+      throw Error(5, kSource, "The X, Y and Z columns must be numbered from 1 to " + std::to_string(kMostColumns) +
+                                  ", not " + std::to_string(column) + ".");
+    }
+  }
+  const bool plain = options.columns == std::array<int, 3>{1, 2, 3};
+  std::size_t used = 0;  // fields a line must hold
+  std::size_t where[3];  // 0-based field of X, Y and Z
+  for (std::size_t k = 0; k < 3; ++k) {
+    where[k] = static_cast<std::size_t>(options.columns[k] - 1);
+    used = std::max(used, where[k] + 1);
+  }
   XyzPoints points;
   LineReader reader(in);
   const std::string shownName = Printable(name, std::string::npos);
@@ -205,6 +227,7 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name) {
   auto fail = [&](const std::string& what) {
     throw Error(5, kSource, shownName + ":" + std::to_string(number) + ": " + what);
   };
+  std::vector<std::string_view> fields(used);
   std::string_view line;
   for (;;) {
     const LineReader::Result result = reader.Next(line);
@@ -214,22 +237,29 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name) {
     }
     ++number;
     if (result == LineReader::Result::kTooLong) fail("the line is longer than 1 MiB");
-    std::string_view fields[3];
     const std::size_t count = Fields(line, fields);
     if (count == 0 || fields[0].front() == '#') continue;
     double values[3] = {0, 0, 0};
-    bool numeric = count == 3;
-    for (std::size_t k = 0; k < 3 && numeric; ++k) numeric = ParseNumber(fields[k], values[k]);
-    const bool header = firstContent && !ParseNumber(fields[0], values[0]);
+    const bool enough = plain ? count == 3 : count >= used;
+    bool numeric = enough;
+    for (std::size_t k = 0; k < 3 && numeric; ++k) numeric = ParseNumber(fields[where[k]], values[k]);
+    const bool header = firstContent && !(where[0] < count && ParseNumber(fields[where[0]], values[0]));
     firstContent = false;
     if (header) continue;
-    if (count != 3) {
-      fail("expected 3 numbers (X, Y, Z), found " + std::to_string(count) + " fields");
+    const bool finite = numeric && std::isfinite(values[0]) && std::isfinite(values[1]) && std::isfinite(values[2]);
+    if (!finite && options.skipInvalid) {
+      ++points.skipped;
+      continue;
     }
-    if (!numeric) fail("\"" + Printable(line, kQuotedCharacters) + "\" is not three numbers");
-    for (double v : values) {
-      if (!std::isfinite(v)) fail("values must be finite numbers");
+    if (!enough) {
+      if (plain) fail("expected 3 numbers (X, Y, Z), found " + std::to_string(count) + " fields");
+      fail("expected at least " + std::to_string(used) + " fields, found " + std::to_string(count));
     }
+    if (!numeric) {
+      fail("\"" + Printable(line, kQuotedCharacters) + "\" is not " +
+           (plain ? std::string("three numbers") : "numbers in the X, Y and Z columns"));
+    }
+    if (!finite) fail("values must be finite numbers");
     points.x.push_back(values[0]);
     points.y.push_back(values[1]);
     points.z.push_back(values[2]);
@@ -237,13 +267,54 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name) {
   return points;
 }
 
-XyzPoints ReadXyzFile(const std::string& path) {
+XyzPoints ReadXyzFile(const std::string& path) { return ReadXyzFile(path, XyzReadOptions{}); }
+
+XyzPoints ReadXyzFile(const std::string& path, const XyzReadOptions& options) {
   std::ifstream in(path, std::ios::binary);
   if (!in) {
     throw Error(5, kSource, Printable(path, std::string::npos) + ": cannot open the file (" +
                                 std::strerror(errno) + ")");
   }
-  return ReadXyzText(in, path);
+  return ReadXyzText(in, path, options);
+}
+
+std::size_t MergeDuplicatePoints(XyzPoints& points) {
+  const std::size_t n = points.x.size();
+  // Each place kept: its first point, the sum of its Z and how many points it had.
+  std::vector<std::size_t> first;
+  std::vector<double> sum;
+  std::vector<std::size_t> count;
+  std::map<std::pair<double, double>, std::size_t> placeOf;
+  for (std::size_t i = 0; i < n; ++i) {
+    // -0 and 0 are one place; a NaN place is never the same as another.
+    const bool comparable = !std::isnan(points.x[i]) && !std::isnan(points.y[i]);
+    if (comparable) {
+      const auto found = placeOf.find({points.x[i] + 0.0, points.y[i] + 0.0});
+      if (found != placeOf.end()) {
+        sum[found->second] += points.z[i];
+        ++count[found->second];
+        continue;
+      }
+      placeOf.emplace(std::pair{points.x[i] + 0.0, points.y[i] + 0.0}, first.size());
+    }
+    first.push_back(i);
+    sum.push_back(points.z[i]);
+    count.push_back(1);
+  }
+  const std::size_t kept = first.size();
+  if (kept == n) return 0;
+  XyzPoints merged;
+  merged.skipped = points.skipped;
+  merged.x.reserve(kept);
+  merged.y.reserve(kept);
+  merged.z.reserve(kept);
+  for (std::size_t k = 0; k < kept; ++k) {
+    merged.x.push_back(points.x[first[k]]);
+    merged.y.push_back(points.y[first[k]]);
+    merged.z.push_back(count[k] == 1 ? sum[k] : sum[k] / static_cast<double>(count[k]));
+  }
+  points = std::move(merged);
+  return n - kept;
 }
 
 }  // namespace orvane

@@ -2,6 +2,7 @@
 // lets it calculate on its worker thread, reports its progress while waiting, and
 // collects the values. The engine handle is released on every path out.
 
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <string>
@@ -42,6 +43,13 @@ class EngineHandle {
   KrigingHandle handle_;
 };
 
+// Shortest text that reads back as the same double.
+std::string ShortNumber(double v) {
+  char buffer[32];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, v);
+  return std::string(buffer, result.ptr);
+}
+
 }  // namespace
 
 void KrigingResampler::RefreshGrid() {
@@ -68,6 +76,14 @@ void KrigingResampler::RefreshGrid() {
   engine.Check(KrigingSetModel(h, kriging.ModelSemiVariogram()), "ModelSemiVariogram must be 0 (linear), 1 (spherical), 2 (exponential) or 3 (Gaussian).");
   engine.Check(KrigingSetRange(h, kriging.Range()), "Range must be a finite number above 0.");
   engine.Check(KrigingSetSill(h, kriging.Nugget(), kriging.Sill()), "Nugget and Sill must be finite numbers.");
+  // A semi-variogram is a variance: it starts at the nugget, not below 0, and rises to the sill.
+  if (kriging.Nugget() < 0.0) {
+    throw Error(5, kSource, "Nugget must not be negative, not " + ShortNumber(kriging.Nugget()) + ".");
+  }
+  if (kriging.Sill() < kriging.Nugget()) {
+    throw Error(5, kSource, "Sill (" + ShortNumber(kriging.Sill()) + ") must not be below Nugget (" +
+                                ShortNumber(kriging.Nugget()) + ").");
+  }
   engine.CheckRun(KrigingCalculateInThread(h));
 
   // Wait, polling more slowly as the run goes on, and pass the progress on.

@@ -18,6 +18,9 @@
 #include <nlohmann/json.hpp>
 #include <png.h>
 
+#include "orvane/data/data_set.h"
+#include "orvane/data/xyz_file.h"
+
 namespace {
 
 struct Outcome {
@@ -114,11 +117,12 @@ TEST_F(Cli, HostileInputIsReadOrRefusedSafely) {
   EXPECT_EQ(zero.status, 2);
   EXPECT_EQ(zero.out, "orvane: /dev/zero:1: the line is longer than 1 MiB\n");
   // Terminal escape codes are quoted escaped, and long lines cut.
-  const std::string escapes = Write("esc.xyz", "0 0 1\n\x1b]0;owned\x07\x1b[2J" + std::string(200, 'A') + " 2 3\n");
+  // (A colon where a title sequence has its semicolon, which would separate fields.)
+  const std::string escapes = Write("esc.xyz", "0 0 1\n\x1b]0:owned\x07\x1b[2J" + std::string(200, 'A') + " 2 3\n");
   const Outcome esc = Orvane("info " + escapes);
   EXPECT_EQ(esc.status, 2);
   EXPECT_EQ(esc.out.find('\x1b'), std::string::npos);
-  EXPECT_NE(esc.out.find("\\x1b]0;owned\\x07\\x1b[2J"), std::string::npos) << esc.out;
+  EXPECT_NE(esc.out.find("\\x1b]0:owned\\x07\\x1b[2J"), std::string::npos) << esc.out;
   EXPECT_LT(esc.out.size(), 200u);
 }
 
@@ -196,10 +200,12 @@ TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
     EXPECT_LE(p[0].get<double>(), 3.0 + 1e-9);
   }
   EXPECT_NEAR(RingArea(ring), 3.5, 1e-12);
-  // Automatic levels: ten intervals by default, or as asked.
+  // Automatic levels: ten intervals by default, or as asked; none at the Z limits 0 and 4.
   ASSERT_EQ(Orvane("contour " + file + " --count 4 -o " + out).status, 0);
   std::ifstream again(out);
-  EXPECT_EQ(nlohmann::json::parse(again)["features"].size(), 5u);
+  const nlohmann::json counted = nlohmann::json::parse(again);
+  ASSERT_EQ(counted["features"].size(), 3u);
+  for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(counted["features"][k]["properties"]["level"], static_cast<double>(k) + 1);
   EXPECT_EQ(Orvane("contour " + file + " --count 3 --interval 2 -o " + out).status, 2);
   EXPECT_EQ(Orvane("contour " + file + " --interval -1 -o " + out).status, 2);
 }
@@ -635,6 +641,337 @@ TEST_F(Cli, StateSavesWhatRenderDrawsAgain) {
   const Outcome missing = Orvane("render --state " + (dir_ / "none.state").string() + " -o " + b);
   EXPECT_EQ(missing.status, 2);
   EXPECT_EQ(missing.out, "orvane: " + (dir_ / "none.state").string() + ": cannot open the state file\n");
+}
+
+}  // namespace
+
+namespace {
+
+// The convex hull of points, counter-clockwise.
+std::vector<std::array<double, 2>> Hull(std::vector<std::array<double, 2>> p) {
+  std::sort(p.begin(), p.end());
+  const auto turn = [](const std::array<double, 2>& o, const std::array<double, 2>& a, const std::array<double, 2>& b) {
+    return (a[0] - o[0]) * (b[1] - o[1]) - (a[1] - o[1]) * (b[0] - o[0]);
+  };
+  std::vector<std::array<double, 2>> h;
+  for (int pass = 0; pass < 2; ++pass) {
+    const std::size_t start = h.size();
+    for (const auto& q : p) {
+      while (h.size() >= start + 2 && turn(h[h.size() - 2], h.back(), q) <= 0) h.pop_back();
+      h.push_back(q);
+    }
+    h.pop_back();
+    std::reverse(p.begin(), p.end());
+  }
+  return h;
+}
+
+// How far (x, y) lies inside the convex hull: the least distance to an edge's line,
+// negative outside.
+double Inside(const std::vector<std::array<double, 2>>& hull, double x, double y) {
+  double least = 1e300;
+  for (std::size_t e = 0; e < hull.size(); ++e) {
+    const auto& a = hull[e];
+    const auto& b = hull[(e + 1) % hull.size()];
+    const double ex = b[0] - a[0], ey = b[1] - a[1];
+    least = std::min(least, (ex * (y - a[1]) - ey * (x - a[0])) / std::hypot(ex, ey));
+  }
+  return least;
+}
+
+// A DSAA file as written: counts, ranges and values (row by row from the lowest Y).
+struct Dsaa {
+  std::string tag;
+  std::size_t nx = 0, ny = 0;
+  double x0 = 0, x1 = 0, y0 = 0, y1 = 0, z0 = 0, z1 = 0;
+  std::vector<double> z;  // z[j * nx + i]
+};
+
+Dsaa ReadDsaa(const std::string& path) {
+  std::ifstream in(path);
+  Dsaa d;
+  in >> d.tag >> d.nx >> d.ny >> d.x0 >> d.x1 >> d.y0 >> d.y1 >> d.z0 >> d.z1;
+  for (double v; in >> v;) d.z.push_back(v);
+  return d;
+}
+
+constexpr double kBlank = 1.70141e38;
+
+TEST_F(Cli, ApiGivesTheLinesAndBandsTheExportWrites) {
+  std::ostringstream text;
+  std::mt19937 random(8);
+  std::uniform_real_distribution<double> unit(0, 1);
+  text.precision(17);
+  for (int i = 0; i < 500; ++i) {
+    const double x = 3 * unit(random), y = 2 * unit(random);
+    text << x << ' ' << y << ' ' << std::sin(2 * x) * std::cos(3 * y) << '\n';
+  }
+  const std::string file = Write("wave.xyz", text.str());
+  const std::string out = (dir_ / "wave.geojson").string();
+  ASSERT_EQ(Orvane("contour " + file + " --levels -0.5,0,0.25,0.5 --bands -o " + out).status, 0);
+  std::ifstream in(out);
+  const nlohmann::json features = nlohmann::json::parse(in)["features"];
+
+  const orvane::XyzPoints points = orvane::ReadXyzFile(file);
+  orvane::DataSet data;
+  data.DataAsSparseGridSet(points.x, points.y, points.z);
+  const std::vector<double> levels{-0.5, 0, 0.25, 0.5};
+  const auto lines = data.ContourLines(levels);
+  const auto bands = data.ContourBands(levels);
+  const auto same = [](const nlohmann::json& coordinates, const orvane::Polyline& line, bool closed) {
+    const std::size_t n = line.x.size();
+    if (coordinates.size() != n + (closed ? 1 : 0)) return false;
+    for (std::size_t i = 0; i < coordinates.size(); ++i) {
+      const std::size_t k = i % n;
+      if (coordinates[i][0].get<double>() != line.x[k] || coordinates[i][1].get<double>() != line.y[k]) return false;
+    }
+    return true;
+  };
+  std::size_t f = 0;
+  for (std::size_t k = 0; k < levels.size(); ++k, ++f) {
+    const auto& lineSet = features.at(f)["geometry"]["coordinates"];
+    ASSERT_EQ(lineSet.size(), lines[k].size()) << "level " << k;
+    ASSERT_FALSE(lines[k].empty());
+    for (std::size_t p = 0; p < lines[k].size(); ++p) EXPECT_TRUE(same(lineSet[p], lines[k][p], false)) << k << " " << p;
+  }
+  for (std::size_t k = 0; k < bands.size(); ++k) {
+    if (bands[k].empty()) continue;
+    const auto& feature = features.at(f++);
+    if (k > 0) {
+      EXPECT_EQ(feature["properties"]["lower"].get<double>(), levels[k - 1]);
+    }
+    const auto& polygons = feature["geometry"]["coordinates"];
+    ASSERT_EQ(polygons.size(), bands[k].size()) << "band " << k;
+    for (std::size_t p = 0; p < polygons.size(); ++p) {
+      ASSERT_EQ(polygons[p].size(), bands[k][p].rings.size());
+      for (std::size_t r = 0; r < polygons[p].size(); ++r) EXPECT_TRUE(same(polygons[p][r], bands[k][p].rings[r], true));
+    }
+  }
+  EXPECT_EQ(f, features.size());
+}
+
+TEST_F(Cli, GridBlanksCellsOutsideTheHullOfClusteredData) {
+  // Clusters along a winding river, as field samples lie: the bounding box's corners are
+  // far from any point.
+  std::ostringstream text;
+  std::mt19937 random(11);
+  std::normal_distribution<double> spread(0, 60);
+  text.precision(17);
+  std::vector<std::array<double, 2>> places;
+  for (int c = 0; c < 12; ++c) {
+    const double cx = 179000 + 300 * c, cy = 330000 + 200 * c + 250 * std::sin(c * 0.9);
+    for (int i = 0; i < 15; ++i) {
+      const double x = cx + spread(random), y = cy + spread(random);
+      places.push_back({x, y});
+      text << x << ' ' << y << ' ' << 100 + 0.01 * (x - 179000) + 40 * std::sin(0.003 * y) << '\n';
+    }
+  }
+  const std::string file = Write("river.xyz", text.str());
+  const auto hull = Hull(places);
+  const std::string grd = (dir_ / "g.grd").string();
+
+  // Which nodes each run leaves blank; false when a run fails or its header is wrong.
+  const auto blanks = [&](const std::string& options, std::vector<bool>& blank) {
+    const Outcome run = Orvane("grid " + file + " " + options + " --intervals 30 -o " + grd);
+    EXPECT_EQ(run.status, 0) << options << run.out;
+    const Dsaa d = ReadDsaa(grd);
+    EXPECT_EQ(d.tag, "DSAA");
+    EXPECT_EQ(d.nx, 31u);
+    EXPECT_EQ(d.ny, 31u);
+    if (d.z.size() != 31u * 31u) return false;
+    double lo = 1e300, hi = -1e300;
+    blank.assign(d.z.size(), false);
+    for (std::size_t k = 0; k < d.z.size(); ++k) {
+      blank[k] = d.z[k] == kBlank;
+      if (blank[k]) continue;
+      lo = std::min(lo, d.z[k]);
+      hi = std::max(hi, d.z[k]);
+    }
+    // The Z range is that of the values, blanks left out (rounded to 15 digits).
+    EXPECT_NEAR(d.z0, lo, 1e-14 * std::fabs(lo)) << options;
+    EXPECT_NEAR(d.z1, hi, 1e-14 * std::fabs(hi)) << options;
+    for (std::size_t j = 0; j < d.ny; ++j) {
+      for (std::size_t i = 0; i < d.nx; ++i) {
+        const double x = d.x0 + (d.x1 - d.x0) * static_cast<double>(i) / 30;
+        const double y = d.y0 + (d.y1 - d.y0) * static_cast<double>(j) / 30;
+        const double inside = Inside(hull, x, y);
+        if (inside < -1e-6) {
+          EXPECT_TRUE(blank[j * d.nx + i]) << options << " node " << i << "," << j;
+        } else if (inside > 1e-6) {
+          EXPECT_FALSE(blank[j * d.nx + i]) << options << " node " << i << "," << j;
+        }
+      }
+    }
+    return true;
+  };
+  std::vector<bool> nn, idw, kriging, plain;
+  ASSERT_TRUE(blanks("--method nn", nn));
+  const auto count = [](const std::vector<bool>& b) { return std::count(b.begin(), b.end(), true); };
+  EXPECT_GT(count(nn), 200);  // most of the box lies outside the river's hull
+  ASSERT_TRUE(blanks("--method idw --blank-outside-hull", idw));
+  ASSERT_TRUE(blanks("--method kriging --blank-outside-hull", kriging));
+  EXPECT_EQ(idw, nn);
+  EXPECT_EQ(kriging, nn);
+  ASSERT_TRUE(blanks("--method nn --gradients", nn));
+  EXPECT_EQ(nn, idw);
+  // Extrapolation, and idw and kriging by default, fill every cell. (The hull test above
+  // then fails for the outside nodes, so only the counts are looked at.)
+  for (const std::string options : {"--method nn --extrapolate", "--method idw"}) {
+    ASSERT_EQ(Orvane("grid " + file + " " + options + " --intervals 30 -o " + grd).status, 0);
+    const Dsaa d = ReadDsaa(grd);
+    EXPECT_EQ(std::count(d.z.begin(), d.z.end(), kBlank), 0) << options;
+  }
+  EXPECT_EQ(Orvane("grid " + file + " --method nn --extrapolate --blank-outside-hull -o " + grd).status, 2);
+  // CSV: a blank cell has an empty Z.
+  const std::string csv = (dir_ / "g.csv").string();
+  ASSERT_EQ(Orvane("grid " + file + " --method nn --intervals 30 -o " + csv).status, 0);
+  std::size_t empty = 0;
+  for (const std::string& line : Lines(csv)) empty += line.back() == ',' ? 1u : 0u;
+  EXPECT_EQ(static_cast<std::ptrdiff_t>(empty), count(idw));
+  // GDAL takes the blank value for no data.
+  ASSERT_EQ(Orvane("grid " + file + " --method nn --intervals 30 -o " + grd).status, 0);
+  const Outcome gdal = Shell("gdalinfo " + grd + " 2>&1");
+  if (gdal.status == 0) {
+    EXPECT_NE(gdal.out.find("NoData Value=1.7014"), std::string::npos) << gdal.out;
+  }
+}
+
+TEST_F(Cli, IntervalLevelsAreMultiplesOfTheIntervalPlusTheOffset) {
+  // z = 100 + 20 x over [0, 1] x [0, 1].
+  std::ostringstream text;
+  for (int i = 0; i <= 10; ++i) {
+    for (int j = 0; j <= 4; ++j) text << i / 10.0 << ' ' << j / 4.0 << ' ' << 100 + 2 * i << '\n';
+  }
+  const std::string file = Write("ramp.xyz", text.str());
+  const std::string out = (dir_ / "c.geojson").string();
+  const auto levels = [&](const std::string& options) {
+    std::vector<double> found;
+    const Outcome run = Orvane("contour " + file + " " + options + " -o " + out);
+    EXPECT_EQ(run.status, 0) << options << run.out;
+    std::ifstream in(out);
+    const nlohmann::json doc = nlohmann::json::parse(in);
+    for (const auto& feature : doc["features"]) {
+      if (feature["properties"].contains("level")) found.push_back(feature["properties"]["level"].get<double>());
+    }
+    return found;
+  };
+  const std::pair<double, double> cases[] = {{0.7, 0.05}, {0.7, 0}, {3, -1}, {0.2, 0}, {3e-3, 0.0004}};
+  for (const auto& [d, o] : cases) {
+    const std::string options = "--interval " + std::to_string(d) + " --offset " + std::to_string(o);
+    std::vector<double> expected;
+    const auto from = static_cast<long>(std::floor((100 - o) / d)) - 2, to = static_cast<long>(std::ceil((120 - o) / d)) + 2;
+    for (long k = from; k <= to; ++k) {
+      const double v = o + static_cast<double>(k) * d;
+      if (v > 100 + 1e-9 && v < 120 - 1e-9) expected.push_back(v);
+    }
+    const std::vector<double> found = levels(options);
+    ASSERT_EQ(found.size(), expected.size()) << options;
+    for (std::size_t k = 0; k < found.size(); ++k) EXPECT_NEAR(found[k], expected[k], 1e-9) << options;
+  }
+  // Levels fall on the Z limits here and are left out there.
+  EXPECT_EQ(levels("--interval 5"), (std::vector<double>{105, 110, 115}));
+  EXPECT_EQ(levels("--levels 100,110,120"), (std::vector<double>{110}));
+  // Written as typed: 100.6, not 100.60000000000001 (100 + 503 x 0.2).
+  levels("--interval 0.2");
+  std::ifstream in(out);
+  const std::string geojson{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  EXPECT_NE(geojson.find("{\"level\":100.6}"), std::string::npos);
+  EXPECT_NE(geojson.find("{\"level\":114.2}"), std::string::npos);
+  for (std::size_t at = geojson.find("\"level\":"); at != std::string::npos; at = geojson.find("\"level\":", at + 1)) {
+    const std::string value = geojson.substr(at + 8, geojson.find('}', at) - at - 8);
+    EXPECT_LE(value.size(), 5u) << value;  // 100.2 to 119.8
+  }
+  // Bands the data do not reach are not written: one band below 130, none above it.
+  ASSERT_EQ(Orvane("contour " + file + " --levels 130 --bands -o " + out).status, 0);
+  std::ifstream banded(out);
+  EXPECT_EQ(nlohmann::json::parse(banded)["features"].size(), 2u);
+  const Outcome lonely = Orvane("contour " + file + " --offset 1 -o " + out);
+  EXPECT_EQ(lonely.status, 2);
+  EXPECT_EQ(lonely.out.rfind("orvane: ", 0), 0u) << lonely.out;
+}
+
+TEST_F(Cli, InputColumnsInvalidRowsAndDuplicates) {
+  // Chosen columns of a wider, semicolon-separated file.
+  const std::string wide = Write("wide.csv", "id;name;x;y;z\n1;a;0;0;1\n2;b;2;0;2\n3;c;2;3;3\n4;d;0;3;4\n");
+  const Outcome picked = Orvane("info --json --columns 3,4,5 " + wide);
+  ASSERT_EQ(picked.status, 0) << picked.out;
+  const nlohmann::json facts = nlohmann::json::parse(picked.out);
+  EXPECT_EQ(facts["points"], 4);
+  EXPECT_EQ(facts["xmax"], 2.0);
+  EXPECT_EQ(facts["zmax"], 4.0);
+  EXPECT_EQ(Orvane("info " + wide).status, 2);  // five fields where three are expected
+  EXPECT_EQ(Orvane("info --columns 3,4 " + wide).status, 2);
+  const Outcome zero = Orvane("info --columns 0,4,5 " + wide);
+  EXPECT_EQ(zero.status, 2);
+  EXPECT_EQ(zero.out, "orvane: --columns are numbered from 1\n");
+
+  // Rows with NaN or missing values: the first one is an error, unless skipped.
+  const std::string gaps = Write("gaps.xyz", "0 0 1\n1 0 nan\n2 0 2\n1 1\n2 3 3\n0 3 4\n");
+  const Outcome strict = Orvane("info " + gaps);
+  EXPECT_EQ(strict.status, 2);
+  EXPECT_EQ(strict.out, "orvane: " + gaps + ":2: values must be finite numbers\n");
+  const Outcome lenient = Orvane("info --skip-invalid " + gaps);
+  ASSERT_EQ(lenient.status, 0) << lenient.out;
+  EXPECT_NE(lenient.out.find("orvane: " + gaps + ": skipped 2 rows with missing or invalid values\n"), std::string::npos)
+      << lenient.out;
+  EXPECT_NE(lenient.out.find("points     4\n"), std::string::npos) << lenient.out;
+
+  // Exact duplicates merge into their mean, with a note.
+  const std::string twice = Write("twice.xyz", "0 0 1\n2 0 2\n2 2 3\n0 2 4\n0 0 3\n");
+  const Outcome merged = Orvane("info " + twice);
+  ASSERT_EQ(merged.status, 0) << merged.out;
+  EXPECT_NE(merged.out.find("orvane: " + twice + ": merged 1 duplicate point (same X and Y) into the mean Z of each place\n"),
+            std::string::npos)
+      << merged.out;
+  EXPECT_NE(merged.out.find("points     4\n"), std::string::npos);
+  const std::string csv = (dir_ / "g.csv").string();
+  ASSERT_EQ(Orvane("grid " + twice + " --method idw --intervals 1 -o " + csv).status, 0);
+  EXPECT_EQ(Lines(csv).at(0), "0,0,2");
+  const std::string tri = (dir_ / "t.csv").string();
+  ASSERT_EQ(Orvane("triangulate " + twice + " -o " + tri).status, 0);
+  for (const std::string& line : Lines(tri)) EXPECT_EQ(line.find('4'), std::string::npos) << line;  // points 0 to 3
+}
+
+TEST_F(Cli, KrigingRefusesANegativeNuggetOrASillBelowIt) {
+  const std::string file = Write("p.xyz", "0 0 1\n1 0 2\n0 1 3\n1 1 4\n0.5 0.5 9\n");
+  const std::string out = (dir_ / "g.grd").string();
+  const std::pair<std::string, std::string> cases[] = {
+      {"--nugget -1", "orvane: --nugget must be a finite number of 0 or more, not -1.\n"},
+      {"--sill 0.5", "orvane: --sill (0.5) must be a finite number not below --nugget (1): the sill is the total "
+                     "variance, the nugget included.\n"},
+      {"--nugget 0 --sill -2", "orvane: --sill (-2) must be a finite number not below --nugget (0): the sill is the "
+                               "total variance, the nugget included.\n"}};
+  for (const auto& [options, message] : cases) {
+    const Outcome run = Orvane("grid " + file + " --method kriging " + options + " -o " + out);
+    EXPECT_EQ(run.status, 2) << options;
+    EXPECT_EQ(run.out, message) << options;
+  }
+  EXPECT_FALSE(std::filesystem::exists(out));
+  EXPECT_EQ(Orvane("grid " + file + " --method kriging --nugget 0.5 --sill 3 -o " + out).status, 0);
+}
+
+TEST_F(Cli, BareCommandAndMistypedNames) {
+  const Outcome bare = Orvane("");
+  EXPECT_EQ(bare.status, 2);
+  EXPECT_NE(bare.out.find("Subcommands:"), std::string::npos) << bare.out;
+  EXPECT_NE(bare.out.find("contour"), std::string::npos);
+  const std::string file = Write("p.xyz", "0 0 1\n1 0 2\n0 1 3\n");
+  const std::string out = (dir_ / "g.csv").string();
+  const std::pair<std::string, std::string> cases[] = {
+      {"grid " + file + " --method idw --interval 4 -o " + out,
+       "orvane: grid: unknown option --interval; did you mean --intervals?\n"},
+      {"contour " + file + " --intervals 4 -o " + out, "orvane: contour: unknown option --intervals; did you mean --interval?\n"},
+      {"rendr --sample -o x.png", "orvane: unknown command 'rendr'; did you mean render?\n"},
+      {"grid " + file + " --method idw --colour red -o " + out, "orvane: grid: unknown option --colour\n"},
+      {"grid " + file + " --method idw", "orvane: --output is required\n"}};
+  for (const auto& [arguments, first] : cases) {
+    const Outcome run = Orvane(arguments);
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_EQ(run.out.substr(0, run.out.find('\n') + 1), first) << arguments << "\n" << run.out;
+    std::istringstream lines(run.out);
+    for (std::string line; std::getline(lines, line);) EXPECT_EQ(line.rfind("orvane: ", 0), 0u) << line;
+  }
+  EXPECT_FALSE(std::filesystem::exists(out));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <random>
 
 #include <sstream>
@@ -134,8 +135,8 @@ TEST(XyzFile, InputWithoutLineBreaksStopsAfterOneMebibyte) {
 TEST(XyzFile, QuotedLinesAreCutAndEscaped) {
   // Terminal escape codes, DEL, a C1 control and bytes that are not UTF-8 are shown as
   // \xNN; tabs as \t; a backslash doubled; well-formed UTF-8 as it is.
-  EXPECT_ORVANE_ERROR(Read("0 0 0\n\x1b[2J\x1b]0;owned\x07 1\t2\n"), 5, "XyzFile",
-                      "mem.xyz:2: \"\\x1b[2J\\x1b]0;owned\\x07 1\\t2\" is not three numbers");
+  EXPECT_ORVANE_ERROR(Read("0 0 0\n\x1b[2J\x1b]0:owned\x07 1\t2\n"), 5, "XyzFile",
+                      "mem.xyz:2: \"\\x1b[2J\\x1b]0:owned\\x07 1\\t2\" is not three numbers");
   EXPECT_ORVANE_ERROR(Read("0 0 0\n1 2 \x7f\xc2\x9b\xff\xc3\x28\xc3\xa9\\\n"), 5, "XyzFile",
                       "mem.xyz:2: \"1 2 \\x7f\\xc2\\x9b\\xff\\xc3(\xc3\xa9\\\\\" is not three numbers");
   // A carriage return inside a line is not a line ending.
@@ -160,6 +161,71 @@ TEST(XyzFile, QuotedLinesAreCutAndEscaped) {
 TEST(XyzFile, MissingFileIsAnError) {
   EXPECT_ORVANE_ERROR(ReadXyzFile("/nonexistent/points.xyz"), 5, "XyzFile",
                       "/nonexistent/points.xyz: cannot open the file (No such file or directory)");
+}
+
+}  // namespace
+}  // namespace orvane
+
+namespace orvane {
+namespace {
+
+XyzPoints ReadWith(const std::string& text, const XyzReadOptions& options) {
+  std::istringstream in(text);
+  return ReadXyzText(in, "mem.xyz", options);
+}
+
+TEST(XyzFileOptions, ChosenColumnsOfWiderLinesAndSemicolons) {
+  XyzReadOptions options;
+  options.columns = {3, 5, 2};
+  const XyzPoints p = ReadWith("id;z;x;name;y\n1;10;0.5;a;7\n2;20;1.5;b;8;extra\n", options);
+  EXPECT_EQ(p.x, (std::vector<double>{0.5, 1.5}));
+  EXPECT_EQ(p.y, (std::vector<double>{7, 8}));
+  EXPECT_EQ(p.z, (std::vector<double>{10, 20}));
+  EXPECT_ORVANE_ERROR(ReadWith("1;10;0.5;a;7\n1;2;3;4\n", options), 5, "XyzFile",
+                      "mem.xyz:2: expected at least 5 fields, found 4");
+  EXPECT_ORVANE_ERROR(ReadWith("1;10;0.5;a;7\n1;x;3;4;5\n", options), 5, "XyzFile",
+                      "mem.xyz:2: \"1;x;3;4;5\" is not numbers in the X, Y and Z columns");
+  options.columns = {1, 0, 3};
+  EXPECT_ORVANE_ERROR(ReadWith("1 2 3\n", options), 5, "XyzFile",
+                      "The X, Y and Z columns must be numbered from 1 to 1048576, not 0.");
+  // Semicolons separate like commas; the default columns still want exactly three fields.
+  const XyzPoints plain = Read("1;2;3\n4 ; 5 ; 6\n");
+  EXPECT_EQ(plain.z, (std::vector<double>{3, 6}));
+  EXPECT_ORVANE_ERROR(Read("1;2;3;4\n"), 5, "XyzFile", "mem.xyz:1: expected 3 numbers (X, Y, Z), found 4 fields");
+}
+
+TEST(XyzFileOptions, InvalidRowsAreSkippedAndCountedOnlyWhenAsked) {
+  const std::string text = "x y z\n0 0 1\n1 nan 2\n2 2\n3 3 inf\n4 4 four\n5 5 5\n";
+  EXPECT_ORVANE_ERROR(Read(text), 5, "XyzFile", "mem.xyz:3: values must be finite numbers");
+  XyzReadOptions options;
+  options.skipInvalid = true;
+  const XyzPoints p = ReadWith(text, options);
+  EXPECT_EQ(p.x, (std::vector<double>{0, 5}));
+  EXPECT_EQ(p.z, (std::vector<double>{1, 5}));
+  EXPECT_EQ(p.skipped, 4u);
+  // The header is still a header, and comments are not counted.
+  EXPECT_EQ(ReadWith("X,Y,Z\n# note\n1,2,3\n", options).skipped, 0u);
+  // Missing values between separators are missing fields.
+  options.columns = {1, 2, 4};
+  const XyzPoints wide = ReadWith("1,2,,4\n1,2,3,\n5,6,7,8\n", options);
+  EXPECT_EQ(wide.x, (std::vector<double>{5}));
+  EXPECT_EQ(wide.skipped, 2u);
+}
+
+TEST(XyzFileOptions, DuplicatePointsMergeIntoTheirMeanZ) {
+  XyzPoints p = Read("0 0 1\n1 0 5\n0 0 3\n-0 0 8\n1 1 2\n1 0 7\n");
+  EXPECT_EQ(MergeDuplicatePoints(p), 3u);
+  EXPECT_EQ(p.x, (std::vector<double>{0, 1, 1}));
+  EXPECT_EQ(p.y, (std::vector<double>{0, 0, 1}));
+  EXPECT_EQ(p.z, (std::vector<double>{4, 6, 2}));  // (1 + 3 + 8) / 3, (5 + 7) / 2
+  EXPECT_EQ(MergeDuplicatePoints(p), 0u);
+  XyzPoints nearly = Read("0 0 1\n0 1e-300 3\n");
+  EXPECT_EQ(MergeDuplicatePoints(nearly), 0u);  // only exact duplicates merge
+  XyzPoints odd;
+  odd.x = {std::nan(""), std::nan(""), 1};
+  odd.y = {0, 0, 0};
+  odd.z = {1, 2, 3};
+  EXPECT_EQ(MergeDuplicatePoints(odd), 0u);
 }
 
 }  // namespace

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "orvane/core/array.h"
 #include "orvane/core/event.h"
+#include "orvane/data/grid_file.h"
 
 namespace orvane {
 
@@ -18,6 +21,21 @@ namespace detail {
 struct DataSetState;
 struct DataSetAccess;
 }  // namespace detail
+
+/// An open line or a closed ring in data units; a ring does not repeat its first vertex.
+struct Polyline {
+  std::vector<double> x;  ///< X of each vertex, in order along the line
+  std::vector<double> y;  ///< Y of each vertex
+};
+
+/// A filled area in data units: an outer ring and the holes in it.
+struct Polygon {
+  std::vector<Polyline> rings;  ///< rings[0] the outer ring (counter-clockwise), then the holes (clockwise)
+};
+
+/// Told how far a resampling run has come (grid values done out of the total); returning
+/// false stops the run, which then raises error 18.
+using ResamplingProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
 
 /// One set of plotted data: the input points (a rectangular grid or scattered points),
 /// their limits, the triangulated or grid mesh drawn from them, the data hull and an
@@ -42,6 +60,14 @@ class DataSet {
   /// taken and triangulated at once; failures as for the grid setter.
   void DataAsSparseGridSet(std::int32_t count, const Array& xValues, const Array& yValues,
                            const Array& zValues);
+  /// DataAsRectangularGridSet from plain lists: z[i * y.size() + j] is the Z at (x[i],
+  /// y[j]). A z of another size than x.size() * y.size(), or fewer than two X values,
+  /// raises the Array setter's error 5 "Upper bounds ...", and so do more values than a
+  /// 32-bit count holds; the other checks and errors are the Array setter's.
+  void DataAsRectangularGridSet(std::span<const double> x, std::span<const double> y, std::span<const double> z);
+  /// DataAsSparseGridSet from plain lists, one point per element; lists of different
+  /// lengths raise error 5 "Upper bounds ..."; the other checks are the Array setter's.
+  void DataAsSparseGridSet(std::span<const double> x, std::span<const double> y, std::span<const double> z);
   /// "Returns the input data in rectangular grid format." Error 394 unless the data was
   /// set with DataAsRectangularGridSet.
   void DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
@@ -57,6 +83,8 @@ class DataSet {
   /// "Sets the user defined UserHull." A polygon in data units (elements 0..pointCount-1),
   /// which must lie within the data hull when contours are traced over scattered data.
   void UserHullSet(std::int32_t pointCount, const Array& xValues, const Array& yValues);
+  /// UserHullSet from plain lists of the same length (otherwise error 5 "Upper bounds ...").
+  void UserHullSet(std::span<const double> x, std::span<const double> y);
   /// "Clears the user defined UserHull."
   void UserHullClear();
   /// The Z of the mesh at (xValue, yValue), linear within the triangle that holds the
@@ -64,17 +92,47 @@ class DataSet {
   /// untouched, outside the limits or the mesh. Rebuilds a stale mesh first.
   bool ZValueInterpolate(double xValue, double yValue, double& zValue);
 
-  /// "Returns the minimum value of the input data in the X direction."
+  /// The triangles of the mesh in data units, nine doubles each: x, y, z of the first,
+  /// second and third corner, counter-clockwise. Scattered points give their Delaunay
+  /// triangles (corners are input points); a grid, or the resampled grid while a
+  /// resampler is selected, gives two triangles per cell, split from (i, j) to (i + 1,
+  /// j + 1). Empty without data. Rebuilds a stale mesh (and resamples) first.
+  std::vector<double> MeshTriangles() const;
+  /// For scattered points, their Delaunay triangles as three zero-based point numbers
+  /// each (counter-clockwise), whether or not a resampler is selected; empty for a grid.
+  std::vector<std::int32_t> MeshTriangleVertices() const;
+  /// The contour lines of each level in data units: one list of polylines per level, in
+  /// the order of levels (finite and ascending, otherwise error 5). Lines are clipped to
+  /// the user hull; the mesh is rebuilt first when stale. What the control draws is not
+  /// affected.
+  std::vector<std::vector<Polyline>> ContourLines(std::span<const double> levels) const;
+  /// The filled bands between consecutive levels as merged polygons in data units (the
+  /// outlines `orvane contour --bands` writes): levels.size() + 1 bands, the first below
+  /// levels[0] and the last above the last level; a band the data do not reach is empty.
+  /// Levels and errors as for ContourLines.
+  std::vector<std::vector<Polygon>> ContourBands(std::span<const double> levels) const;
+  /// The resampled grid in data units: the node X and Y values and z[i * y.size() + j] at
+  /// (x[i], y[j]). Resamples first when the data or the settings changed; errors as for
+  /// ResampledDataAsRectangularGridGet.
+  GridFile ResampledGrid() const;
+  /// Where resampling runs started by this data set's own getters (ResampledGrid,
+  /// MeshTriangles, ...) report their progress; it may be called from worker threads.
+  /// While a control rebuilds the mesh, its host is told instead. Empty: no reports.
+  void SetResamplingProgress(ResamplingProgress callback);
+
+  /// "Returns the minimum value of the input data in the X direction." After a
+  /// resampling run (a resampler is selected and the mesh was rebuilt), the limits are
+  /// those of the resampled grid, here and in the five below.
   double XMin() const;
-  /// Maximum X of the input data.
+  /// Maximum X of the input data, or of the resampled grid after a resampling run.
   double XMax() const;
-  /// Minimum Y of the input data.
+  /// Minimum Y of the input data, or of the resampled grid after a resampling run.
   double YMin() const;
-  /// Maximum Y of the input data.
+  /// Maximum Y of the input data, or of the resampled grid after a resampling run.
   double YMax() const;
-  /// Minimum Z of the input data.
+  /// Minimum Z of the input data, or of the resampled grid's values after a resampling run.
   double ZMin() const;
-  /// Maximum Z of the input data.
+  /// Maximum Z of the input data, or of the resampled grid's values after a resampling run.
   double ZMax() const;
 
   /// "Returns a reference to the Resampling object which creates an alternative set of

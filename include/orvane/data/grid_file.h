@@ -6,6 +6,9 @@
 
 namespace orvane {
 
+/// The value a DSAA grid holds in a blank cell (no data there), and anything above it.
+inline constexpr double kDsaaBlank = 1.70141e38;
+
 /// A regular grid read from a Golden Software ASCII grid ("DSAA").
 struct GridFile {
   std::vector<double> x;  ///< the column positions, ascending
