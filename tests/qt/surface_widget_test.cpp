@@ -34,7 +34,9 @@ using testing::Grab;
 using testing::Shown;
 
 // Scattered points on a jittered lattice over [0, 2] x [0, 2], z = x - y, resampled by
-// inverse distance onto a grid of the given intervals.
+// inverse distance onto a grid of the given intervals. Only the control's own thread
+// reports progress, and the resampler's other threads may take every column of a small
+// grid on a busy machine: grids of some 200 intervals give it plenty to report.
 void Resampled(Surface& surface, std::int32_t intervals) {
   std::vector<double> x, y, z;
   constexpr int kSide = 20;
@@ -381,7 +383,7 @@ TEST(SurfaceWidgetHost, ThePointerIsTheWaitCursorWhileTheControlWorksAndComesBac
     during.push_back(s.widget.cursor().shape());
     pointers.push_back(s.widget.MousePointer());
   });
-  Resampled(s.surface(), 40);
+  Resampled(s.surface(), 200);
   s.surface().Refresh();
   ASSERT_FALSE(during.empty());
   for (const Qt::CursorShape shape : during) EXPECT_EQ(shape, Qt::WaitCursor);
@@ -408,7 +410,7 @@ TEST(SurfaceWidgetServices, ProgressIsSignalledAndAStopEndsTheRunWithError18Keep
   Shown s;
   Surface& surface = s.surface();
   QSignalSpy fractions(&s.widget, &SurfaceWidget::progress);
-  Resampled(surface, 30);
+  Resampled(surface, 200);
   surface.Refresh();
   ASSERT_GT(fractions.count(), 0);
   double last = 0.0;
@@ -421,7 +423,7 @@ TEST(SurfaceWidgetServices, ProgressIsSignalledAndAStopEndsTheRunWithError18Keep
   }
   const QImage before = Grab(s.widget);
 
-  surface.DataSets().Item(0).Resampling().SetIntervalCount(80);
+  surface.DataSets().Item(0).Resampling().SetIntervalCount(240);
   int reports = 0;
   const QMetaObject::Connection stop = QObject::connect(&s.widget, &SurfaceWidget::progress, &s.widget, [&] {
     ++reports;
@@ -447,7 +449,7 @@ TEST(SurfaceWidgetServices, ProgressIsSignalledAndAStopEndsTheRunWithError18Keep
 
 TEST(SurfaceWidgetServices, EventsArePassedOnDuringTheWorkSoAQueuedStopArrives) {
   Shown s;
-  Resampled(s.surface(), 60);
+  Resampled(s.surface(), 200);
   QMetaObject::invokeMethod(&s.widget, &SurfaceWidget::requestStop, Qt::QueuedConnection);
   try {
     s.surface().Refresh();
