@@ -21,7 +21,7 @@ constexpr const char* kSource = "Orvada.PainterDC";
 
 std::uint32_t ReadLittleEndian(const std::uint8_t* p, std::size_t bytes) {
   std::uint32_t value = 0;
-  for (std::size_t i = bytes; i-- > 0;) value = (value << 8) | p[i];
+  for (std::size_t i = bytes; i-- > 0;) value = (value << 8) | std::uint32_t{p[i]};
   return value;
 }
 
