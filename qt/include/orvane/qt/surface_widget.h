@@ -37,23 +37,40 @@ class SurfaceWidget : public QFrame, public orvane::Host {
   orvane::Surface& surface() noexcept { return *surface_; }
   /// The size of the control's picture in device pixels (inside the border).
   QSize plotPixelSize() const;
+  /// 480 x 360: the size a layout starts the plot at.
   QSize sizeHint() const override;
+  /// 64 x 48.
   QSize minimumSizeHint() const override;
 
-  // orvane::Host
+  // --- orvane::Host, called by the control -----------------------------------------------
+
+  /// Always true: the widget is the running program's.
   bool UserMode() const override { return true; }
+  /// QWidget::isEnabled().
   bool Enabled() const override;
+  /// QWidget::setEnabled().
   void SetEnabled(bool value) override;
+  /// The border last applied.
   EBorderStyle BorderStyle() const override { return borderStyle_; }
+  /// orvNone: no frame; orvFixedSingle: a frame (see SetAppearance); the plot shrinks to fit.
   void SetBorderStyle(EBorderStyle value) override;
+  /// The look last applied.
   EAppearance Appearance() const override { return appearance_; }
+  /// orvFlat: a plain one-pixel line; orv3d: a sunken two-pixel edge (with a border only).
   void SetAppearance(EAppearance value) override;
+  /// The pointer shape last set.
   std::int32_t MousePointer() const override { return pointer_; }
+  /// kPointerHourglass shows Qt::WaitCursor, any other shape Qt::ArrowCursor.
   void SetMousePointer(std::int32_t shape) override;
+  /// Emits propertyChanged(key).
   void PropertyChanged(const std::string& key) override;
+  /// QWidget::update().
   void RequestRepaint() override;
+  /// Puts the bitmap on the QClipboard as an image; false for a malformed bitmap.
   bool SetClipboardBitmap(const std::vector<std::uint8_t>& bitmap) override;
+  /// Shows a non-modal box listing the settings (the property pages are to come).
   void ShowPropertyPages(orvane::Surface& surface, const std::vector<std::string>& settings) override;
+  /// Emits progress, processes non-input events, and answers false once after requestStop().
   bool ReportProgress(double fractionDone) override;
 
  public Q_SLOTS:
