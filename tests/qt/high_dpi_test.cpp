@@ -22,7 +22,7 @@ using testing::CountSaturated;
 using testing::Grab;
 using testing::Shown;
 
-// The ratio the test run asked Qt for, 1 without QT_SCALE_FACTOR.
+// The ratio the test run asked Qt for (ctest sets QT_SCALE_FACTOR), 1 without it.
 double AskedRatio() {
   const char* factor = std::getenv("QT_SCALE_FACTOR");
   return factor != nullptr && *factor != '\0' ? std::atof(factor) : 1.0;
@@ -38,7 +38,9 @@ void Keep(const QImage& image, const char* name) {
 
 TEST(HighDpi, TheGrabHasTheWidgetsSizeTimesTheRatio) {
   Shown s(300, 200);
-  EXPECT_DOUBLE_EQ(s.ratio(), AskedRatio());
+  if (std::getenv("QT_SCALE_FACTOR") != nullptr) {
+    EXPECT_DOUBLE_EQ(s.ratio(), AskedRatio());
+  }
   const QPixmap grab = s.widget.grab();
   EXPECT_EQ(grab.size(), QSize(300, 200) * s.ratio());
   EXPECT_DOUBLE_EQ(grab.devicePixelRatio(), s.ratio());
@@ -69,7 +71,7 @@ TEST(HighDpi, TheWholePlotIsDrawnAtDevicePixels) {
 
 TEST(HighDpi, MousePositionsReachTheControlInDevicePixels) {
   Shown s(300, 200);
-  const double r = AskedRatio();
+  const double r = s.ratio();
   QSignalSpy down(&s.widget, &SurfaceWidget::mouseDown);
   QTest::mousePress(&s.widget, Qt::LeftButton, {}, QPoint(50, 30));
   QTest::mouseRelease(&s.widget, Qt::LeftButton, {}, QPoint(50, 30));
@@ -87,7 +89,7 @@ TEST(HighDpi, ADragTurnsThePlotAndTheRedrawnPictureFillsTheWidget) {
   QTest::mouseRelease(&s.widget, Qt::LeftButton, {}, QPoint(200, 140));
   // The control saw the drag in device pixels of a plot in device pixels: the turn is the
   // one the same drag gives at the ratio 1.
-  const double r = AskedRatio();
+  const double r = s.ratio();
   testing::ExpectSameOrientation(
       testing::Orientation(s.surface()),
       testing::DraggedOrientation({QPointF(150, 120) * r, QPointF(200, 140) * r}, qRound(300 * r), qRound(240 * r)));
