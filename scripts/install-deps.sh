@@ -21,6 +21,8 @@ packages=(
   # text: FreeType renders the glyphs, fontconfig picks the faces, Liberation stands in
   # for Arial, Times New Roman and Courier New
   libfreetype-dev libfontconfig-dev fonts-liberation2
+  # the Qt widget, and the X server without a screen its tests run on
+  qt6-base-dev xvfb xauth
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # GDAL's ogrinfo checks the GeoJSON the command writes

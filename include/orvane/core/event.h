@@ -87,7 +87,7 @@ class Event {
   /// Attaches a handler; it stays attached as long as the returned Connection lives.
   [[nodiscard]] Connection Connect(Handler handler) {
     auto slot = std::make_shared<Slot>(std::move(handler));
-    state_->slots.push_back(slot);
+    state_->handlers.push_back(slot);
     return Connection(std::weak_ptr<detail::EventStateBase>(state_),
                       std::weak_ptr<detail::EventSlotBase>(slot));
   }
@@ -102,9 +102,9 @@ class Event {
         if (--s.raising == 0) s.Compact();
       }
     } done{*state};
-    const std::size_t count = state->slots.size();
+    const std::size_t count = state->handlers.size();
     for (std::size_t i = 0; i < count; ++i) {
-      const std::shared_ptr<Slot> slot = state->slots[i];
+      const std::shared_ptr<Slot> slot = state->handlers[i];
       if (slot->connected) slot->handler(args...);
     }
   }
@@ -112,7 +112,7 @@ class Event {
   /// Number of handlers attached.
   std::size_t ConnectionCount() const noexcept {
     std::size_t n = 0;
-    for (const auto& slot : state_->slots) if (slot->connected) ++n;
+    for (const auto& slot : state_->handlers) if (slot->connected) ++n;
     return n;
   }
 
@@ -122,13 +122,13 @@ class Event {
     Handler handler;
   };
   struct State : detail::EventStateBase {
-    std::vector<std::shared_ptr<Slot>> slots;
+    std::vector<std::shared_ptr<Slot>> handlers;  // not "slots": Qt defines that as a macro
     int raising = 0;
     void Remove(const detail::EventSlotBase*) override {
       if (raising == 0) Compact();  // during a raise the slot is only marked
     }
     void Compact() {
-      std::erase_if(slots, [](const std::shared_ptr<Slot>& s) { return !s->connected; });
+      std::erase_if(handlers, [](const std::shared_ptr<Slot>& s) { return !s->connected; });
     }
   };
 
