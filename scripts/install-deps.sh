@@ -27,6 +27,8 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # GDAL's ogrinfo checks the GeoJSON the command writes
   gdal-bin
+  # pdftoppm reads back the PDF the print test writes
+  poppler-utils
 )
 
 missing=()
