@@ -33,7 +33,6 @@ constexpr double kLegendMargin = 8.0;  // pixels round the legend's parts
 constexpr double kTickPixels = 4.0;    // the legend's tick marks
 constexpr double kLabelGap = 3.0;      // between a tick and its label
 
-Axis& AxisOf(Axes& axes, int a) { return a == 0 ? axes.XAxis() : a == 1 ? axes.YAxis() : axes.ZAxis(); }
 
 std::vector<double> LevelValues(const Contouring& contouring) {
   std::vector<double> values;

@@ -44,9 +44,12 @@ CubePoint Place(int a, double v, double first, double second) {
   return p;
 }
 
-Axis& AxisOf(Axes& axes, int a) { return a == 0 ? axes.XAxis() : a == 1 ? axes.YAxis() : axes.ZAxis(); }
 
 }  // namespace
+
+Axis& PlotAnnotations::AxisOf(Axes& axes, int a) {
+  return a == 0 ? axes.XAxis() : a == 1 ? axes.YAxis() : axes.ZAxis();
+}
 
 std::int32_t PlotAnnotations::DrawnTicks(const Axis& axis) {
   const std::int32_t count = axis.TickCount();

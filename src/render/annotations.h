@@ -84,6 +84,8 @@ class PlotAnnotations : public FramePasses {
   // The ticks drawn along an axis: its tick count, or -1 (none) when that is negative
   // or above kMostTicks, where ticks, grid lines and labels would only blacken the cube.
   static std::int32_t DrawnTicks(const Axis& axis);
+  // The X (0), Y (1) or Z (2) axis.
+  static Axis& AxisOf(Axes& axes, int a);
   static constexpr std::int32_t kMostTicks = 1000;
   // The font maps in use (made on first use in the current context).
   CFontMapManager& Fonts() noexcept { return fonts_; }
