@@ -30,6 +30,9 @@ if(TARGET orvane_qt)
   install(DIRECTORY qt/include/orvane/qt DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvane)
   install(EXPORT OrvaneQtTargets NAMESPACE Orvane:: DESTINATION ${ORVANE_CMAKE_DIR})
 endif()
+if(TARGET orvane_viewer)
+  install(TARGETS orvane_viewer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 configure_package_config_file(cmake/OrvaneConfig.cmake.in
   ${PROJECT_BINARY_DIR}/OrvaneConfig.cmake INSTALL_DESTINATION ${ORVANE_CMAKE_DIR})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/OrvaneConfigVersion.cmake

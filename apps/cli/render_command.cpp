@@ -17,6 +17,7 @@
 
 #include "commands.h"
 #include "input_options.h"
+#include "control/fitting_zoom.h"
 #include "control/surface_state.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/error.h"
@@ -218,47 +219,6 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
   if (o.noLegend) surface.Legend().SetVisible(false);
 }
 
-// The zoom at which the plot cube, as it is turned, fills the plot area beside the
-// legend and below the caption, with room left round it for the axes' labels. The
-// frame's projection shows -aspect..aspect by -1..1 (or the other way round when taller
-// than wide); in 3-D it centres the cube in the plot area and shrinks it to fit, in 2-D
-// the map stays centred on the whole control.
-double FittingZoom(Surface& surface, int width, int height) {
-  detail::SurfaceState& s = detail::SurfaceAccess::State(surface);
-  const std::array<double, 3> lengths = detail::Renderer::CubeLengths(s.axes);
-  const bool is3D = surface.PlotType() == orvPlotType3D;
-  double m[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-  if (is3D) {
-    s.Trackball().GetRotationMatrix(m);
-  } else {
-    m[5] = m[10] = -1.0;  // -180 degrees about X
-  }
-  double halfX = 0.0, halfY = 0.0;
-  for (int corner = 0; corner < 8; ++corner) {
-    const double c[3] = {((corner & 1) - 0.5) * lengths[0], -(((corner >> 1) & 1) - 0.5) * lengths[1],
-                         (((corner >> 2) & 1) - 0.5) * lengths[2]};
-    halfX = std::max(halfX, std::fabs(m[0] * c[0] + m[4] * c[1] + m[8] * c[2]));
-    halfY = std::max(halfY, std::fabs(m[1] * c[0] + m[5] * c[1] + m[9] * c[2]));
-  }
-  if (!(halfX > 0.0) || !(halfY > 0.0)) return 1.0;
-  const double aspect = static_cast<double>(width) / height;
-  const double extentX = aspect > 1.0 ? aspect : 1.0, extentY = aspect > 1.0 ? 1.0 : 1.0 / aspect;
-  const double legend = s.passes->LegendRoom(width, height), band = s.passes->CaptionBand(width, height);
-  const double plotW = std::max(width - legend, 1.0), plotH = std::max(height - band, 1.0);
-  // The share of the plot area the cube may span: the rest is for the labels and titles.
-  constexpr double kFill = 0.72;
-  double zoom = 0.0;
-  if (is3D) {
-    const double shrink = std::min(plotW / width, plotH / height);
-    zoom = std::min(kFill * plotW / width * extentX / (halfX * shrink), kFill * plotH / height * extentY / (halfY * shrink));
-  } else {
-    // Centred on the control: as far as the nearer of the legend's edge and the band's.
-    const double right = 2.0 * plotW / width - 1.0, top = 1.0 - 2.0 * band / height;
-    zoom = std::min(kFill * right * extentX / halfX, kFill * top * extentY / halfY);
-  }
-  return std::isfinite(zoom) && zoom > 0.0 ? zoom : 1.0;
-}
-
 void RunRender(const RenderOptions& o) {
   CheckOptions(o);
   const auto [width, height] = ParseSize(o.size);
@@ -279,7 +239,7 @@ void RunRender(const RenderOptions& o) {
   detail::SurfaceAccess::Recalculate(surface);
   clock.Lap("mesh and contours");
   // Unless a zoom was asked for (or a state brought one), the plot fills its area.
-  if (o.command->count("--zoom") == 0 && o.state.empty()) surface.SetZoom(FittingZoom(surface, width, height));
+  if (o.command->count("--zoom") == 0 && o.state.empty()) surface.SetZoom(detail::FittingZoom(surface, width, height));
   surface.Refresh();
   clock.Lap("frame");
   ImageDC image(width, height);

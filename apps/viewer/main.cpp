@@ -1,0 +1,92 @@
+// orvane-viewer: opens XYZ point files and DSAA grids and shows them as a 3-D surface or
+// a contour map. With --export and --quit it renders a file to a PNG without a window.
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QRegularExpression>
+#include <QTimer>
+
+#include <cstdlib>
+#include <iostream>
+
+#include "viewer_window.h"
+
+namespace {
+
+// "800x600" -> 800 x 600; an invalid size for anything else.
+QSize ParseSize(const QString& text) {
+  static const QRegularExpression pattern(QStringLiteral("^(\\d{1,5})[xX](\\d{1,5})$"));
+  const QRegularExpressionMatch match = pattern.match(text.trimmed());
+  if (!match.hasMatch()) return {};
+  const int width = match.captured(1).toInt();
+  const int height = match.captured(2).toInt();
+  if (width < 1 || height < 1 || width > 16384 || height > 16384) return {};
+  return {width, height};
+}
+
+bool WantsNoWindow(int argc, char** argv) {
+  for (int k = 1; k < argc; ++k) {
+    if (std::string(argv[k]) == "--quit") return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A script run on a machine without a display still renders: the window is never shown.
+  if (WantsNoWindow(argc, argv) && std::getenv("QT_QPA_PLATFORM") == nullptr && std::getenv("DISPLAY") == nullptr &&
+      std::getenv("WAYLAND_DISPLAY") == nullptr) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  }
+  QApplication app(argc, argv);
+  QApplication::setOrganizationName(QStringLiteral("Orvane"));
+  QApplication::setApplicationName(QStringLiteral("orvane-viewer"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Orvane Viewer"));
+  QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
+
+  QCommandLineParser parser;
+  parser.setApplicationDescription(QStringLiteral("Grids and plots XYZ data as 3-D surfaces and contour maps."));
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("An XYZ point file or a DSAA grid to open."));
+  const QCommandLineOption exportOption(QStringLiteral("export"), QStringLiteral("Render the plot to a PNG file."),
+                                        QStringLiteral("OUT.png"));
+  const QCommandLineOption sizeOption(QStringLiteral("size"),
+                                      QStringLiteral("The exported picture's size (default 1200x900)."),
+                                      QStringLiteral("WxH"), QStringLiteral("1200x900"));
+  const QCommandLineOption settingsOption(QStringLiteral("settings"),
+                                          QStringLiteral("Apply saved plot settings (a .state file)."),
+                                          QStringLiteral("FILE"));
+  const QCommandLineOption quitOption(QStringLiteral("quit"),
+                                      QStringLiteral("Quit when done instead of showing the window."));
+  parser.addOptions({exportOption, sizeOption, settingsOption, quitOption});
+  parser.process(app);
+
+  const QStringList files = parser.positionalArguments();
+  if (files.size() > 1) {
+    std::cerr << "orvane-viewer: give one data FILE at most\n";
+    return 2;
+  }
+  const QSize size = ParseSize(parser.value(sizeOption));
+  if (!size.isValid()) {
+    std::cerr << "orvane-viewer: --size must be WIDTHxHEIGHT with each side from 1 to 16384, as in 800x600\n";
+    return 2;
+  }
+  const bool quit = parser.isSet(quitOption);
+
+  orvane::viewer::ViewerWindow window;
+  window.setQuiet(quit);
+  bool ok = true;
+  if (files.isEmpty()) {
+    window.showSample();
+  } else {
+    ok = window.openFile(files.front());
+  }
+  if (ok && parser.isSet(settingsOption)) ok = window.openSettings(parser.value(settingsOption));
+  if (ok && parser.isSet(exportOption)) ok = window.exportPng(parser.value(exportOption), size);
+  if (quit) return ok ? 0 : 1;
+  window.setQuiet(false);
+  window.show();
+  return QApplication::exec();
+}

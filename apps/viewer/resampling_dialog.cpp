@@ -1,0 +1,152 @@
+#include "resampling_dialog.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include <limits>
+
+#include "orvane/resample/resampling.h"
+
+namespace orvane::viewer {
+
+ResamplingSettings ResamplingSettings::Of(const Resampling& r) {
+  ResamplingSettings s;
+  s.type = r.ResamplerType();
+  s.intervals = r.IntervalCount();
+  s.power = r.InverseDistance().WeightingPower();
+  s.model = r.Kriging().ModelSemiVariogram();
+  s.autoRange = r.Kriging().AutoSetRange();
+  s.nugget = r.Kriging().Nugget();
+  s.range = r.Kriging().Range();
+  s.sill = r.Kriging().Sill();
+  s.tautness = r.NNGridR().Taughtness();
+  s.gradients = r.NNGridR().UseGradients();
+  return s;
+}
+
+void ResamplingSettings::ApplyTo(Resampling& r) const {
+  r.SetIntervalCount(intervals);
+  r.InverseDistance().SetWeightingPower(power);
+  r.Kriging().SetModelSemiVariogram(model);
+  r.Kriging().SetAutoSetRange(autoRange);
+  r.Kriging().SetNugget(nugget);
+  r.Kriging().SetRange(range);
+  r.Kriging().SetSill(sill);
+  r.NNGridR().SetTaughtness(tautness);
+  r.NNGridR().SetUseGradients(gradients);
+  r.SetResamplerType(type);
+}
+
+namespace {
+
+QDoubleSpinBox* NumberBox(double value, double min, double max, int decimals, const QString& name) {
+  auto* box = new QDoubleSpinBox;
+  box->setObjectName(name);
+  box->setRange(min, max);
+  box->setDecimals(decimals);
+  box->setValue(value);
+  box->setAccelerated(true);
+  return box;
+}
+
+}  // namespace
+
+ResamplingDialog::ResamplingDialog(const ResamplingSettings& settings, QWidget* parent)
+    : QDialog(parent), initial_(settings) {
+  setWindowTitle(tr("Resampling Options"));
+  auto* layout = new QVBoxLayout(this);
+
+  auto* common = new QFormLayout;
+  method_ = new QComboBox;
+  method_->setObjectName(QStringLiteral("method"));
+  method_->addItems({tr("None: draw the points as they are"), tr("Inverse distance"), tr("Kriging"),
+                     tr("Natural neighbour")});
+  method_->setCurrentIndex(std::clamp(settings.type, 0, 3));
+  common->addRow(tr("&Method:"), method_);
+  intervals_ = new QSpinBox;
+  intervals_->setObjectName(QStringLiteral("intervals"));
+  intervals_->setRange(1, 4000);
+  intervals_->setValue(std::clamp(settings.intervals, 1, 4000));
+  intervals_->setSuffix(tr(" intervals"));
+  intervals_->setToolTip(tr("The grid has this many intervals along X and along Y."));
+  common->addRow(tr("&Grid:"), intervals_);
+  layout->addLayout(common);
+
+  constexpr double big = 1e12;
+  auto* idw = new QGroupBox(tr("Inverse distance"));
+  auto* idwForm = new QFormLayout(idw);
+  power_ = NumberBox(settings.power, 0.0, 64.0, 3, QStringLiteral("power"));
+  power_->setToolTip(tr("Weights fall with the distance to this power."));
+  idwForm->addRow(tr("&Power:"), power_);
+
+  auto* kriging = new QGroupBox(tr("Kriging"));
+  auto* krigingForm = new QFormLayout(kriging);
+  model_ = new QComboBox;
+  model_->setObjectName(QStringLiteral("model"));
+  model_->addItems({tr("Linear"), tr("Spherical"), tr("Exponential"), tr("Gaussian")});
+  model_->setCurrentIndex(std::clamp(settings.model, 0, 3));
+  krigingForm->addRow(tr("Semi-variogram &model:"), model_);
+  autoRange_ = new QCheckBox(tr("Fit the range to the data"));
+  autoRange_->setObjectName(QStringLiteral("autoRange"));
+  autoRange_->setChecked(settings.autoRange);
+  krigingForm->addRow(QString(), autoRange_);
+  nugget_ = NumberBox(settings.nugget, 0.0, big, 4, QStringLiteral("nugget"));
+  krigingForm->addRow(tr("&Nugget:"), nugget_);
+  range_ = NumberBox(settings.range, 0.0, big, 4, QStringLiteral("range"));
+  krigingForm->addRow(tr("&Range:"), range_);
+  sill_ = NumberBox(settings.sill, 0.0, big, 4, QStringLiteral("sill"));
+  krigingForm->addRow(tr("&Sill:"), sill_);
+  connect(autoRange_, &QCheckBox::toggled, range_, &QWidget::setDisabled);
+  range_->setDisabled(settings.autoRange);
+
+  auto* nn = new QGroupBox(tr("Natural neighbour"));
+  auto* nnForm = new QFormLayout(nn);
+  tautness_ = NumberBox(settings.tautness, 0.0, 1e6, 3, QStringLiteral("tautness"));
+  tautness_->setToolTip(tr("How tightly the surface is drawn between the points."));
+  nnForm->addRow(tr("&Tautness:"), tautness_);
+  gradients_ = new QCheckBox(tr("Blend gradients"));
+  gradients_->setObjectName(QStringLiteral("gradients"));
+  gradients_->setChecked(settings.gradients);
+  nnForm->addRow(QString(), gradients_);
+
+  pages_[0] = idw;
+  pages_[1] = kriging;
+  pages_[2] = nn;
+  for (QWidget* page : pages_) layout->addWidget(page);
+  connect(method_, &QComboBox::currentIndexChanged, this, &ResamplingDialog::showMethod);
+  showMethod(method_->currentIndex());
+
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  layout->addStretch(1);
+  layout->addWidget(buttons);
+}
+
+void ResamplingDialog::showMethod(int index) {
+  intervals_->setEnabled(index != 0);
+  for (int k = 0; k < 3; ++k) pages_[k]->setEnabled(index == k + 1);
+}
+
+ResamplingSettings ResamplingDialog::settings() const {
+  ResamplingSettings s = initial_;
+  s.type = method_->currentIndex();
+  s.intervals = intervals_->value();
+  s.power = power_->value();
+  s.model = model_->currentIndex();
+  s.autoRange = autoRange_->isChecked();
+  s.nugget = nugget_->value();
+  s.range = range_->value();
+  s.sill = sill_->value();
+  s.tautness = tautness_->value();
+  s.gradients = gradients_->isChecked();
+  return s;
+}
+
+}  // namespace orvane::viewer
