@@ -245,8 +245,16 @@ TEST_F(ViewerTest, TheStatusBarShowsTheValueUnderThePointerInTheAxesFormat) {
   }
 }
 
-TEST_F(ViewerTest, RecentFilesAreNewestFirstWithoutRepeats) {
+TEST_F(ViewerTest, RecentFilesAndTheWindowsGeometryOutliveTheWindow) {
+  {
+    ViewerWindow first;
+    first.resize(730, 510);
+    first.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&first));
+    first.close();
+  }
   ViewerWindow window;
+  EXPECT_EQ(window.size(), QSize(730, 510));
   const QString a = WriteHills("a.xyz", 5), b = WriteHills("b.xyz", 5);
   ASSERT_TRUE(window.openFile(a));
   ASSERT_TRUE(window.openFile(b));
