@@ -15,6 +15,7 @@
 #include "orvane/render/legend.h"
 #include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
+#include "contour_levels.h"
 
 namespace orvane::qt::pages {
 
@@ -120,8 +121,10 @@ void SurfacePage(Page& page, Surface& surface) {
 
 void AxesPage(Page& page, Surface& surface) {
   PageTable<Axes> a(page, [&surface]() -> Axes& { return surface.Axes(); });
-  a.check("UseMasterProperties", tr("Use these for all axes"), &Axes::UseMasterProperties, &Axes::SetUseMasterProperties)
-      .check("KeepXYAspectRatio", tr("Keep the X:Y aspect ratio"), &Axes::KeepXYAspectRatio, &Axes::SetKeepXYAspectRatio)
+  a.check("UseMasterProperties", tr("Use these for all axes"), &Axes::UseMasterProperties,
+          &Axes::SetUseMasterProperties)
+      .check("KeepXYAspectRatio", tr("Keep the X:Y aspect ratio"), &Axes::KeepXYAspectRatio,
+             &Axes::SetKeepXYAspectRatio)
       .section(tr("All axes"))
       .format("LabelsFormatMaster", tr("Label format"), &Axes::LabelsFormatMaster, &Axes::SetLabelsFormatMaster)
       .check("LabelsVisibleMaster", tr("Labels visible"), &Axes::LabelsVisibleMaster, &Axes::SetLabelsVisibleMaster)
@@ -140,7 +143,8 @@ void AxisPage(Page& page, Surface& surface, Axis& (Axes::*which)() noexcept) {
       .choice("MajorIntervalType", tr("Intervals set"), IntervalTypeChoices(), &Axis::MajorIntervalType,
               &Axis::SetMajorIntervalType)
       .number("MajorInterval", tr("Major interval"), &Axis::MajorInterval, &Axis::SetMajorInterval)
-      .integer("MajorIntervalCount", tr("Major interval count"), &Axis::MajorIntervalCount, &Axis::SetMajorIntervalCount)
+      .integer("MajorIntervalCount", tr("Major interval count"), &Axis::MajorIntervalCount,
+               &Axis::SetMajorIntervalCount)
       .number("Zoom", tr("Zoom"), &Axis::Zoom, &Axis::SetZoom)
       .section(tr("Title and labels (while the axes' own settings are not used for all)"))
       .text("Title", tr("Title"), &Axis::Title, &Axis::SetTitle)
@@ -159,14 +163,23 @@ void ContouringPage(Page& page, Surface& surface) {
       .number("AutoSetInterval", tr("Level interval"), &Contouring::AutoSetInterval, &Contouring::SetAutoSetInterval)
       .integer("AutoSetIntervalCount", tr("Level interval count"), &Contouring::AutoSetIntervalCount,
                &Contouring::SetAutoSetIntervalCount)
-      .choice("ColorMapType", tr("Colour map"), ColorMapChoices(), &Contouring::ColorMapType, &Contouring::SetColorMapType)
+      .choice("ColorMapType", tr("Colour map"), ColorMapChoices(), &Contouring::ColorMapType,
+              &Contouring::SetColorMapType)
       .check("InterpolateColors", tr("Interpolate colours"), &Contouring::InterpolateColors,
              &Contouring::SetInterpolateColors);
+  // The levels come last, after the settings that decide whether they are rebuilt.
+  page.section(tr("Levels (rebuilt from the data unless automatic levels are off)"));
+  auto getter = [&surface] { return LevelsOf(surface.Contouring().Contours()); };
+  auto setter = [&surface](const std::vector<LevelValue>& levels) {
+    ApplyLevels(levels, surface.Contouring().Contours());
+  };
+  page.add(std::make_unique<FieldBinding<LevelsTraits>>(tr("Levels"), new LevelsEdit, getter, setter), "Levels");
 }
 
 void FacesPage(Page& page, Surface& surface) {
   PageTable<Faces> f(page, [&surface]() -> Faces& { return surface.Faces(); });
-  f.check("UseMasterProperties", tr("Use these for all faces"), &Faces::UseMasterProperties, &Faces::SetUseMasterProperties)
+  f.check("UseMasterProperties", tr("Use these for all faces"), &Faces::UseMasterProperties,
+          &Faces::SetUseMasterProperties)
       .section(tr("All faces"))
       .check("FillVisibleMaster", tr("Filled"), &Faces::FillVisibleMaster, &Faces::SetFillVisibleMaster)
       .color("FillColorMaster", tr("Fill colour"), &Faces::FillColorMaster, &Faces::SetFillColorMaster)
@@ -188,13 +201,16 @@ void FacePage(Page& page, Surface& surface, Face& (Faces::*which)() noexcept) {
 }
 
 void ViewPage(Page& page, Surface& surface, std::int32_t dataSet, View& (DataSet::*which)() noexcept) {
-  PageTable<View> v(page, [&surface, dataSet, which]() -> View& { return (surface.DataSets().Item(dataSet).*which)(); });
+  PageTable<View> v(page, [&surface, dataSet, which]() -> View& {
+    return (surface.DataSets().Item(dataSet).*which)();
+  });
   v.check("Visible", tr("Visible"), &View::Visible, &View::SetVisible)
       .check("ContourFillVisible", tr("Filled contours"), &View::ContourFillVisible, &View::SetContourFillVisible)
       .check("TransparencyOn", tr("Transparent"), &View::TransparencyOn, &View::SetTransparencyOn)
-      .number("Transparency", tr("Opacity (0 to 1)"), &View::Transparency, &View::SetTransparency)
+      .number("Transparency", tr("Transparency (1 opaque, 0 clear)"), &View::Transparency, &View::SetTransparency)
       .section(tr("Lines"))
-      .check("ContourLinesVisible", tr("Contour lines visible"), &View::ContourLinesVisible, &View::SetContourLinesVisible)
+      .check("ContourLinesVisible", tr("Contour lines visible"), &View::ContourLinesVisible,
+             &View::SetContourLinesVisible)
       .check("UseMasterProperties", tr("One format for all contour lines"), &View::UseMasterProperties,
              &View::SetUseMasterProperties)
       .line("ContourLinesMaster", tr("Contour line"), [](View& x) -> Line& { return x.ContourLinesMaster(); })
@@ -211,8 +227,10 @@ void ViewPage(Page& page, Surface& surface, std::int32_t dataSet, View& (DataSet
       .check("ContourLabelsVisible", tr("Labels visible"), &View::ContourLabelsVisible, &View::SetContourLabelsVisible)
       .check("ContourLabelsRotation", tr("Rotated along the line"), &View::ContourLabelsRotation,
              &View::SetContourLabelsRotation)
-      .check("ContourLabelsFillVisible", tr("Filled"), &View::ContourLabelsFillVisible, &View::SetContourLabelsFillVisible)
-      .color("ContourLabelsFillColor", tr("Fill colour"), &View::ContourLabelsFillColor, &View::SetContourLabelsFillColor)
+      .check("ContourLabelsFillVisible", tr("Filled"), &View::ContourLabelsFillVisible,
+             &View::SetContourLabelsFillVisible)
+      .color("ContourLabelsFillColor", tr("Fill colour"), &View::ContourLabelsFillColor,
+             &View::SetContourLabelsFillColor)
       .check("ContourLabelsEdgeVisible", tr("Border visible"), &View::ContourLabelsEdgeVisible,
              &View::SetContourLabelsEdgeVisible)
       .line("ContourLabelsEdgeLine", tr("Border line"), [](View& x) -> Line& { return x.ContourLabelsEdgeLine(); })
@@ -224,7 +242,8 @@ void ViewPage(Page& page, Surface& surface, std::int32_t dataSet, View& (DataSet
 void ResamplingPage(Page& page, Surface& surface, std::int32_t dataSet) {
   auto resampling = [&surface, dataSet]() -> Resampling& { return surface.DataSets().Item(dataSet).Resampling(); };
   PageTable<Resampling> r(page, resampling);
-  r.choice("ResamplerType", tr("Resampler"), ResamplerChoices(), &Resampling::ResamplerType, &Resampling::SetResamplerType)
+  r.choice("ResamplerType", tr("Resampler"), ResamplerChoices(), &Resampling::ResamplerType,
+           &Resampling::SetResamplerType)
       .integer("IntervalCount", tr("Interval count"), &Resampling::IntervalCount, &Resampling::SetIntervalCount)
       .check("AutoRange", tr("Automatic range"), &Resampling::AutoRange, &Resampling::SetAutoRange)
       .number("XMin", tr("X minimum"), &Resampling::XMin, &Resampling::SetXMin)

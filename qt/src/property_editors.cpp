@@ -342,8 +342,14 @@ void Binding::apply() {
   push();
 }
 
-void CheckTraits::Watch(QCheckBox& w, std::function<void()> f) { QObject::connect(&w, &QCheckBox::toggled, &w, std::move(f)); }
-void TextTraits::Watch(QLineEdit& w, std::function<void()> f) { QObject::connect(&w, &QLineEdit::textChanged, &w, std::move(f)); }
+void CheckTraits::Watch(QCheckBox& w, std::function<void()> f) {
+  QObject::connect(&w, &QCheckBox::toggled, &w, std::move(f));
+}
+
+void TextTraits::Watch(QLineEdit& w, std::function<void()> f) {
+  QObject::connect(&w, &QLineEdit::textChanged, &w, std::move(f));
+}
+
 void ChoiceTraits::Watch(QComboBox& w, std::function<void()> f) {
   QObject::connect(&w, &QComboBox::currentIndexChanged, &w, std::move(f));
 }

@@ -382,8 +382,11 @@ class PageTable {
   PageTable& compound(const char* name, const QString& label, ValueButton<Value>* button, Part part) {
     auto object = object_;
     std::function<Value()> getter = [object, part] { return Value::From(std::invoke(part, object())); };
-    std::function<void(const Value&)> setter = [object, part](const Value& v) { v.ApplyTo(std::invoke(part, object())); };
-    page_.add(std::make_unique<FieldBinding<ButtonTraits<Value>>>(label, button, std::move(getter), std::move(setter)), name);
+    std::function<void(const Value&)> setter = [object, part](const Value& v) {
+      v.ApplyTo(std::invoke(part, object()));
+    };
+    using Bound = FieldBinding<ButtonTraits<Value>>;
+    page_.add(std::make_unique<Bound>(label, button, std::move(getter), std::move(setter)), name);
     return *this;
   }
 

@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QStackedWidget>
+#include <QTableWidget>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -24,6 +25,7 @@
 
 #include "format_dialogs.h"
 #include "orvane/axes/axes.h"
+#include "orvane/contour/contouring.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/color.h"
 #include "orvane/core/error.h"
@@ -45,6 +47,7 @@ using pages::LineButton;
 using pages::LineValue;
 using pages::MarkerButton;
 using pages::MarkerValue;
+using pages::NumberText;
 
 // A control on a headless host with the sample data, and its property pages.
 struct Pages {
@@ -223,7 +226,8 @@ TEST(PropertyPagesApply, ARefusedValueShowsItsErrorAndGoesBackWhileTheOthersAppl
   EXPECT_EQ(lines[1], QStringLiteral("Axes/Axis X, Minimum: \"abc\" is not a number."));
   EXPECT_EQ(lines[2], QStringLiteral("Axes/Axis Y, Major interval: \"1e999\" is out of the range of numbers."));
   EXPECT_EQ(lines[3], QStringLiteral("Contouring, Level interval: A number is required."));
-  EXPECT_EQ(lines[4], QStringLiteral("View/Data set 1/Main, Opacity (0 to 1): \"nan\" is not a finite number."));
+  EXPECT_EQ(lines[4], QStringLiteral("View/Data set 1/Main, Transparency (1 opaque, 0 clear): \"nan\" is not a "
+                                     "finite number."));
   EXPECT_EQ(lines[5], "View/Data set 1/Top, Density: " +
                           Refusal([](Surface& s) { s.DataSets().Item(0).ViewTop().SetContourLabelsDensity(-1); }));
   EXPECT_EQ(lines[6], QStringLiteral("Resampling/Data set 1, Interval count: \"99999999999\" is outside "
@@ -256,7 +260,9 @@ TEST(PropertyPagesApply, ARefusedMarkerLeavesEveryOtherMarkerPropertyAsItWas) {
   markers.edit(wanted);
   EXPECT_FALSE(p.dialog->apply());
   EXPECT_EQ(p.errors(), "View/Data set 1/Main, Data markers: " +
-                            Refusal([](Surface& s) { s.DataSets().Item(0).ViewMain().DataMarkersMaster().SetSize(-1); }));
+                            Refusal([](Surface& s) {
+                              s.DataSets().Item(0).ViewMain().DataMarkersMaster().SetSize(-1);
+                            }));
   const Marker& marker = p.surface.DataSets().Item(0).ViewMain().DataMarkersMaster();
   EXPECT_FALSE(marker.Visible());
   EXPECT_EQ(marker.Shape(), orvMarkerShape3DCube);
@@ -268,6 +274,46 @@ TEST(PropertyPagesApply, ARefusedMarkerLeavesEveryOtherMarkerPropertyAsItWas) {
   EXPECT_TRUE(marker.Visible());
   EXPECT_EQ(marker.Shape(), orvMarkerShape2DCircle);
   EXPECT_EQ(marker.Size(), 5.0);
+}
+
+TEST(PropertyPagesApply, ContourLevelsAreEditedAsATable) {
+  Pages p;
+  // With automatic levels off and no colour map the levels keep what the table sets.
+  p.editor<QComboBox>("Contouring", "AutoSetContoursType").setCurrentIndex(0);
+  p.editor<QComboBox>("Contouring", "ColorMapType").setCurrentIndex(0);
+  auto& table = p.editor<QTableWidget>("Contouring", "levelsTable");
+  const Contours& contours = p.surface.Contouring().Contours();
+  ASSERT_GT(contours.Count(), 2);
+  ASSERT_EQ(table.rowCount(), contours.Count());
+  EXPECT_EQ(table.item(1, 0)->text(), NumberText(contours.Item(1)->Value()));
+
+  auto& remove = p.editor<QPushButton>("Contouring", "removeLevel");
+  while (table.rowCount() > 2) remove.click();  // the last row each time
+  table.item(0, 0)->setText(QStringLiteral("0.5"));
+  table.item(1, 0)->setText(QStringLiteral("-0.25"));
+  table.item(0, 1)->setData(Qt::UserRole, static_cast<qulonglong>(Rgb(255, 0, 0)));
+  auto* style = static_cast<QComboBox*>(table.cellWidget(0, 3));
+  style->setCurrentIndex(style->findText(QStringLiteral("Dot")));
+  static_cast<QSpinBox*>(table.cellWidget(1, 4))->setValue(3);
+  ASSERT_TRUE(p.dialog->apply()) << p.errors().toStdString();
+  // Added in value order: the rows come back sorted.
+  ASSERT_EQ(contours.Count(), 2);
+  EXPECT_EQ(contours.Item(0)->Value(), -0.25);
+  EXPECT_EQ(contours.Item(0)->LineWidth(), 3);
+  EXPECT_EQ(contours.Item(1)->Value(), 0.5);
+  EXPECT_EQ(contours.Item(1)->Color(), Rgb(255, 0, 0));
+  EXPECT_EQ(contours.Item(1)->LineDrawStyle(), orvDrawStyleDot);
+  EXPECT_EQ(table.item(0, 0)->text(), QStringLiteral("-0.25"));
+
+  // A new row goes one above the last; a row whose value is no number is refused whole.
+  p.editor<QPushButton>("Contouring", "addLevel").click();
+  ASSERT_EQ(table.rowCount(), 3);
+  EXPECT_EQ(table.item(2, 0)->text(), QStringLiteral("1.5"));
+  table.item(1, 0)->setText(QStringLiteral("x"));
+  EXPECT_FALSE(p.dialog->apply());
+  EXPECT_EQ(p.errors(), QStringLiteral("Contouring, Levels: \"x\" is not a number."));
+  EXPECT_EQ(contours.Count(), 2);
+  EXPECT_EQ(table.rowCount(), 2);
 }
 
 TEST(FormatDialogs, TheLabelFormatPreviewFollowsThePatternAndTheSample) {
@@ -338,7 +384,8 @@ TEST(PropertyPagesWidget, ShowPropertyPagesOpensTheDialogModallyAtTheNamedPage) 
     page = dialog->currentPage();
     modal = dialog->isModal();
     parent = dialog->parentWidget();
-    dialog->findChild<QWidget*>(QStringLiteral("Surface"))->findChild<QLineEdit*>(QStringLiteral("Zoom"))->setText(QStringLiteral("3"));
+    auto* surfacePage = dialog->findChild<QWidget*>(QStringLiteral("Surface"));
+    surfacePage->findChild<QLineEdit*>(QStringLiteral("Zoom"))->setText(QStringLiteral("3"));
     dialog->apply();
     dialog->reject();
   });
