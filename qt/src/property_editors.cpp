@@ -365,6 +365,12 @@ Page::Page(const QString& objectName, QWidget* parent)
   setWidget(form_);
 }
 
+Page::~Page() {
+  // The bindings are members and would go before the base class deletes the editors: an
+  // editor that signals a change on its way out would reach a binding already gone.
+  delete takeWidget();
+}
+
 void Page::add(std::unique_ptr<Binding> binding, const char* name) {
   binding->editor()->setObjectName(QString::fromLatin1(name));
   layout_->addRow(binding->label(), binding->editor());  // the form takes the editor

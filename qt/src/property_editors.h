@@ -298,6 +298,10 @@ struct ButtonTraits {
 class Page : public QScrollArea {
  public:
   explicit Page(const QString& objectName, QWidget* parent = nullptr);
+  // Deletes the editors before the bindings that watch them.
+  ~Page() override;
+  Page(const Page&) = delete;
+  Page& operator=(const Page&) = delete;
 
   // Adds a row; the editor takes name as its objectName.
   void add(std::unique_ptr<Binding> binding, const char* name);

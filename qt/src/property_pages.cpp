@@ -174,7 +174,12 @@ PropertyPagesDialog::PropertyPagesDialog(orvane::Surface& surface, QWidget* pare
   resize(760, 560);
 }
 
-PropertyPagesDialog::~PropertyPagesDialog() = default;
+PropertyPagesDialog::~PropertyPagesDialog() {
+  // impl_ goes before the base class deletes the children: the tree must not call into it
+  // on its way out, and the pages (with their bindings) go while it is whole.
+  disconnect(impl_->tree, nullptr, this, nullptr);
+  delete impl_->stack;
+}
 
 bool PropertyPagesDialog::showPage(const QString& pathOrName) {
   const QString wanted = pathOrName.trimmed();
