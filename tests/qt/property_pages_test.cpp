@@ -6,8 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QAbstractSpinBox>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QDoubleSpinBox>
+#include <QFont>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -21,6 +25,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "format_dialogs.h"
@@ -29,6 +34,7 @@
 #include "orvane/control/surface.h"
 #include "orvane/core/color.h"
 #include "orvane/core/error.h"
+#include "orvane/core/font.h"
 #include "orvane/core/format.h"
 #include "orvane/data/data_set.h"
 #include "orvane/host/headless_host.h"
@@ -314,6 +320,153 @@ TEST(PropertyPagesApply, ContourLevelsAreEditedAsATable) {
   EXPECT_EQ(p.errors(), QStringLiteral("Contouring, Levels: \"x\" is not a number."));
   EXPECT_EQ(contours.Count(), 2);
   EXPECT_EQ(table.rowCount(), 2);
+}
+
+TEST(PropertyPagesApply, EveryFieldTakenAsShownChangesNoStateByte) {
+  // Every text field re-entered as it is shown, and every check box, combo box and value
+  // button edited back to its own value, lets each property its stored value again: the
+  // numbers are shown to their last digit and nothing is lost on the way.
+  Pages p(2);
+  p.surface.Axes().XAxis().SetZoom(0.1 + 0.2);
+  p.surface.SetOffsetHorizontal(1.0 / 3.0);
+  p.surface.DataSets().Item(1).Resampling().Kriging().SetNugget(1e-300);
+  p.surface.Header().Font().SetSize(9.1234);
+  delete p.dialog.release();
+  p.dialog = std::make_unique<PropertyPagesDialog>(p.surface);
+  const std::vector<std::uint8_t> before = p.state();
+  int edited = 0;
+  for (QWidget* w : p.dialog->findChildren<QWidget*>()) {
+    if (auto* line = qobject_cast<QLineEdit*>(w)) {
+      if (line->parentWidget() && qobject_cast<QAbstractSpinBox*>(line->parentWidget())) continue;
+      line->setText(line->text() + QStringLiteral(" "));
+      line->setText(line->text().trimmed());
+    } else if (auto* check = qobject_cast<QCheckBox*>(w)) {
+      check->toggle();
+      check->toggle();
+    } else if (auto* combo = qobject_cast<QComboBox*>(w); combo && combo->count() > 1) {
+      const int index = combo->currentIndex();
+      combo->setCurrentIndex((index + 1) % combo->count());
+      combo->setCurrentIndex(index);
+    } else if (auto* button = dynamic_cast<LineButton*>(w)) {
+      button->edit(LineValue(button->value()));
+    } else if (auto* font = dynamic_cast<FontButton*>(w)) {
+      font->edit(pages::FontValue(font->value()));
+    } else if (auto* color = dynamic_cast<ColorButton*>(w)) {
+      color->edit(orvane::Color(color->value()));
+    } else {
+      continue;
+    }
+    ++edited;
+  }
+  EXPECT_GT(edited, 150);
+  EXPECT_TRUE(p.dialog->apply()) << p.errors().toStdString();
+  EXPECT_EQ(p.state(), before);
+  EXPECT_EQ(p.line("Axes/Axis X", "Zoom").text(), QStringLiteral("0.30000000000000004"));
+  EXPECT_EQ(p.line("Resampling/Data set 2", "Kriging.Nugget").text(), QStringLiteral("1e-300"));
+}
+
+TEST(PropertyPagesApply, MastersRuleTheMembersTheyAreCopiedInto) {
+  Pages p;
+  // While the axes' own settings are used for all, an axis's title font is the master's:
+  // the page shows the font going back.
+  auto& titleFont = p.editor<FontButton>("Axes/Axis Y", "TitleFont");
+  pages::FontValue big = titleFont.value();
+  big.size = 20.0;
+  titleFont.edit(big);
+  p.editor<pages::FormatEdit>("Axes", "LabelsFormatMaster").line().setText(QStringLiteral("0.0"));
+  EXPECT_TRUE(p.dialog->apply()) << p.errors().toStdString();
+  EXPECT_EQ(p.surface.Axes().YAxis().TitleFont().Size().scaled, 80000);
+  EXPECT_EQ(titleFont.value().size, 8.0);
+  EXPECT_EQ(p.editor<pages::FormatEdit>("Axes/Axis Z", "LabelsFormat").line().text(), QStringLiteral("0.0"));
+
+  // Unticked on the Axes page in the same Apply, the axis takes its own.
+  p.editor<QCheckBox>("Axes", "UseMasterProperties").setChecked(false);
+  titleFont.edit(big);
+  EXPECT_TRUE(p.dialog->apply()) << p.errors().toStdString();
+  EXPECT_EQ(p.surface.Axes().YAxis().TitleFont().Size().scaled, 200000);
+  EXPECT_EQ(p.surface.Axes().XAxis().TitleFont().Size().scaled, 80000);
+}
+
+TEST(PropertyEditors, NumbersAreReadExactlyAndTextThatIsNoNumberIsNamed) {
+  EXPECT_EQ(pages::ParseNumber(QStringLiteral(" +2.5e3 ")), 2500.0);
+  EXPECT_EQ(pages::ParseNumber(QStringLiteral("-0.1")), -0.1);
+  EXPECT_EQ(pages::ParseNumber(QStringLiteral("4.9e-324")), 4.9e-324);
+  EXPECT_EQ(pages::ParseInteger(QStringLiteral("-2147483648")), -2147483647 - 1);
+  EXPECT_EQ(pages::ParseInteger(QStringLiteral("+7")), 7);
+  const std::vector<std::pair<QString, std::string>> refused{
+      {QString(), "A number is required."},
+      {QStringLiteral("1,5"), "\"1,5\" is not a number."},
+      {QStringLiteral("inf"), "\"inf\" is not a finite number."},
+      {QStringLiteral("-1e400"), "\"-1e400\" is out of the range of numbers."},
+      {QStringLiteral("0x10"), "\"0x10\" is not a number."}};
+  for (const auto& [text, message] : refused) {
+    try {
+      pages::ParseNumber(text);
+      ADD_FAILURE() << text.toStdString() << " was taken";
+    } catch (const Error& e) {
+      EXPECT_EQ(e.Number(), 5);
+      EXPECT_EQ(e.Description(), message);
+    }
+  }
+  const std::vector<std::pair<QString, std::string>> wholeRefused{
+      {QStringLiteral("  "), "A whole number is required."},
+      {QStringLiteral("2.0"), "\"2.0\" is not a whole number."},
+      {QStringLiteral("2147483648"), "\"2147483648\" is outside -2147483648 to 2147483647."},
+      {QStringLiteral("99999999999999999999"), "\"99999999999999999999\" is outside -2147483648 to 2147483647."}};
+  for (const auto& [text, message] : wholeRefused) {
+    try {
+      pages::ParseInteger(text);
+      ADD_FAILURE() << text.toStdString() << " was taken";
+    } catch (const Error& e) {
+      EXPECT_EQ(e.Description(), message);
+    }
+  }
+}
+
+TEST(PropertyEditors, AQtFontMapsToTheControlsSevenAttributes) {
+  QFont font(QStringLiteral("Liberation Mono"));
+  font.setPointSizeF(10.25);
+  font.setWeight(QFont::DemiBold);
+  font.setUnderline(true);
+  font.setStrikeOut(true);
+  const pages::FontValue value = pages::FromQFont(font, pages::FontValue{});
+  EXPECT_EQ(value, (pages::FontValue{"Liberation Mono", 10.25, 600, false, true, true}));
+  Font target;
+  value.ApplyTo(target);
+  EXPECT_EQ(target.Name(), "Liberation Mono");
+  EXPECT_EQ(target.Weight(), 600);
+  EXPECT_TRUE(target.Bold());  // above 550
+  EXPECT_TRUE(target.Strikethrough());
+  EXPECT_EQ(pages::FromQFont(pages::ToQFont(value), pages::FontValue{}), value);
+
+  // A font sized in pixels keeps the size it had.
+  QFont pixels(QStringLiteral("Liberation Sans"));
+  pixels.setPixelSize(30);
+  EXPECT_EQ(pages::FromQFont(pixels, value).size, 10.25);
+  // An empty name is refused by the font, which keeps every attribute it had.
+  pages::FontValue nameless = value;
+  nameless.name.clear();
+  nameless.italic = true;
+  EXPECT_THROW(nameless.ApplyTo(target), Error);
+  EXPECT_EQ(pages::FontValue::From(target), value);
+}
+
+TEST(FormatDialogs, TheMarkerDialogHandsBackWhatItsWidgetsShow) {
+  MarkerValue start;
+  start.edgeLine = LineValue{Rgb(1, 1, 1), orvDrawStyleDot, 2};
+  pages::MarkerDialog dialog(start);
+  EXPECT_EQ(dialog.value(), start);
+  dialog.findChild<QCheckBox*>(QStringLiteral("Visible"))->setChecked(true);
+  auto* shape = dialog.findChild<QComboBox*>(QStringLiteral("Shape"));
+  shape->setCurrentIndex(shape->findText(QStringLiteral("Plus")));
+  dialog.findChild<QDoubleSpinBox*>(QStringLiteral("Size"))->setValue(7.5);
+  dynamic_cast<ColorButton*>(dialog.findChild<QWidget*>(QStringLiteral("FillColor")))->edit(Rgb(0, 128, 0));
+  MarkerValue expected = start;
+  expected.visible = true;
+  expected.shape = orvMarkerShape2DPlus;
+  expected.size = 7.5;
+  expected.fillColor = Rgb(0, 128, 0);
+  EXPECT_EQ(dialog.value(), expected);
 }
 
 TEST(FormatDialogs, TheLabelFormatPreviewFollowsThePatternAndTheSample) {
