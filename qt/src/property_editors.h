@@ -358,18 +358,18 @@ class PageTable {
   PageTable& format(const char* name, const QString& label, G get, S set) {
     return row<FormatTraits>(name, label, new FormatEdit, get, set);
   }
-  // A font, a line or a marker: part gives the object from the page's object.
-  template <class Part>
-  PageTable& font(const char* name, const QString& label, Part part) {
-    return compound<FontValue>(name, label, MakeFontButton(nullptr), part);
+  // A font, a line or a marker: member gives the object from the page's object.
+  template <class Member>
+  PageTable& font(const char* name, const QString& label, Member member) {
+    return compound<FontValue>(name, label, MakeFontButton(nullptr), member);
   }
-  template <class Part>
-  PageTable& line(const char* name, const QString& label, Part part) {
-    return compound<LineValue>(name, label, MakeLineButton(nullptr), part);
+  template <class Member>
+  PageTable& line(const char* name, const QString& label, Member member) {
+    return compound<LineValue>(name, label, MakeLineButton(nullptr), member);
   }
-  template <class Part>
-  PageTable& marker(const char* name, const QString& label, Part part) {
-    return compound<MarkerValue>(name, label, MakeMarkerButton(nullptr), part);
+  template <class Member>
+  PageTable& marker(const char* name, const QString& label, Member member) {
+    return compound<MarkerValue>(name, label, MakeMarkerButton(nullptr), member);
   }
 
  private:
@@ -382,12 +382,12 @@ class PageTable {
     page_.add(std::make_unique<FieldBinding<Traits>>(label, widget, std::move(getter), std::move(setter)), name);
     return *this;
   }
-  template <class Value, class Part>
-  PageTable& compound(const char* name, const QString& label, ValueButton<Value>* button, Part part) {
+  template <class Value, class Member>
+  PageTable& compound(const char* name, const QString& label, ValueButton<Value>* button, Member member) {
     auto object = object_;
-    std::function<Value()> getter = [object, part] { return Value::From(std::invoke(part, object())); };
-    std::function<void(const Value&)> setter = [object, part](const Value& v) {
-      v.ApplyTo(std::invoke(part, object()));
+    std::function<Value()> getter = [object, member] { return Value::From(std::invoke(member, object())); };
+    std::function<void(const Value&)> setter = [object, member](const Value& v) {
+      v.ApplyTo(std::invoke(member, object()));
     };
     using Bound = FieldBinding<ButtonTraits<Value>>;
     page_.add(std::make_unique<Bound>(label, button, std::move(getter), std::move(setter)), name);
