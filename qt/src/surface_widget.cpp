@@ -9,13 +9,11 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QMessageBox>
 #include <QMetaMethod>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QResizeEvent>
-#include <QStringList>
 #include <QtGlobal>
 
 #include <algorithm>
@@ -25,6 +23,7 @@
 #include "orvane/core/error.h"
 #include "orvane/qt/input_codes.h"
 #include "orvane/qt/painter_dc.h"
+#include "orvane/qt/property_pages.h"
 
 namespace orvane::qt {
 
@@ -168,22 +167,12 @@ bool SurfaceWidget::SetClipboardBitmap(const std::vector<std::uint8_t>& bitmap) 
   return true;
 }
 
-void SurfaceWidget::ShowPropertyPages(orvane::Surface& /*surface*/, const std::vector<std::string>& settings) {
-  // The property pages proper are not there yet: a box without a modal loop lists what
-  // was asked for.
-  QStringList lines;
-  for (const std::string& setting : settings) lines << QString::fromStdString(setting);
-  const QString text = lines.isEmpty() ? tr("The plot's properties") : tr("The plot's properties:\n%1").arg(lines.join(QLatin1Char('\n')));
-  if (pages_.isNull()) {
-    pages_ = new QMessageBox(QMessageBox::Information, tr("Properties"), text, QMessageBox::Close, this);
-    pages_->setObjectName(QStringLiteral("orvanePropertyPages"));
-    pages_->setAttribute(Qt::WA_DeleteOnClose);
-    pages_->setModal(false);
-  } else {
-    pages_->setText(text);
+void SurfaceWidget::ShowPropertyPages(orvane::Surface& surface, const std::vector<std::string>& settings) {
+  PropertyPagesDialog dialog(surface, this);
+  for (const std::string& setting : settings) {
+    if (dialog.showPage(QString::fromStdString(setting))) break;
   }
-  pages_->show();
-  pages_->raise();
+  dialog.exec();
 }
 
 bool SurfaceWidget::ReportProgress(double fractionDone) {

@@ -1,6 +1,6 @@
 // The widget as host of the control: what it paints, the mouse and keys it passes on, the
-// signals it emits, the window state the control sets, and its clipboard, progress and
-// property pages.
+// signals it emits, the window state the control sets, and its clipboard and progress
+// (the property pages have tests of their own).
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,6 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QMessageBox>
 #include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTest>
@@ -466,26 +465,6 @@ TEST(SurfaceWidgetServices, CopyToClipboardPutsTheLastPictureThereAtTheWidgetsSi
   // A block that is not a whole bitmap is refused.
   EXPECT_FALSE(s.widget.SetClipboardBitmap(std::vector<std::uint8_t>(40, 0)));
   EXPECT_EQ(ClipboardImage().size(), copied.size());
-}
-
-TEST(SurfaceWidgetServices, PropertyPagesShowInOneBoxWithoutBlocking) {
-  Shown s;
-  s.surface().ShowPropertyPages({"General", "Axes"});
-  auto* box = s.widget.findChild<QMessageBox*>(QStringLiteral("orvanePropertyPages"));
-  ASSERT_NE(box, nullptr);
-  EXPECT_TRUE(box->isVisible());
-  EXPECT_FALSE(box->isModal());
-  EXPECT_TRUE(box->text().contains(QStringLiteral("General")));
-  EXPECT_TRUE(box->text().contains(QStringLiteral("Axes")));
-
-  s.surface().ShowPropertyPages({"Legend"});
-  EXPECT_EQ(s.widget.findChildren<QMessageBox*>().size(), 1);
-  EXPECT_TRUE(box->text().contains(QStringLiteral("Legend")));
-  EXPECT_FALSE(box->text().contains(QStringLiteral("General")));
-
-  box->close();
-  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  EXPECT_EQ(s.widget.findChild<QMessageBox*>(), nullptr);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <QFrame>
 #include <QImage>
-#include <QPointer>
 #include <QSize>
 #include <QString>
 
@@ -14,8 +13,6 @@
 #include "orvane/control/surface.h"
 #include "orvane/core/event.h"
 #include "orvane/host/host.h"
-
-class QMessageBox;
 
 namespace orvane::qt {
 
@@ -68,7 +65,8 @@ class SurfaceWidget : public QFrame, public orvane::Host {
   void RequestRepaint() override;
   /// Puts the bitmap on the QClipboard as an image; false for a malformed bitmap.
   bool SetClipboardBitmap(const std::vector<std::uint8_t>& bitmap) override;
-  /// Shows a non-modal box listing the settings (the property pages are to come).
+  /// Opens the PropertyPagesDialog modally over the widget, at the first page a setting
+  /// names ("Axes/Axis X", "Contouring"), else at the Surface page.
   void ShowPropertyPages(orvane::Surface& surface, const std::vector<std::string>& settings) override;
   /// Emits progress, processes non-input events, and answers false once after requestStop().
   bool ReportProgress(double fractionDone) override;
@@ -122,7 +120,6 @@ class SurfaceWidget : public QFrame, public orvane::Host {
   bool painting_ = false;          // inside paintEvent
   bool reporting_ = false;         // inside ReportProgress
   bool stopRequested_ = false;
-  QPointer<QMessageBox> pages_;
 };
 
 }  // namespace orvane::qt
