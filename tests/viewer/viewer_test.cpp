@@ -32,6 +32,7 @@
 #include "orvane/core/error.h"
 #include "orvane/data/data_set.h"
 #include "orvane/data/data_sets.h"
+#include "orvane/qt/property_pages.h"
 #include "orvane/qt/surface_widget.h"
 #include "orvane/render/cursor.h"
 #include "orvane/resample/resampling.h"
@@ -242,6 +243,13 @@ TEST_F(ViewerTest, TheStatusBarShowsTheValueUnderThePointerInTheAxesFormat) {
     window.setResampler(orvResamplerTypeNNGridR);
     QApplication::processEvents();
     window.grab().save(QDir(QString::fromLocal8Bit(shots)).filePath(QStringLiteral("viewer.png")));
+    qt::PropertyPagesDialog pages(plot.surface(), &window);
+    for (const char* page : {"Axis X", "Contouring", "View/Data set 1/Main", "Resampling"}) {
+      pages.showPage(QString::fromLatin1(page));
+      pages.show();
+      QApplication::processEvents();
+      pages.grab().save(QDir(QString::fromLocal8Bit(shots)).filePath(QStringLiteral("pages-%1.png").arg(QString::fromLatin1(page).remove('/').remove(' '))));
+    }
   }
 }
 
