@@ -18,12 +18,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
+#include "core/parallel.h"
 #include "orvane/core/color.h"
 
 namespace orvane {
 
 namespace {
+
+using detail::ReserveHuge;
+using detail::RunTasks;
 
 // Stands for minus and plus infinity at the outer boundaries.
 constexpr double kBelowAll = -1.79769313486231e+308;
@@ -58,7 +63,13 @@ struct TriangleWork {
   std::vector<CContourer::Segment> segments;  // at boundaries kFirst .. kLast
   std::vector<bool> has;
   std::vector<Node> nodes;
+  std::size_t lastBand = 0;  // the band the last triangle lay wholly inside: tried first
 };
+
+// Appends one triangle's nine values to the band.
+void AppendTriangle(BandTriangles& band, const double (&values)[9]) {
+  band.insert(band.end(), std::begin(values), std::end(values));
+}
 
 // Appends the fan of nodes[0..count) to the band, through the clip when there is one.
 void Fan(const std::vector<Node>& nodes, BandTriangles& band, const TriangleClip& clip) {
@@ -72,9 +83,29 @@ void Fan(const std::vector<Node>& nodes, BandTriangles& band, const TriangleClip
       const double z[3] = {a.z, b.z, c.z};
       clip(x, y, z, band);
     } else {
-      band.insert(band.end(), {a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z});
+      AppendTriangle(band, {a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z});
     }
   }
+}
+
+// True when z[0..2] lie in band k clear of both its boundaries (by more than the point
+// tolerance): the triangle is then the band's part whole and crosses no level.
+bool WhollyInside(std::span<const double> b, std::size_t k, double zMin, double zMax) {
+  const std::size_t n = b.size() - 1;
+  const double hi = k < n ? b[k + 1] : kAboveAll;
+  return zMin - b[k] > kPointTolerance && hi - zMax > kPointTolerance;
+}
+
+// The bands a triangle reaches: from the one just below zMin (its top may hold a
+// segment) to the one holding zMax.
+std::pair<std::size_t, std::size_t> BandRange(std::span<const double> b, double zMin, double zMax) {
+  const auto firstAbove = std::upper_bound(b.begin(), b.end(), zMax);
+  const std::size_t kLast = static_cast<std::size_t>(firstAbove - b.begin()) - 1;
+  const auto firstReaching = std::lower_bound(b.begin(), b.end(), zMin);
+  const std::size_t kFirst = firstReaching == b.begin()
+                                 ? 0
+                                 : static_cast<std::size_t>(firstReaching - b.begin()) - 1;
+  return {kFirst, kLast};
 }
 
 // One triangle against the sorted boundaries.
@@ -84,18 +115,24 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
   const std::size_t n = b.size() - 1;  // number of levels
   const double zMin = std::min({z[0], z[1], z[2]});
   const double zMax = std::max({z[0], z[1], z[2]});
-  // Bands from the one just below zMin (its top may hold a segment) to the one holding zMax.
-  const auto firstAbove = std::upper_bound(b.begin(), b.end(), zMax);
-  const std::size_t kLast = static_cast<std::size_t>(firstAbove - b.begin()) - 1;
-  const auto firstReaching = std::lower_bound(b.begin(), b.end(), zMin);
-  const std::size_t kFirst = firstReaching == b.begin()
-                                 ? 0
-                                 : static_cast<std::size_t>(firstReaching - b.begin()) - 1;
+  // Neighbouring triangles mostly lie in the same band. Wholly inside band k, the
+  // searches below would find kFirst = kLast = k and take the same branch.
+  if (WhollyInside(b, work.lastBand, zMin, zMax)) {
+    if (withBands) {
+      if (clip) {
+        work.nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
+        Fan(work.nodes, out.bands[work.lastBand], clip);
+      } else {
+        AppendTriangle(out.bands[work.lastBand], {x[0], y[0], z[0], x[1], y[1], z[1], x[2], y[2], z[2]});
+      }
+    }
+    return;
+  }
+  const auto [kFirst, kLast] = BandRange(b, zMin, zMax);
   // Wholly inside one band, clear of both its boundaries: the triangle itself, and no line.
   if (kFirst == kLast) {
-    const double lo = b[kFirst];
-    const double hi = kFirst < n ? b[kFirst + 1] : kAboveAll;
-    if (zMin - lo > kPointTolerance && hi - zMax > kPointTolerance) {
+    if (WhollyInside(b, kFirst, zMin, zMax)) {
+      work.lastBand = kFirst;
       if (withBands) {
         std::vector<Node>& nodes = work.nodes;
         nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
@@ -162,7 +199,7 @@ ContourTrace EmptyTrace(std::size_t boundaries, std::size_t triangles, bool with
   const double levels = static_cast<double>(boundaries - 1);
   const double perBand = levels < 2 ? static_cast<double>(triangles)
                                     : RoundHalfEven(static_cast<double>(triangles) / RoundHalfEven(levels / 2));
-  for (BandTriangles& band : out.bands) band.reserve(9 * static_cast<std::size_t>(perBand));
+  for (BandTriangles& band : out.bands) detail::ReserveHuge(band, 9 * static_cast<std::size_t>(perBand));
   return out;
 }
 
@@ -217,23 +254,81 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
                                    const TriangleClip& clip, bool withBands) {
   const std::size_t nx = gx.size();
   const std::size_t ny = gy.size();
-  ContourTrace out =
-      EmptyTrace(boundaries.size(), nx > 1 && ny > 1 ? 2 * (nx - 1) * (ny - 1) : 0, withBands);
-  TriangleWork work;
-  for (std::size_t i = 0; i + 1 < nx; ++i) {
-    for (std::size_t j = 0; j + 1 < ny; ++j) {
-      const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];
-      const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
-      const double xa[3] = {gx[i], gx[i + 1], gx[i + 1]};
-      const double ya[3] = {gy[j], gy[j], gy[j + 1]};
-      const double za[3] = {z00, z10, z11};
-      TraceTriangle(xa, ya, za, boundaries, out, work, clip, withBands);
-      const double xb[3] = {gx[i], gx[i + 1], gx[i]};
-      const double yb[3] = {gy[j], gy[j + 1], gy[j + 1]};
-      const double zb[3] = {z00, z11, z01};
-      TraceTriangle(xb, yb, zb, boundaries, out, work, clip, withBands);
+  const std::size_t rows = nx > 1 && ny > 1 ? nx - 1 : 0;  // cell rows, one per x step
+  // Two strips of cell rows, always the same two whatever the thread count: the first
+  // traces straight into the result, the second into lists of its own that are then
+  // appended, so that every list holds its items in the order of one pass over the grid.
+  const std::size_t split[3] = {0, rows / 2, rows};
+  ContourTrace out = EmptyTrace(boundaries.size(), 0, false);
+  ContourTrace second = EmptyTrace(boundaries.size(), 0, false);
+  auto forEachTriangle = [&](std::size_t strip, auto visit) {
+    for (std::size_t i = split[strip]; i < split[strip + 1]; ++i) {
+      for (std::size_t j = 0; j + 1 < ny; ++j) {
+        const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];
+        const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
+        const double xa[3] = {gx[i], gx[i + 1], gx[i + 1]};
+        const double ya[3] = {gy[j], gy[j], gy[j + 1]};
+        const double za[3] = {z00, z10, z11};
+        visit(xa, ya, za);
+        const double xb[3] = {gx[i], gx[i + 1], gx[i]};
+        const double yb[3] = {gy[j], gy[j + 1], gy[j + 1]};
+        const double zb[3] = {z00, z11, z01};
+        visit(xb, yb, zb);
+      }
+    }
+  };
+  if (withBands) {
+    // Room for each band, from a quick pass over the heights: one triangle for a triangle
+    // wholly inside the band, at most five for one that reaches it from across a level
+    // (up to seven nodes). The clip may add more; the lists then grow.
+    std::vector<std::vector<std::size_t>> room(2, std::vector<std::size_t>(boundaries.size(), 0));
+    RunTasks(2, [&](std::size_t strip) {
+      std::vector<std::size_t>& count = room[strip];
+      std::size_t last = 0;
+      forEachTriangle(strip, [&](const double (&)[3], const double (&)[3], const double (&z)[3]) {
+        const double zMin = std::min({z[0], z[1], z[2]});
+        const double zMax = std::max({z[0], z[1], z[2]});
+        if (WhollyInside(boundaries, last, zMin, zMax)) {
+          ++count[last];
+          return;
+        }
+        const auto [kFirst, kLast] = BandRange(boundaries, zMin, zMax);
+        if (kFirst == kLast && WhollyInside(boundaries, kFirst, zMin, zMax)) {
+          last = kFirst;
+          ++count[kFirst];
+          return;
+        }
+        for (std::size_t k = kFirst; k <= kLast; ++k) count[k] += 5;
+      });
+    });
+    for (std::size_t k = 0; k < boundaries.size(); ++k) {
+      ReserveHuge(out.bands[k], 9 * (room[0][k] + room[1][k]));
+      ReserveHuge(second.bands[k], 9 * room[1][k]);
     }
   }
+  auto trace = [&](std::size_t strip) {
+    ContourTrace& target = strip == 0 ? out : second;
+    TriangleWork work;
+    forEachTriangle(strip, [&](const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
+      TraceTriangle(x, y, z, boundaries, target, work, clip, withBands);
+    });
+  };
+  // A clip is the caller's code, which need not be safe to run on two threads at once.
+  if (clip) {
+    trace(0);
+    trace(1);
+  } else {
+    RunTasks(2, trace);
+  }
+  const std::size_t bands = out.bands.size();
+  RunTasks(bands + out.levelLines.size(), [&](std::size_t k) {
+    if (k < bands) {
+      out.bands[k].insert(out.bands[k].end(), second.bands[k].begin(), second.bands[k].end());
+      second.bands[k] = {};
+    } else {
+      out.levelLines[k - bands].Append(second.levelLines[k - bands]);
+    }
+  });
   return out;
 }
 
