@@ -58,6 +58,15 @@ Node Vertex(int i, double z, const double (&x)[3], const double (&y)[3]) {
   return {x[i], y[i], z, static_cast<double>(i)};
 }
 
+// The bands (and the levels at their lower boundaries) one pass makes: band k belongs to
+// pass k mod passes. Each band's triangles and each level's segments come in triangle
+// order whichever pass makes them, so passes on several threads give what one pass does.
+struct Share {
+  std::size_t pass = 0;
+  std::size_t passes = 1;
+  bool Owns(std::size_t band) const { return band % passes == pass; }
+};
+
 // Per-thread scratch of one triangle's work.
 struct TriangleWork {
   std::vector<CContourer::Segment> segments;  // at boundaries kFirst .. kLast
@@ -111,14 +120,14 @@ std::pair<std::size_t, std::size_t> BandRange(std::span<const double> b, double 
 // One triangle against the sorted boundaries.
 void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)[3],
                    std::span<const double> b, ContourTrace& out, TriangleWork& work,
-                   const TriangleClip& clip, bool withBands) {
+                   const TriangleClip& clip, bool withBands, Share share = {}) {
   const std::size_t n = b.size() - 1;  // number of levels
   const double zMin = std::min({z[0], z[1], z[2]});
   const double zMax = std::max({z[0], z[1], z[2]});
   // Neighbouring triangles mostly lie in the same band. Wholly inside band k, the
   // searches below would find kFirst = kLast = k and take the same branch.
   if (WhollyInside(b, work.lastBand, zMin, zMax)) {
-    if (withBands) {
+    if (withBands && share.Owns(work.lastBand)) {
       if (clip) {
         work.nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
         Fan(work.nodes, out.bands[work.lastBand], clip);
@@ -133,7 +142,7 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
   if (kFirst == kLast) {
     if (WhollyInside(b, kFirst, zMin, zMax)) {
       work.lastBand = kFirst;
-      if (withBands) {
+      if (withBands && share.Owns(kFirst)) {
         std::vector<Node>& nodes = work.nodes;
         nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
         Fan(nodes, out.bands[kFirst], clip);
@@ -149,11 +158,12 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
     const std::size_t slot = k - kFirst;
     if (CContourer::Trace(b[k], x, y, z, work.segments[slot])) {
       work.has[slot] = true;
-      out.levelLines[k - 1].Append(work.segments[slot].line);
+      if (share.Owns(k)) out.levelLines[k - 1].Append(work.segments[slot].line);
     }
   }
   if (!withBands) return;
   for (std::size_t k = kFirst; k <= kLast; ++k) {
+    if (!share.Owns(k)) continue;
     std::vector<Node>& nodes = work.nodes;
     nodes.clear();
     const double lo = b[k];
@@ -254,15 +264,8 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
                                    const TriangleClip& clip, bool withBands) {
   const std::size_t nx = gx.size();
   const std::size_t ny = gy.size();
-  const std::size_t rows = nx > 1 && ny > 1 ? nx - 1 : 0;  // cell rows, one per x step
-  // Two strips of cell rows, always the same two whatever the thread count: the first
-  // traces straight into the result, the second into lists of its own that are then
-  // appended, so that every list holds its items in the order of one pass over the grid.
-  const std::size_t split[3] = {0, rows / 2, rows};
-  ContourTrace out = EmptyTrace(boundaries.size(), 0, false);
-  ContourTrace second = EmptyTrace(boundaries.size(), 0, false);
-  auto forEachTriangle = [&](std::size_t strip, auto visit) {
-    for (std::size_t i = split[strip]; i < split[strip + 1]; ++i) {
+  auto forEachTriangle = [&](auto visit) {
+    for (std::size_t i = 0; i + 1 < nx; ++i) {
       for (std::size_t j = 0; j + 1 < ny; ++j) {
         const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];
         const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
@@ -277,57 +280,41 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
       }
     }
   };
-  if (withBands) {
-    // Room for each band, from a quick pass over the heights: one triangle for a triangle
-    // wholly inside the band, at most five for one that reaches it from across a level
-    // (up to seven nodes). The clip may add more; the lists then grow.
-    std::vector<std::vector<std::size_t>> room(2, std::vector<std::size_t>(boundaries.size(), 0));
-    RunTasks(2, [&](std::size_t strip) {
-      std::vector<std::size_t>& count = room[strip];
+  ContourTrace out = EmptyTrace(boundaries.size(), 0, false);
+  // One pass per thread, up to two, each making its share of the bands; a clip is the
+  // caller's code, which need not be safe to run on two threads at once.
+  const std::size_t passes = clip || detail::ThreadCount() < 2 ? 1 : 2;
+  RunTasks(passes, [&](std::size_t pass) {
+    const Share share{pass, passes};
+    if (withBands) {
+      // Room for each band, from a quick look at the heights: one triangle for a triangle
+      // wholly inside the band, at most five for one that reaches it across a level (up
+      // to seven nodes). A clip may add more; the band then grows.
+      std::vector<std::size_t> room(boundaries.size(), 0);
       std::size_t last = 0;
-      forEachTriangle(strip, [&](const double (&)[3], const double (&)[3], const double (&z)[3]) {
+      forEachTriangle([&](const double (&)[3], const double (&)[3], const double (&z)[3]) {
         const double zMin = std::min({z[0], z[1], z[2]});
         const double zMax = std::max({z[0], z[1], z[2]});
         if (WhollyInside(boundaries, last, zMin, zMax)) {
-          ++count[last];
+          ++room[last];
           return;
         }
         const auto [kFirst, kLast] = BandRange(boundaries, zMin, zMax);
         if (kFirst == kLast && WhollyInside(boundaries, kFirst, zMin, zMax)) {
           last = kFirst;
-          ++count[kFirst];
+          ++room[kFirst];
           return;
         }
-        for (std::size_t k = kFirst; k <= kLast; ++k) count[k] += 5;
+        for (std::size_t k = kFirst; k <= kLast; ++k) room[k] += 5;
       });
-    });
-    for (std::size_t k = 0; k < boundaries.size(); ++k) {
-      ReserveHuge(out.bands[k], 9 * (room[0][k] + room[1][k]));
-      ReserveHuge(second.bands[k], 9 * room[1][k]);
+      for (std::size_t k = 0; k < boundaries.size(); ++k) {
+        if (share.Owns(k)) detail::ReservePrefaulted(out.bands[k], 9 * room[k]);
+      }
     }
-  }
-  auto trace = [&](std::size_t strip) {
-    ContourTrace& target = strip == 0 ? out : second;
     TriangleWork work;
-    forEachTriangle(strip, [&](const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
-      TraceTriangle(x, y, z, boundaries, target, work, clip, withBands);
+    forEachTriangle([&](const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
+      TraceTriangle(x, y, z, boundaries, out, work, clip, withBands, share);
     });
-  };
-  // A clip is the caller's code, which need not be safe to run on two threads at once.
-  if (clip) {
-    trace(0);
-    trace(1);
-  } else {
-    RunTasks(2, trace);
-  }
-  const std::size_t bands = out.bands.size();
-  RunTasks(bands + out.levelLines.size(), [&](std::size_t k) {
-    if (k < bands) {
-      out.bands[k].insert(out.bands[k].end(), second.bands[k].begin(), second.bands[k].end());
-      second.bands[k] = {};
-    } else {
-      out.levelLines[k - bands].Append(second.levelLines[k - bands]);
-    }
   });
   return out;
 }

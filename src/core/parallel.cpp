@@ -69,6 +69,28 @@ void AdviseHugePages(const void* data, std::size_t bytes) noexcept {
 #endif
 }
 
+void PrefaultPages(const void* data, std::size_t bytes) noexcept {
+#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+  constexpr std::uintptr_t kPage = 4096;
+  const auto begin = reinterpret_cast<std::uintptr_t>(data);
+  const std::uintptr_t first = (begin + kPage - 1) & ~(kPage - 1);
+  const std::uintptr_t last = (begin + bytes) & ~(kPage - 1);
+  if (data == nullptr || last <= first) return;
+  madvise(reinterpret_cast<void*>(first), last - first, MADV_POPULATE_WRITE);
+#else
+  (void)data;
+  (void)bytes;
+#endif
+}
+
+void PrefaultPagesShared(const void* data, std::size_t bytes) {
+  constexpr std::size_t kPiece = std::size_t{8} << 20;
+  const auto* bytesAt = static_cast<const unsigned char*>(data);
+  RunTasks((bytes + kPiece - 1) / kPiece, [&](std::size_t piece) {
+    PrefaultPages(bytesAt + piece * kPiece, std::min(kPiece, bytes - piece * kPiece));
+  });
+}
+
 namespace {
 
 constexpr std::size_t kPageBlock = std::size_t{1} << 20;

@@ -87,8 +87,8 @@ WorkPoints PrepareWorkPoints(std::span<const double> x, std::span<const double> 
   const double xRange = xMax - xMin;
   const double yRange = yMax - yMin;
   WorkPoints w;
-  ReserveHuge(w.x, n + 3);
-  ReserveHuge(w.y, n + 3);
+  ReservePrefaulted(w.x, n + 3, true);
+  ReservePrefaulted(w.y, n + 3, true);
   w.x.resize(n + 3);
   w.y.resize(n + 3);
   RunTasks(blocks, [&](std::size_t b) {
@@ -265,6 +265,10 @@ class Inserter {
   }
 
   const PageVector<Slot>& Slots() const { return slots_; }
+  // The block reserved for the slots, which the insertion fills from the front.
+  std::pair<const void*, std::size_t> SlotBlock() const {
+    return {slots_.data(), slots_.capacity() * sizeof(Slot)};
+  }
   // Frees what the finished mesh does not need: everything but the triangles.
   void ReleasePoints() {
     points_ = {};
@@ -496,6 +500,7 @@ class Inserter {
 
 using detail::Inserter;
 using detail::ReserveHuge;
+using detail::ReservePrefaulted;
 using detail::RunTasks;
 
 void CTriangulate::Reset() {
@@ -552,12 +557,15 @@ void CTriangulate::Triangulate(std::span<const double> x, std::span<const double
   local.reserve(3 * n);
   {
     Inserter inserter(work_, order);
-    // The insertion is one sequential walk; the copies it does not need are made beside it.
-    RunTasks(2, [&](std::size_t task) {
+    const auto [slotData, slotBytes] = inserter.SlotBlock();
+    // The insertion is one sequential walk. Beside it the slots' pages are mapped before
+    // the insertion reaches them, and the copies it does not need are made.
+    RunTasks(2, [&, data = slotData, bytes = slotBytes](std::size_t task) {
       if (task == 0) {
         inserter.Run();
         return;
       }
+      detail::PrefaultPages(data, bytes);
       copyInput();
       local.resize(3 * n);
       for (std::size_t p = 0; p < n; ++p) {
@@ -614,8 +622,8 @@ void CTriangulate::Finish(const detail::PageVector<detail::InserterSlot>& slots,
   });
   // Vertices stay in working numbers until the corners are filled.
   const auto count = static_cast<std::size_t>(firsts[blocks]);
-  ReserveHuge(vertices_, 3 * count);
-  ReserveHuge(neighbours_, 3 * count);
+  ReservePrefaulted(vertices_, 3 * count, true);
+  ReservePrefaulted(neighbours_, 3 * count, true);
   vertices_.resize(3 * count);
   neighbours_.resize(3 * count);
   RunTasks(blocks, [&](std::size_t b) {
@@ -640,7 +648,7 @@ void CTriangulate::FillCorners(const detail::PageVector<std::int32_t>& order,
   // each other in the list visit together; then the vertices take their input numbers.
   const std::size_t corners = vertices_.size();
   for (std::vector<double>* axis : {&cornerX_, &cornerY_, &cornerZ_}) {
-    ReserveHuge(*axis, corners);
+    ReservePrefaulted(*axis, corners, true);
     axis->resize(corners);
   }
   RunTasks((corners + 3 * kFinishBlock - 1) / (3 * kFinishBlock), [&](std::size_t b) {
