@@ -23,6 +23,17 @@
 // procedure (every live triangle tested for every point, in input order) as an oracle
 // and compare triangle sets and hulls.
 //
+// Memory and threads. At a million points the time goes as much to memory the kernel
+// maps for the first time as to the insertion, so the large buffers ask for huge pages
+// and are mapped in one call each (the slots on a second thread while the first inserts);
+// scratch comes straight from the kernel and goes straight back, keeping the peak of the
+// next run where it was. A point's coordinates sit beside its input number, which the
+// canonical rotation needs. The insertion is sequential; the jitter (the generator is
+// reached at any draw), the curve keys, the numbering of the kept triangles and the
+// corners are worked out in fixed blocks that threads share, and none of it depends on
+// how many threads there are. The tests also keep the code as it was before this tuning
+// and compare every list bit for bit.
+//
 // Robustness. Should rounding make the deleted region not star-shaped around the point
 // (an edge of it that the point does not see, or a vertex on its boundary twice), the
 // offending triangles are given back to the mesh until it is; the walk falls back to a

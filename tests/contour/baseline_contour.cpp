@@ -21,8 +21,7 @@ bool Trace(double z, const double (&x)[3], const double (&y)[3], const double (&
 
 namespace {
 
-// Stands for minus and plus infinity at the outer boundaries.
-constexpr double kBelowAll = -1.79769313486231e+308;
+// Stands for plus infinity at the top boundary.
 constexpr double kAboveAll = 1.79769313486231e+308;
 
 int Sign(double v) { return v > 0.0 ? 1 : (v < 0.0 ? -1 : 0); }
