@@ -18,9 +18,10 @@
 // triangle before, so that band is tried first and the searches over the boundaries are
 // skipped. Each band's room is counted from the heights before tracing (exact for such
 // triangles, a bound for the rest) and its pages are mapped in one call. A grid is traced
-// in two passes on two threads when they are allowed, each pass making the bands k with
-// k mod 2 equal to its number and the levels at their lower boundaries; each list still
-// holds its items in triangle order, so the result is the one pass's result.
+// in two passes on two threads when they are allowed, each pass making about half of the
+// band triangles (whole bands, shared out by their room) and the levels at those bands'
+// lower boundaries; each list still holds its items in triangle order, so the result is
+// the one pass's result.
 
 #include "contourer.h"
 
@@ -66,13 +67,14 @@ Node Vertex(int i, double z, const double (&x)[3], const double (&y)[3]) {
   return {x[i], y[i], z, static_cast<double>(i)};
 }
 
-// The bands (and the levels at their lower boundaries) one pass makes: band k belongs to
-// pass k mod passes. Each band's triangles and each level's segments come in triangle
-// order whichever pass makes them, so passes on several threads give what one pass does.
+// The bands (and the levels at their lower boundaries) one pass makes: those whose
+// owner is the pass; with no owner table, all of them. Each band's triangles and each
+// level's segments come in triangle order whichever pass makes them, so passes on
+// several threads give what one pass does.
 struct Share {
   std::size_t pass = 0;
-  std::size_t passes = 1;
-  bool Owns(std::size_t band) const { return band % passes == pass; }
+  const std::vector<std::size_t>* owner = nullptr;
+  bool Owns(std::size_t band) const { return owner == nullptr || (*owner)[band] == pass; }
 };
 
 // Per-thread scratch of one triangle's work.
@@ -272,8 +274,9 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
                                    const TriangleClip& clip, bool withBands) {
   const std::size_t nx = gx.size();
   const std::size_t ny = gy.size();
-  auto forEachTriangle = [&](auto visit) {
-    for (std::size_t i = 0; i + 1 < nx; ++i) {
+  const std::size_t rows = nx > 1 && ny > 1 ? nx - 1 : 0;  // cell rows, one per x step
+  auto forEachTriangle = [&](std::size_t rowBegin, std::size_t rowEnd, auto visit) {
+    for (std::size_t i = rowBegin; i < rowEnd; ++i) {
       for (std::size_t j = 0; j + 1 < ny; ++j) {
         const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];
         const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
@@ -289,38 +292,57 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
     }
   };
   ContourTrace out = EmptyTrace(boundaries.size(), 0, false);
-  // One pass per thread, up to two, each making its share of the bands; a clip is the
-  // caller's code, which need not be safe to run on two threads at once.
-  const std::size_t passes = clip || detail::ThreadCount() < 2 ? 1 : 2;
-  RunTasks(passes, [&](std::size_t pass) {
-    const Share share{pass, passes};
-    if (withBands) {
-      // Room for each band, from a quick look at the heights: one triangle for a triangle
-      // wholly inside the band, at most five for one that reaches it across a level (up
-      // to seven nodes). A clip may add more; the band then grows.
-      std::vector<std::size_t> room(boundaries.size(), 0);
+  const std::size_t bands = boundaries.size();
+  // Room for each band, from a quick look at the heights of two halves of the grid: one
+  // triangle for a triangle wholly inside the band, at most five for one that reaches it
+  // across a level (up to seven nodes). A clip may add more; the band then grows.
+  std::vector<std::vector<std::size_t>> room(2, std::vector<std::size_t>(bands, 0));
+  if (withBands) {
+    RunTasks(2, [&](std::size_t half) {
+      std::vector<std::size_t>& count = room[half];
       std::size_t last = 0;
-      forEachTriangle([&](const double (&)[3], const double (&)[3], const double (&z)[3]) {
+      forEachTriangle(half * (rows / 2), half == 0 ? rows / 2 : rows,
+                      [&](const double (&)[3], const double (&)[3], const double (&z)[3]) {
         const double zMin = std::min({z[0], z[1], z[2]});
         const double zMax = std::max({z[0], z[1], z[2]});
         if (WhollyInside(boundaries, last, zMin, zMax)) {
-          ++room[last];
+          ++count[last];
           return;
         }
         const auto [kFirst, kLast] = BandRange(boundaries, zMin, zMax);
         if (kFirst == kLast && WhollyInside(boundaries, kFirst, zMin, zMax)) {
           last = kFirst;
-          ++room[kFirst];
+          ++count[kFirst];
           return;
         }
-        for (std::size_t k = kFirst; k <= kLast; ++k) room[k] += 5;
+        for (std::size_t k = kFirst; k <= kLast; ++k) count[k] += 5;
       });
-      for (std::size_t k = 0; k < boundaries.size(); ++k) {
-        if (share.Owns(k)) detail::ReservePrefaulted(out.bands[k], 9 * room[k]);
-      }
+    });
+    for (std::size_t k = 0; k < bands; ++k) room[0][k] += room[1][k];
+  }
+  // One pass per thread, up to two, each making its share of the bands: the largest band
+  // first, each to the pass with the least room so far. A clip is the caller's code,
+  // which need not be safe to run on two threads at once.
+  const std::size_t passes = clip || detail::ThreadCount() < 2 ? 1 : 2;
+  std::vector<std::size_t> owner(bands, 0);
+  if (passes == 2) {
+    std::vector<std::size_t> bySize(bands);
+    for (std::size_t k = 0; k < bands; ++k) bySize[k] = k;
+    std::stable_sort(bySize.begin(), bySize.end(),
+                     [&room](std::size_t a, std::size_t b) { return room[0][a] > room[0][b]; });
+    std::size_t load[2] = {0, 0};
+    for (std::size_t k : bySize) {
+      owner[k] = load[1] < load[0] ? 1 : 0;
+      load[owner[k]] += room[0][k] + 1;  // + 1: a band without triangles may hold a level's lines
+    }
+  }
+  RunTasks(passes, [&](std::size_t pass) {
+    const Share share{pass, &owner};
+    for (std::size_t k = 0; k < bands && withBands; ++k) {
+      if (share.Owns(k)) detail::ReservePrefaulted(out.bands[k], 9 * room[0][k]);
     }
     TriangleWork work;
-    forEachTriangle([&](const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
+    forEachTriangle(0, rows, [&](const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
       TraceTriangle(x, y, z, boundaries, out, work, clip, withBands, share);
     });
   });
