@@ -563,9 +563,9 @@ void CTriangulate::Triangulate(std::span<const double> x, std::span<const double
   }
   // Working number -> input number.
   const detail::PageVector<std::int32_t> order = InsertionOrder(work_, n);
-  // The points in working order, three values each: what the corners are read from.
+  // X and Y of the points in working order: what the corners are read from.
   detail::PageVector<double> local;
-  local.reserve(3 * n);
+  local.reserve(2 * n);
   {
     Inserter inserter(work_, order);
     const auto [slotData, slotBytes] = inserter.SlotBlock();
@@ -578,18 +578,17 @@ void CTriangulate::Triangulate(std::span<const double> x, std::span<const double
       }
       detail::PrefaultPages(data, bytes);
       copyInput();
-      local.resize(3 * n);
+      local.resize(2 * n);
       for (std::size_t p = 0; p < n; ++p) {
         const auto i = static_cast<std::size_t>(order[p]);
-        local[3 * p] = x[i];
-        local[3 * p + 1] = y[i];
-        local[3 * p + 2] = z[i];
+        local[2 * p] = x[i];
+        local[2 * p + 1] = y[i];
       }
     });
     inserter.ReleasePoints();
     Finish(inserter.Slots(), order);
   }  // the working mesh goes before the corner arrays come
-  FillCorners(order, local);
+  FillCorners(order, std::move(local));
 }
 
 void CTriangulate::Finish(const detail::PageVector<detail::InserterSlot>& slots,
@@ -654,22 +653,45 @@ void CTriangulate::Finish(const detail::PageVector<detail::InserterSlot>& slots,
 }
 
 void CTriangulate::FillCorners(const detail::PageVector<std::int32_t>& order,
-                               const detail::PageVector<double>& local) {
-  // Corners are read from the copy of the points in working order, which triangles near
-  // each other in the list visit together; then the vertices take their input numbers.
+                               detail::PageVector<double> local) {
+  // Corners are read from copies of the points in working order, which triangles near
+  // each other in the list visit together: X and Y first, then Z, each copy gone before
+  // the next corner list comes (this is the run's peak); last the vertices take their
+  // input numbers.
   const std::size_t corners = vertices_.size();
-  for (std::vector<double>* axis : {&cornerX_, &cornerY_, &cornerZ_}) {
+  const std::size_t blocks = (corners + 3 * kFinishBlock - 1) / (3 * kFinishBlock);
+  auto eachCorner = [corners](std::size_t b, auto visit) {
+    for (std::size_t c = 3 * kFinishBlock * b, end = std::min(corners, c + 3 * kFinishBlock); c < end; ++c) {
+      visit(c);
+    }
+  };
+  for (std::vector<double>* axis : {&cornerX_, &cornerY_}) {
     ReservePrefaulted(*axis, corners, true);
     axis->resize(corners);
   }
-  RunTasks((corners + 3 * kFinishBlock - 1) / (3 * kFinishBlock), [&](std::size_t b) {
-    for (std::size_t c = 3 * kFinishBlock * b, end = std::min(corners, c + 3 * kFinishBlock); c < end; ++c) {
+  RunTasks(blocks, [&](std::size_t b) {
+    eachCorner(b, [&](std::size_t c) {
       const auto p = static_cast<std::size_t>(vertices_[c]);
-      cornerX_[c] = local[3 * p];
-      cornerY_[c] = local[3 * p + 1];
-      cornerZ_[c] = local[3 * p + 2];
-      vertices_[c] = order[p];
+      cornerX_[c] = local[2 * p];
+      cornerY_[c] = local[2 * p + 1];
+    });
+  });
+  const std::size_t n = order.size();
+  local = {};
+  local.resize(n);
+  RunTasks((n + kFinishBlock - 1) / kFinishBlock, [&](std::size_t b) {
+    for (std::size_t p = b * kFinishBlock, end = std::min(n, p + kFinishBlock); p < end; ++p) {
+      local[p] = pointZ_[static_cast<std::size_t>(order[p])];
     }
+  });
+  ReservePrefaulted(cornerZ_, corners, true);
+  cornerZ_.resize(corners);
+  RunTasks(blocks, [&](std::size_t b) {
+    eachCorner(b, [&](std::size_t c) {
+      const auto p = static_cast<std::size_t>(vertices_[c]);
+      cornerZ_[c] = local[p];
+      vertices_[c] = order[p];
+    });
   });
 }
 

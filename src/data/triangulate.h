@@ -141,9 +141,9 @@ class CTriangulate {
   // Keeps the finished triangles (in working numbers) and chains the hull.
   void Finish(const detail::PageVector<detail::InserterSlot>& slots,
               const detail::PageVector<std::int32_t>& order);
-  // Fills the corners from local (the points in working order) and gives the vertices
-  // their input numbers.
-  void FillCorners(const detail::PageVector<std::int32_t>& order, const detail::PageVector<double>& local);
+  // Fills the corners from local (X and Y of the points in working order, pairwise) and
+  // pointZ_, and gives the vertices their input numbers.
+  void FillCorners(const detail::PageVector<std::int32_t>& order, detail::PageVector<double> local);
 
   std::vector<double> pointX_, pointY_, pointZ_;
   detail::WorkPoints work_;
