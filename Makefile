@@ -2,7 +2,7 @@
 #   make demo      build the release tree and run the main job
 #   make test      build the release tree and run every test
 #   make sanitize  build with address + undefined-behaviour sanitizers and run every test
-#   make bench     run the benchmarks (release build)
+#   make bench     run the benchmarks (release build) and the peer comparisons (CGAL, contourpy)
 #   make clang     build everything with clang as well (warnings are errors there too)
 
 RELEASE := build/release
@@ -10,12 +10,16 @@ SANITIZE := build/sanitize
 CLANG := build/clang
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps release sanitize-build demo test sanitize bench clang clean
+.PHONY: all deps bench-deps release sanitize-build demo test sanitize bench clang clean
 
 all: release
 
 deps:
 	bash scripts/install-deps.sh
+
+# The peers the benchmarks compare with; only make bench asks for them.
+bench-deps:
+	bash scripts/install-deps.sh --bench
 
 $(RELEASE)/build.ninja: CMakeLists.txt | deps
 	cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release -DORVANE_WERROR=ON
@@ -60,8 +64,13 @@ $(CLANG)/build.ninja: CMakeLists.txt | deps
 clang: deps $(CLANG)/build.ninja
 	cmake --build $(CLANG) -j $(JOBS)
 
-bench: release
+# The configure step runs again so that it finds the peers bench-deps installed.
+bench: bench-deps release
+	cmake -S . -B $(RELEASE) > /dev/null
+	cmake --build $(RELEASE) -j $(JOBS) --target orvane_bench orvane_bench_cgal
 	$(RELEASE)/bin/orvane-bench
+	$(RELEASE)/bin/orvane-bench-cgal
+	/usr/bin/python3 bench/contourpy_bench.py
 
 clean:
 	rm -rf build

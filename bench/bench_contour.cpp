@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "contour/contourer.h"
+#include "core/parallel.h"
 #include "orvane/contour/contouring.h"
 
 namespace {
@@ -39,21 +40,30 @@ Grid MakeGrid(std::size_t n) {
   return g;
 }
 
-void BM_ContourGrid(benchmark::State& state) {
+// threads: the thread count to allow (0: the machine's cores).
+void RunContourGrid(benchmark::State& state, unsigned threads) {
+  orvane::detail::SetThreadCount(threads);
   const Grid g = MakeGrid(static_cast<std::size_t>(state.range(0)));
   const std::vector<double> boundaries = orvane::CContourer::Boundaries(g.levels);
   std::size_t segments = 0;
   for (auto _ : state) {
     orvane::ContourTrace trace = orvane::CContourer::TraceGrid(g.x, g.y, g.z, boundaries);
     segments = 0;
-    for (const orvane::CLineList& level : trace.levelLines) {
-      const orvane::CLineList chained = level.Chain();
+    for (const orvane::CLineList& chained : orvane::CLineList::ChainAll(trace.levelLines)) {
       segments += chained.Count();
     }
     benchmark::DoNotOptimize(trace.bands.data());
   }
   state.counters["segments"] = static_cast<double>(segments);
+  orvane::detail::SetThreadCount(0);
 }
+void BM_ContourGrid(benchmark::State& state) { RunContourGrid(state, 0); }
 BENCHMARK(BM_ContourGrid)->Arg(1000)->Unit(benchmark::kMillisecond);
+
+// The same with one and with two threads.
+void BM_ContourGridThreads(benchmark::State& state) {
+  RunContourGrid(state, static_cast<unsigned>(state.range(1)));
+}
+BENCHMARK(BM_ContourGridThreads)->Args({1000, 1})->Args({1000, 2})->ArgNames({"", "threads"})->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -2,6 +2,8 @@
 # Installs the Debian packages Orvane builds and tests with. Idempotent: only the
 # packages that are missing are installed, and the package lists are refreshed
 # once, only when something has to be installed.
+#   --bench  installs only the peers the benchmarks compare with (CGAL, contourpy);
+#            nothing else needs them
 set -euo pipefail
 
 packages=(
@@ -30,6 +32,10 @@ packages=(
   # pdftoppm reads back the PDF the print test writes
   poppler-utils
 )
+
+if [[ "${1:-}" == "--bench" ]]; then
+  packages=(libcgal-dev python3-contourpy)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

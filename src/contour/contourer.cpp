@@ -13,17 +13,31 @@
 // hole in the fill wherever data heights meet level values. A part lying wholly on its
 // band's top boundary (a triangle flat at a level) is left to the band above, which holds
 // the level's own colour, so that it is filled once.
+//
+// Speed. Most triangles of a fine grid lie wholly inside one band, mostly the band of the
+// triangle before, so that band is tried first and the searches over the boundaries are
+// skipped. Each band's room is counted from the heights before tracing (exact for such
+// triangles, a bound for the rest) and its pages are mapped in one call. A grid is traced
+// in two passes on two threads when they are allowed, each pass making about half of the
+// band triangles (whole bands, shared out by their room) and the levels at those bands'
+// lower boundaries; each list still holds its items in triangle order, so the result is
+// the one pass's result.
 
 #include "contourer.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
+#include "core/parallel.h"
 #include "orvane/core/color.h"
 
 namespace orvane {
 
 namespace {
+
+using detail::ReserveHuge;
+using detail::RunTasks;
 
 // Stands for minus and plus infinity at the outer boundaries.
 constexpr double kBelowAll = -1.79769313486231e+308;
@@ -53,12 +67,28 @@ Node Vertex(int i, double z, const double (&x)[3], const double (&y)[3]) {
   return {x[i], y[i], z, static_cast<double>(i)};
 }
 
+// The bands (and the levels at their lower boundaries) one pass makes: those whose
+// owner is the pass; with no owner table, all of them. Each band's triangles and each
+// level's segments come in triangle order whichever pass makes them, so passes on
+// several threads give what one pass does.
+struct Share {
+  std::size_t pass = 0;
+  const std::vector<std::size_t>* owner = nullptr;
+  bool Owns(std::size_t band) const { return owner == nullptr || (*owner)[band] == pass; }
+};
+
 // Per-thread scratch of one triangle's work.
 struct TriangleWork {
   std::vector<CContourer::Segment> segments;  // at boundaries kFirst .. kLast
   std::vector<bool> has;
   std::vector<Node> nodes;
+  std::size_t lastBand = 0;  // the band the last triangle lay wholly inside: tried first
 };
+
+// Appends one triangle's nine values to the band.
+void AppendTriangle(BandTriangles& band, const double (&values)[9]) {
+  band.insert(band.end(), std::begin(values), std::end(values));
+}
 
 // Appends the fan of nodes[0..count) to the band, through the clip when there is one.
 void Fan(const std::vector<Node>& nodes, BandTriangles& band, const TriangleClip& clip) {
@@ -72,31 +102,57 @@ void Fan(const std::vector<Node>& nodes, BandTriangles& band, const TriangleClip
       const double z[3] = {a.z, b.z, c.z};
       clip(x, y, z, band);
     } else {
-      band.insert(band.end(), {a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z});
+      AppendTriangle(band, {a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z});
     }
   }
 }
 
-// One triangle against the sorted boundaries.
-void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)[3],
-                   std::span<const double> b, ContourTrace& out, TriangleWork& work,
-                   const TriangleClip& clip, bool withBands) {
-  const std::size_t n = b.size() - 1;  // number of levels
-  const double zMin = std::min({z[0], z[1], z[2]});
-  const double zMax = std::max({z[0], z[1], z[2]});
-  // Bands from the one just below zMin (its top may hold a segment) to the one holding zMax.
+// True when z[0..2] lie in band k clear of both its boundaries (by more than the point
+// tolerance): the triangle is then the band's part whole and crosses no level.
+bool WhollyInside(std::span<const double> b, std::size_t k, double zMin, double zMax) {
+  const std::size_t n = b.size() - 1;
+  const double hi = k < n ? b[k + 1] : kAboveAll;
+  return zMin - b[k] > kPointTolerance && hi - zMax > kPointTolerance;
+}
+
+// The bands a triangle reaches: from the one just below zMin (its top may hold a
+// segment) to the one holding zMax.
+std::pair<std::size_t, std::size_t> BandRange(std::span<const double> b, double zMin, double zMax) {
   const auto firstAbove = std::upper_bound(b.begin(), b.end(), zMax);
   const std::size_t kLast = static_cast<std::size_t>(firstAbove - b.begin()) - 1;
   const auto firstReaching = std::lower_bound(b.begin(), b.end(), zMin);
   const std::size_t kFirst = firstReaching == b.begin()
                                  ? 0
                                  : static_cast<std::size_t>(firstReaching - b.begin()) - 1;
+  return {kFirst, kLast};
+}
+
+// One triangle against the sorted boundaries.
+void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)[3],
+                   std::span<const double> b, ContourTrace& out, TriangleWork& work,
+                   const TriangleClip& clip, bool withBands, Share share = {}) {
+  const std::size_t n = b.size() - 1;  // number of levels
+  const double zMin = std::min({z[0], z[1], z[2]});
+  const double zMax = std::max({z[0], z[1], z[2]});
+  // Neighbouring triangles mostly lie in the same band. Wholly inside band k, the
+  // searches below would find kFirst = kLast = k and take the same branch.
+  if (WhollyInside(b, work.lastBand, zMin, zMax)) {
+    if (withBands && share.Owns(work.lastBand)) {
+      if (clip) {
+        work.nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
+        Fan(work.nodes, out.bands[work.lastBand], clip);
+      } else {
+        AppendTriangle(out.bands[work.lastBand], {x[0], y[0], z[0], x[1], y[1], z[1], x[2], y[2], z[2]});
+      }
+    }
+    return;
+  }
+  const auto [kFirst, kLast] = BandRange(b, zMin, zMax);
   // Wholly inside one band, clear of both its boundaries: the triangle itself, and no line.
   if (kFirst == kLast) {
-    const double lo = b[kFirst];
-    const double hi = kFirst < n ? b[kFirst + 1] : kAboveAll;
-    if (zMin - lo > kPointTolerance && hi - zMax > kPointTolerance) {
-      if (withBands) {
+    if (WhollyInside(b, kFirst, zMin, zMax)) {
+      work.lastBand = kFirst;
+      if (withBands && share.Owns(kFirst)) {
         std::vector<Node>& nodes = work.nodes;
         nodes.assign({{x[0], y[0], z[0], 0.0}, {x[1], y[1], z[1], 1.0}, {x[2], y[2], z[2], 2.0}});
         Fan(nodes, out.bands[kFirst], clip);
@@ -112,11 +168,12 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
     const std::size_t slot = k - kFirst;
     if (CContourer::Trace(b[k], x, y, z, work.segments[slot])) {
       work.has[slot] = true;
-      out.levelLines[k - 1].Append(work.segments[slot].line);
+      if (share.Owns(k)) out.levelLines[k - 1].Append(work.segments[slot].line);
     }
   }
   if (!withBands) return;
   for (std::size_t k = kFirst; k <= kLast; ++k) {
+    if (!share.Owns(k)) continue;
     std::vector<Node>& nodes = work.nodes;
     nodes.clear();
     const double lo = b[k];
@@ -162,7 +219,7 @@ ContourTrace EmptyTrace(std::size_t boundaries, std::size_t triangles, bool with
   const double levels = static_cast<double>(boundaries - 1);
   const double perBand = levels < 2 ? static_cast<double>(triangles)
                                     : RoundHalfEven(static_cast<double>(triangles) / RoundHalfEven(levels / 2));
-  for (BandTriangles& band : out.bands) band.reserve(9 * static_cast<std::size_t>(perBand));
+  for (BandTriangles& band : out.bands) detail::ReserveHuge(band, 9 * static_cast<std::size_t>(perBand));
   return out;
 }
 
@@ -217,23 +274,78 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
                                    const TriangleClip& clip, bool withBands) {
   const std::size_t nx = gx.size();
   const std::size_t ny = gy.size();
-  ContourTrace out =
-      EmptyTrace(boundaries.size(), nx > 1 && ny > 1 ? 2 * (nx - 1) * (ny - 1) : 0, withBands);
-  TriangleWork work;
-  for (std::size_t i = 0; i + 1 < nx; ++i) {
-    for (std::size_t j = 0; j + 1 < ny; ++j) {
-      const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];
-      const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
-      const double xa[3] = {gx[i], gx[i + 1], gx[i + 1]};
-      const double ya[3] = {gy[j], gy[j], gy[j + 1]};
-      const double za[3] = {z00, z10, z11};
-      TraceTriangle(xa, ya, za, boundaries, out, work, clip, withBands);
-      const double xb[3] = {gx[i], gx[i + 1], gx[i]};
-      const double yb[3] = {gy[j], gy[j + 1], gy[j + 1]};
-      const double zb[3] = {z00, z11, z01};
-      TraceTriangle(xb, yb, zb, boundaries, out, work, clip, withBands);
+  const std::size_t rows = nx > 1 && ny > 1 ? nx - 1 : 0;  // cell rows, one per x step
+  auto forEachTriangle = [&](std::size_t rowBegin, std::size_t rowEnd, auto visit) {
+    for (std::size_t i = rowBegin; i < rowEnd; ++i) {
+      for (std::size_t j = 0; j + 1 < ny; ++j) {
+        const double z00 = gz[i * ny + j], z10 = gz[(i + 1) * ny + j];
+        const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
+        const double xa[3] = {gx[i], gx[i + 1], gx[i + 1]};
+        const double ya[3] = {gy[j], gy[j], gy[j + 1]};
+        const double za[3] = {z00, z10, z11};
+        visit(xa, ya, za);
+        const double xb[3] = {gx[i], gx[i + 1], gx[i]};
+        const double yb[3] = {gy[j], gy[j + 1], gy[j + 1]};
+        const double zb[3] = {z00, z11, z01};
+        visit(xb, yb, zb);
+      }
+    }
+  };
+  ContourTrace out = EmptyTrace(boundaries.size(), 0, false);
+  const std::size_t bands = boundaries.size();
+  // Room for each band, from a quick look at the heights of two halves of the grid: one
+  // triangle for a triangle wholly inside the band, at most five for one that reaches it
+  // across a level (up to seven nodes). A clip may add more; the band then grows.
+  std::vector<std::vector<std::size_t>> room(2, std::vector<std::size_t>(bands, 0));
+  if (withBands) {
+    RunTasks(2, [&](std::size_t half) {
+      std::vector<std::size_t>& count = room[half];
+      std::size_t last = 0;
+      forEachTriangle(half * (rows / 2), half == 0 ? rows / 2 : rows,
+                      [&](const double (&)[3], const double (&)[3], const double (&z)[3]) {
+        const double zMin = std::min({z[0], z[1], z[2]});
+        const double zMax = std::max({z[0], z[1], z[2]});
+        if (WhollyInside(boundaries, last, zMin, zMax)) {
+          ++count[last];
+          return;
+        }
+        const auto [kFirst, kLast] = BandRange(boundaries, zMin, zMax);
+        if (kFirst == kLast && WhollyInside(boundaries, kFirst, zMin, zMax)) {
+          last = kFirst;
+          ++count[kFirst];
+          return;
+        }
+        for (std::size_t k = kFirst; k <= kLast; ++k) count[k] += 5;
+      });
+    });
+    for (std::size_t k = 0; k < bands; ++k) room[0][k] += room[1][k];
+  }
+  // One pass per thread, up to two, each making its share of the bands: the largest band
+  // first, each to the pass with the least room so far. A clip is the caller's code,
+  // which need not be safe to run on two threads at once.
+  const std::size_t passes = clip || detail::ThreadCount() < 2 ? 1 : 2;
+  std::vector<std::size_t> owner(bands, 0);
+  if (passes == 2) {
+    std::vector<std::size_t> bySize(bands);
+    for (std::size_t k = 0; k < bands; ++k) bySize[k] = k;
+    std::stable_sort(bySize.begin(), bySize.end(),
+                     [&room](std::size_t a, std::size_t b) { return room[0][a] > room[0][b]; });
+    std::size_t load[2] = {0, 0};
+    for (std::size_t k : bySize) {
+      owner[k] = load[1] < load[0] ? 1 : 0;
+      load[owner[k]] += room[0][k] + 1;  // + 1: a band without triangles may hold a level's lines
     }
   }
+  RunTasks(passes, [&](std::size_t pass) {
+    const Share share{pass, &owner};
+    for (std::size_t k = 0; k < bands && withBands; ++k) {
+      if (share.Owns(k)) detail::ReservePrefaulted(out.bands[k], 9 * room[0][k]);
+    }
+    TriangleWork work;
+    forEachTriangle(0, rows, [&](const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
+      TraceTriangle(x, y, z, boundaries, out, work, clip, withBands, share);
+    });
+  });
   return out;
 }
 

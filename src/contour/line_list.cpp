@@ -13,6 +13,8 @@
 
 #include "line_list.h"
 
+#include "core/parallel.h"
+
 #include <algorithm>
 #include <cmath>
 #include <deque>
@@ -89,6 +91,12 @@ CLineList CLineList::FromPolylines(std::vector<CLine> lines, std::vector<std::in
   list.lines_ = std::move(lines);
   list.starts_ = std::move(starts);
   return list;
+}
+
+std::vector<CLineList> CLineList::ChainAll(const std::vector<CLineList>& lists) {
+  std::vector<CLineList> chained(lists.size());
+  detail::RunTasks(lists.size(), [&](std::size_t k) { chained[k] = lists[k].Chain(); });
+  return chained;
 }
 
 CLineList CLineList::Chain() const {

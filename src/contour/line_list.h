@@ -23,6 +23,8 @@ inline constexpr double kPointTolerance = 2.2204460492503102e-14;
 class CLineList {
  public:
   void Append(const CLine& line) { lines_.push_back(line); }
+  // Appends the segments of another list (unchained).
+  void Append(const CLineList& other) { lines_.insert(lines_.end(), other.lines_.begin(), other.lines_.end()); }
   std::size_t Count() const noexcept { return lines_.size(); }
   const CLine& Item(std::size_t i) const { return lines_[i]; }
   void Remove(std::size_t i) { lines_.erase(lines_.begin() + static_cast<std::ptrdiff_t>(i)); }
@@ -40,6 +42,8 @@ class CLineList {
   // then its first point), turned round as the join needs. Near-linear: the points that
   // coincide with each end point are found once, up front, through a sorted grid.
   CLineList Chain() const;
+  // Chain() of every list, the lists shared among up to detail::ThreadCount() threads.
+  static std::vector<CLineList> ChainAll(const std::vector<CLineList>& lists);
 
   // Builds a chained list from its parts (used by Chain and by the tests' reference).
   static CLineList FromPolylines(std::vector<CLine> lines, std::vector<std::int32_t> starts);

@@ -310,8 +310,7 @@ void DataSetState::TraceContours(std::span<const double> levels) {
     trace.levelLines.resize(levels.size());
     trace.bands.resize(levels.size() + 1);
   }
-  contourLines.clear();
-  for (const CLineList& level : trace.levelLines) contourLines.push_back(level.Chain());
+  contourLines = CLineList::ChainAll(trace.levelLines);
   if (contourLines.empty()) contourLines.emplace_back();
   contourGeneration = NextContourGeneration();
   bandTriangles = std::move(trace.bands);

@@ -23,6 +23,17 @@
 // procedure (every live triangle tested for every point, in input order) as an oracle
 // and compare triangle sets and hulls.
 //
+// Memory and threads. At a million points the time goes as much to memory the kernel
+// maps for the first time as to the insertion, so the large buffers ask for huge pages
+// and are mapped in one call each (the slots on a second thread while the first inserts);
+// scratch comes straight from the kernel and goes straight back, keeping the peak of the
+// next run where it was. A point's coordinates sit beside its input number, which the
+// canonical rotation needs. The insertion is sequential; the jitter (the generator is
+// reached at any draw), the curve keys, the numbering of the kept triangles and the
+// corners are worked out in fixed blocks that threads share, and none of it depends on
+// how many threads there are. The tests also keep the code as it was before this tuning
+// and compare every list bit for bit.
+//
 // Robustness. Should rounding make the deleted region not star-shaped around the point
 // (an edge of it that the point does not see, or a vertex on its boundary twice), the
 // offending triangles are given back to the mesh until it is; the walk falls back to a
@@ -36,6 +47,7 @@
 #include <limits>
 #include <tuple>
 
+#include "core/parallel.h"
 #include "orvane/core/error.h"
 #include "orvane/core/format.h"
 
@@ -44,38 +56,63 @@ namespace orvane {
 namespace detail {
 
 double JitterRandom::Next() noexcept {
-  std::uint64_t z = (state_ += 0x9E3779B97F4A7C15ull);
+  std::uint64_t z = (state_ += kStep);
   z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
   z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
   z ^= z >> 31;
   return static_cast<double>(z >> 11) * 0x1.0p-53;
 }
 
+void JitterRandom::Skip(std::uint64_t draws) noexcept { state_ += draws * kStep; }
+
 WorkPoints PrepareWorkPoints(std::span<const double> x, std::span<const double> y) {
   const std::size_t n = x.size();
-  JitterRandom random;
-  random.Reset();
+  // The limits and the jitter are worked out in fixed blocks, on as many threads as are
+  // allowed: min and max do not depend on the order they are taken in, and point i takes
+  // draws 2i and 2i + 1 of the generator, which Skip reaches directly.
+  const std::size_t blocks = (n + kPrepareBlock - 1) / kPrepareBlock;
+  std::vector<std::array<double, 4>> limits(blocks);
+  RunTasks(blocks, [&](std::size_t b) {
+    double xLo = std::numeric_limits<double>::max();
+    double xHi = -xLo;
+    double yLo = xLo;
+    double yHi = -xLo;
+    for (std::size_t i = b * kPrepareBlock, end = std::min(n, i + kPrepareBlock); i < end; ++i) {
+      xLo = std::min(xLo, x[i]);
+      xHi = std::max(xHi, x[i]);
+      yLo = std::min(yLo, y[i]);
+      yHi = std::max(yHi, y[i]);
+    }
+    limits[b] = {xLo, xHi, yLo, yHi};
+  });
   double xMin = std::numeric_limits<double>::max();
   double xMax = -xMin;
   double yMin = xMin;
   double yMax = -xMin;
-  for (std::size_t i = 0; i < n; ++i) {
-    xMin = std::min(xMin, x[i]);
-    xMax = std::max(xMax, x[i]);
-    yMin = std::min(yMin, y[i]);
-    yMax = std::max(yMax, y[i]);
+  for (const auto& l : limits) {
+    xMin = std::min(xMin, l[0]);
+    xMax = std::max(xMax, l[1]);
+    yMin = std::min(yMin, l[2]);
+    yMax = std::max(yMax, l[3]);
   }
   const double xRange = xMax - xMin;
   const double yRange = yMax - yMin;
   WorkPoints w;
+  ReservePrefaulted(w.x, n + 3, true);
+  ReservePrefaulted(w.y, n + 3, true);
   w.x.resize(n + 3);
   w.y.resize(n + 3);
-  for (std::size_t i = 0; i < n; ++i) {
-    const double jx = x[i] + (random.Next() - 0.5) * xRange / 100000.0;
-    const double jy = y[i] + (random.Next() - 0.5) * yRange / 100000.0;
-    w.x[i] = (jx - xMin) / xRange;
-    w.y[i] = (jy - yMin) / yRange;
-  }
+  RunTasks(blocks, [&](std::size_t b) {
+    JitterRandom random;
+    random.Reset();
+    random.Skip(2 * b * kPrepareBlock);
+    for (std::size_t i = b * kPrepareBlock, end = std::min(n, i + kPrepareBlock); i < end; ++i) {
+      const double jx = x[i] + (random.Next() - 0.5) * xRange / 100000.0;
+      const double jy = y[i] + (random.Next() - 0.5) * yRange / 100000.0;
+      w.x[i] = (jx - xMin) / xRange;
+      w.y[i] = (jy - yMin) / yRange;
+    }
+  });
   w.x[n] = -1.0;
   w.y[n] = -1.0;
   w.x[n + 1] = 5.0;
@@ -154,6 +191,8 @@ std::vector<std::int32_t> ChainHull(std::vector<std::pair<std::int32_t, std::int
 namespace {
 
 using detail::Circle;
+using detail::ReserveHuge;
+using detail::RunTasks;
 using detail::WorkPoints;
 
 constexpr std::int32_t kNone = CTriangulate::kNoNeighbour;
@@ -184,12 +223,15 @@ std::uint32_t HilbertKey(double x, double y) {
 
 // The input points in Hilbert order: (key, index) pairs packed into 64 bits and sorted
 // by the key with two stable 16-bit radix passes.
-std::vector<std::int32_t> InsertionOrder(const WorkPoints& w, std::size_t n) {
-  std::vector<std::uint64_t> packed(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    packed[i] = (std::uint64_t{HilbertKey(w.x[i], w.y[i])} << 32) | i;
-  }
-  std::vector<std::uint64_t> scratch(n);
+detail::PageVector<std::int32_t> InsertionOrder(const WorkPoints& w, std::size_t n) {
+  detail::PageVector<std::uint64_t> packed(n);
+  RunTasks((n + detail::kPrepareBlock - 1) / detail::kPrepareBlock, [&](std::size_t b) {
+    const std::size_t first = b * detail::kPrepareBlock;
+    for (std::size_t i = first, end = std::min(n, first + detail::kPrepareBlock); i < end; ++i) {
+      packed[i] = (std::uint64_t{HilbertKey(w.x[i], w.y[i])} << 32) | i;
+    }
+  });
+  detail::PageVector<std::uint64_t> scratch(n);
   for (int shift = 32; shift < 64; shift += 16) {
     std::vector<std::size_t> start(65537, 0);
     for (std::uint64_t p : packed) ++start[((p >> shift) & 0xFFFFu) + 1];
@@ -197,7 +239,7 @@ std::vector<std::int32_t> InsertionOrder(const WorkPoints& w, std::size_t n) {
     for (std::uint64_t p : packed) scratch[start[(p >> shift) & 0xFFFFu]++] = p;
     packed.swap(scratch);
   }
-  std::vector<std::int32_t> order(n);
+  detail::PageVector<std::int32_t> order(n);
   for (std::size_t i = 0; i < n; ++i) order[i] = static_cast<std::int32_t>(packed[i] & 0xFFFFFFFFu);
   return order;
 }
@@ -212,27 +254,15 @@ namespace detail {
 // Finish. One slot holds everything the insertion reads about a triangle.
 class Inserter {
  public:
-  struct Slot {
-    std::int32_t v[3];
-    std::int32_t nb[3];     // across edge (v[k], v[k+1])
-    std::uint32_t mark;     // stamp_: deleted by this point; stamp_ + 1: tested, kept
-    std::uint32_t dead;
-    detail::Circle circle;
-  };
+  using Slot = InserterSlot;
 
-  Inserter(const WorkPoints& w, const std::vector<std::int32_t>& order)
-      : n_(order.size()), input_(order) {
-    x_.resize(n_ + 3);
-    y_.resize(n_ + 3);
+  Inserter(const WorkPoints& w, const PageVector<std::int32_t>& order) : n_(order.size()) {
+    points_.resize(n_ + 3);
     for (std::size_t i = 0; i < n_; ++i) {
-      x_[i] = w.x[static_cast<std::size_t>(order[i])];
-      y_[i] = w.y[static_cast<std::size_t>(order[i])];
+      const auto in = static_cast<std::size_t>(order[i]);
+      points_[i] = {w.x[in], w.y[in], order[i]};
     }
-    for (std::size_t k = n_; k < n_ + 3; ++k) {
-      x_[k] = w.x[k];
-      y_[k] = w.y[k];
-      input_.push_back(static_cast<std::int32_t>(k));
-    }
+    for (std::size_t k = n_; k < n_ + 3; ++k) points_[k] = {w.x[k], w.y[k], static_cast<std::int32_t>(k)};
     slots_.reserve(2 * n_ + 1);
     vertexMark_.assign(n_ + 3, 0);
     vertexSlot_.assign(n_ + 3, kNone);
@@ -245,25 +275,38 @@ class Inserter {
     for (std::size_t p = 0; p < n_; ++p) Insert(static_cast<std::int32_t>(p));
   }
 
-  const std::vector<Slot>& Slots() const { return slots_; }
-  // Working number -> input number, for the first n points; leaves the inserter empty.
-  std::vector<std::int32_t> TakeInputNumbers() {
-    input_.resize(n_);
-    return std::move(input_);
+  const PageVector<Slot>& Slots() const { return slots_; }
+  // The block reserved for the slots, which the insertion fills from the front.
+  std::pair<const void*, std::size_t> SlotBlock() const {
+    return {slots_.data(), slots_.capacity() * sizeof(Slot)};
   }
-  // The input number of a working point.
-  std::int32_t Input(std::int32_t p) const { return input_[static_cast<std::size_t>(p)]; }
+  // Frees what the finished mesh does not need: everything but the triangles.
+  void ReleasePoints() {
+    points_ = {};
+    vertexMark_ = {};
+    vertexSlot_ = {};
+    free_ = {};
+  }
 
  private:
   struct BoundaryEdge {
     std::int32_t a, b, outside;
   };
 
+  // A working point: its coordinates and input number side by side, so that one cache
+  // line serves the orientation tests and the circle's canonical rotation.
+  struct Point {
+    double x, y;
+    std::int32_t input;
+  };
+
   Slot& At(std::int32_t t) { return slots_[static_cast<std::size_t>(t)]; }
+  const Point& P(std::int32_t p) const { return points_[static_cast<std::size_t>(p)]; }
+  std::int32_t Input(std::int32_t p) const { return P(p).input; }
   double Orient(std::int32_t a, std::int32_t b, double px, double py) const {
-    const auto ia = static_cast<std::size_t>(a);
-    const auto ib = static_cast<std::size_t>(b);
-    return (x_[ib] - x_[ia]) * (py - y_[ia]) - (y_[ib] - y_[ia]) * (px - x_[ia]);
+    const Point& pa = P(a);
+    const Point& pb = P(b);
+    return (pb.x - pa.x) * (py - pa.y) - (pb.y - pa.y) * (px - pa.x);
   }
   bool IsBad(std::int32_t t) { return At(t).mark == stamp_; }
   bool WasTested(std::int32_t t) { return At(t).mark >= stamp_; }
@@ -282,10 +325,10 @@ class Inserter {
     } else if (ic < ia && ic < ib) {
       std::tie(a, b, c) = std::make_tuple(c, a, b);
     }
-    const auto pa = static_cast<std::size_t>(a);
-    const auto pb = static_cast<std::size_t>(b);
-    const auto pc = static_cast<std::size_t>(c);
-    return detail::CircleThrough(x_[pa], y_[pa], x_[pb], y_[pb], x_[pc], y_[pc]);
+    const Point& pa = P(a);
+    const Point& pb = P(b);
+    const Point& pc = P(c);
+    return detail::CircleThrough(pa.x, pa.y, pb.x, pb.y, pc.x, pc.y);
   }
 
   std::int32_t NewSlot(std::int32_t a, std::int32_t b, std::int32_t c, const Circle& circle) {
@@ -305,8 +348,8 @@ class Inserter {
   }
 
   void Insert(std::int32_t p) {
-    const double px = x_[static_cast<std::size_t>(p)];
-    const double py = y_[static_cast<std::size_t>(p)];
+    const double px = P(p).x;
+    const double py = P(p).y;
     const std::int32_t seed = Seed(Walk(last_, px, py), px, py);
     if (seed == kNone) return;  // no circle holds the point: it deletes nothing
     stamp_ += 2;
@@ -452,12 +495,11 @@ class Inserter {
   }
 
   std::size_t n_;
-  std::vector<std::int32_t> input_;
-  std::vector<double> x_, y_;
-  std::vector<Slot> slots_;
+  PageVector<Point> points_;
+  PageVector<Slot> slots_;
   std::vector<std::int32_t> free_;
-  std::vector<std::uint32_t> vertexMark_;
-  std::vector<std::int32_t> vertexSlot_;  // new triangle whose boundary edge starts here
+  PageVector<std::uint32_t> vertexMark_;
+  PageVector<std::int32_t> vertexSlot_;  // new triangle whose boundary edge starts here
   std::uint32_t stamp_ = 1;
   std::uint32_t vertexStamp_ = 0;
   std::int32_t last_ = 0;
@@ -468,6 +510,9 @@ class Inserter {
 }  // namespace detail
 
 using detail::Inserter;
+using detail::ReserveHuge;
+using detail::ReservePrefaulted;
+using detail::RunTasks;
 
 void CTriangulate::Reset() {
   pointX_ = {};
@@ -501,80 +546,153 @@ void CTriangulate::Triangulate(std::span<const double> x, std::span<const double
   }
   Reset();
   const std::size_t n = x.size();
-  pointX_.assign(x.begin(), x.end());
-  pointY_.assign(y.begin(), y.end());
-  pointZ_.assign(z.begin(), z.end());
   work_ = detail::PrepareWorkPoints(x, y);
+  // Every large buffer is reserved on this thread, so that all come from one malloc arena
+  // (a helper thread's arena can hold freed memory back); a helper only fills them.
+  for (std::vector<double>* to : {&pointX_, &pointY_, &pointZ_}) ReserveHuge(*to, n);
+  auto copyInput = [&] {
+    pointX_.assign(x.begin(), x.end());
+    pointY_.assign(y.begin(), y.end());
+    pointZ_.assign(z.begin(), z.end());
+  };
   // Points without extent along an axis enclose no area (and normalise to NaN).
   const bool flat = n == 0 || !std::isfinite(work_.x[0]) || !std::isfinite(work_.y[0]);
-  if (!flat) {
-    std::vector<std::int32_t> input;
-    {
-      Inserter inserter(work_, InsertionOrder(work_, n));
-      inserter.Run();
-      input = Finish(inserter);
-    }  // the working mesh goes before the corner arrays come
-    FillCorners(input);
+  if (flat) {
+    copyInput();
+    return;
   }
+  // Working number -> input number.
+  const detail::PageVector<std::int32_t> order = InsertionOrder(work_, n);
+  // X and Y of the points in working order: what the corners are read from.
+  detail::PageVector<double> local;
+  local.reserve(2 * n);
+  {
+    Inserter inserter(work_, order);
+    const auto [slotData, slotBytes] = inserter.SlotBlock();
+    // The insertion is one sequential walk. Beside it the slots' pages are mapped before
+    // the insertion reaches them, and the copies it does not need are made.
+    RunTasks(2, [&, data = slotData, bytes = slotBytes](std::size_t task) {
+      if (task == 0) {
+        inserter.Run();
+        return;
+      }
+      detail::PrefaultPages(data, bytes);
+      copyInput();
+      local.resize(2 * n);
+      for (std::size_t p = 0; p < n; ++p) {
+        const auto i = static_cast<std::size_t>(order[p]);
+        local[2 * p] = x[i];
+        local[2 * p + 1] = y[i];
+      }
+    });
+    inserter.ReleasePoints();
+    Finish(inserter.Slots(), order);
+  }  // the working mesh goes before the corner arrays come
+  FillCorners(order, std::move(local));
 }
 
-std::vector<std::int32_t> CTriangulate::Finish(detail::Inserter& inserter) {
-  const auto n = static_cast<std::int32_t>(pointX_.size());
-  const std::vector<Inserter::Slot>& slots = inserter.Slots();
-  std::vector<std::int32_t> kept(slots.size(), kNone);
-  std::int32_t count = 0;
-  std::vector<std::pair<std::int32_t, std::int32_t>> hullEdges;
-  for (std::size_t t = 0; t < slots.size(); ++t) {
-    if (slots[t].dead) continue;
-    const std::int32_t* v = slots[t].v;
-    const int supers = (v[0] >= n) + (v[1] >= n) + (v[2] >= n);
-    if (supers == 0) {
-      kept[t] = count++;
-    } else if (supers == 1) {
-      // With the super corner at s, the edge opposite runs v[s+1] -> v[s+2] with the
-      // corner on its left; the hull runs the other way, keeping the mesh on its left.
-      const int s = v[0] >= n ? 0 : (v[1] >= n ? 1 : 2);
-      hullEdges.emplace_back(inserter.Input(v[(s + 2) % 3]), inserter.Input(v[(s + 1) % 3]));
+void CTriangulate::Finish(const detail::PageVector<detail::InserterSlot>& slots,
+                          const detail::PageVector<std::int32_t>& order) {
+  const auto n = static_cast<std::int32_t>(order.size());
+  // Slots are numbered in blocks: each block counts its kept triangles, the counts give
+  // each block its first number, and then the blocks fill their parts of the lists.
+  const std::size_t blocks = (slots.size() + kFinishBlock - 1) / kFinishBlock;
+  auto each = [&slots](std::size_t b, auto visit) {
+    for (std::size_t t = b * kFinishBlock, end = std::min(slots.size(), t + kFinishBlock); t < end; ++t) {
+      visit(t);
     }
-  }
+  };
+  detail::PageVector<std::int32_t> kept(slots.size());
+  std::vector<std::int32_t> firsts(blocks + 1, 0);
+  std::vector<std::vector<std::pair<std::int32_t, std::int32_t>>> hullParts(blocks);
+  RunTasks(blocks, [&](std::size_t b) {
+    std::int32_t count = 0;
+    each(b, [&](std::size_t t) {
+      kept[t] = kNone;
+      if (slots[t].dead) return;
+      const std::int32_t* v = slots[t].v;
+      const int supers = (v[0] >= n) + (v[1] >= n) + (v[2] >= n);
+      if (supers == 0) {
+        kept[t] = count++;
+      } else if (supers == 1) {
+        // With the super corner at s, the edge opposite runs v[s+1] -> v[s+2] with the
+        // corner on its left; the hull runs the other way, keeping the mesh on its left.
+        const int s = v[0] >= n ? 0 : (v[1] >= n ? 1 : 2);
+        hullParts[b].emplace_back(order[static_cast<std::size_t>(v[(s + 2) % 3])],
+                                  order[static_cast<std::size_t>(v[(s + 1) % 3])]);
+      }
+    });
+    firsts[b + 1] = count;
+  });
+  for (std::size_t b = 0; b < blocks; ++b) firsts[b + 1] += firsts[b];
+  RunTasks(blocks, [&](std::size_t b) {
+    each(b, [&](std::size_t t) {
+      if (kept[t] != kNone) kept[t] += firsts[b];
+    });
+  });
   // Vertices stay in working numbers until the corners are filled.
-  vertices_.resize(3 * static_cast<std::size_t>(count));
-  neighbours_.resize(3 * static_cast<std::size_t>(count));
-  for (std::size_t t = 0; t < slots.size(); ++t) {
-    if (kept[t] == kNone) continue;
-    const std::size_t out = 3 * static_cast<std::size_t>(kept[t]);
-    for (std::size_t k = 0; k < 3; ++k) {
-      vertices_[out + k] = slots[t].v[k];
-      const std::int32_t nb = slots[t].nb[k];
-      neighbours_[out + k] = nb == kNone ? kNone : kept[static_cast<std::size_t>(nb)];
-    }
-  }
+  const auto count = static_cast<std::size_t>(firsts[blocks]);
+  ReservePrefaulted(vertices_, 3 * count, true);
+  ReservePrefaulted(neighbours_, 3 * count, true);
+  vertices_.resize(3 * count);
+  neighbours_.resize(3 * count);
+  RunTasks(blocks, [&](std::size_t b) {
+    each(b, [&](std::size_t t) {
+      if (kept[t] == kNone) return;
+      const std::size_t out = 3 * static_cast<std::size_t>(kept[t]);
+      for (std::size_t k = 0; k < 3; ++k) {
+        vertices_[out + k] = slots[t].v[k];
+        const std::int32_t nb = slots[t].nb[k];
+        neighbours_[out + k] = nb == kNone ? kNone : kept[static_cast<std::size_t>(nb)];
+      }
+    });
+  });
+  std::vector<std::pair<std::int32_t, std::int32_t>> hullEdges;
+  for (const auto& part : hullParts) hullEdges.insert(hullEdges.end(), part.begin(), part.end());
   hull_ = detail::ChainHull(std::move(hullEdges));
-  return inserter.TakeInputNumbers();
 }
 
-void CTriangulate::FillCorners(const std::vector<std::int32_t>& input) {
-  // Corners are read from a copy of the points in working order, which triangles near
-  // each other in the list visit together; then the vertices take their input numbers.
-  const std::size_t n = pointX_.size();
-  std::vector<double> local(3 * n);
-  for (std::size_t p = 0; p < n; ++p) {
-    const auto i = static_cast<std::size_t>(input[p]);
-    local[3 * p] = pointX_[i];
-    local[3 * p + 1] = pointY_[i];
-    local[3 * p + 2] = pointZ_[i];
-  }
+void CTriangulate::FillCorners(const detail::PageVector<std::int32_t>& order,
+                               detail::PageVector<double> local) {
+  // Corners are read from copies of the points in working order, which triangles near
+  // each other in the list visit together: X and Y first, then Z, each copy gone before
+  // the next corner list comes (this is the run's peak); last the vertices take their
+  // input numbers.
   const std::size_t corners = vertices_.size();
-  cornerX_.resize(corners);
-  cornerY_.resize(corners);
-  cornerZ_.resize(corners);
-  for (std::size_t c = 0; c < corners; ++c) {
-    const auto p = static_cast<std::size_t>(vertices_[c]);
-    cornerX_[c] = local[3 * p];
-    cornerY_[c] = local[3 * p + 1];
-    cornerZ_[c] = local[3 * p + 2];
-    vertices_[c] = input[p];
+  const std::size_t blocks = (corners + 3 * kFinishBlock - 1) / (3 * kFinishBlock);
+  auto eachCorner = [corners](std::size_t b, auto visit) {
+    for (std::size_t c = 3 * kFinishBlock * b, end = std::min(corners, c + 3 * kFinishBlock); c < end; ++c) {
+      visit(c);
+    }
+  };
+  for (std::vector<double>* axis : {&cornerX_, &cornerY_}) {
+    ReservePrefaulted(*axis, corners, true);
+    axis->resize(corners);
   }
+  RunTasks(blocks, [&](std::size_t b) {
+    eachCorner(b, [&](std::size_t c) {
+      const auto p = static_cast<std::size_t>(vertices_[c]);
+      cornerX_[c] = local[2 * p];
+      cornerY_[c] = local[2 * p + 1];
+    });
+  });
+  const std::size_t n = order.size();
+  local = {};
+  local.resize(n);
+  RunTasks((n + kFinishBlock - 1) / kFinishBlock, [&](std::size_t b) {
+    for (std::size_t p = b * kFinishBlock, end = std::min(n, p + kFinishBlock); p < end; ++p) {
+      local[p] = pointZ_[static_cast<std::size_t>(order[p])];
+    }
+  });
+  ReservePrefaulted(cornerZ_, corners, true);
+  cornerZ_.resize(corners);
+  RunTasks(blocks, [&](std::size_t b) {
+    eachCorner(b, [&](std::size_t c) {
+      const auto p = static_cast<std::size_t>(vertices_[c]);
+      cornerZ_[c] = local[p];
+      vertices_[c] = order[p];
+    });
+  });
 }
 
 // ---------------------------------------------------------------------------------------

@@ -3,11 +3,14 @@
 // CTriangulate: Delaunay triangulation of a data set's scattered points.
 // Internal header: no compatibility promise.
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "core/parallel.h"
 
 namespace orvane {
 
@@ -19,9 +22,12 @@ class JitterRandom {
  public:
   void Reset() noexcept { state_ = kSeed; }
   double Next() noexcept;
+  // Moves on as if Next had been called draws times.
+  void Skip(std::uint64_t draws) noexcept;
 
  private:
   static constexpr std::uint64_t kSeed = 0x0123456789ABCDEFull;
+  static constexpr std::uint64_t kStep = 0x9E3779B97F4A7C15ull;
   std::uint64_t state_ = kSeed;
 };
 
@@ -33,6 +39,8 @@ struct WorkPoints {
   std::vector<double> x;
   std::vector<double> y;
 };
+// Points per block when the preparation is shared among threads.
+inline constexpr std::size_t kPrepareBlock = 1 << 16;
 WorkPoints PrepareWorkPoints(std::span<const double> x, std::span<const double> y);
 
 // A circumcircle: centre and squared radius.
@@ -72,7 +80,16 @@ std::vector<std::int32_t> ChainHull(std::vector<std::pair<std::int32_t, std::int
 // corner coordinates for drawing and tracing. Point numbers are zero-based input indices.
 namespace detail {
 class Inserter;
-}
+
+// One triangle of the working mesh: everything the insertion reads about it.
+struct InserterSlot {
+  std::int32_t v[3];
+  std::int32_t nb[3];  // across edge (v[k], v[k+1])
+  std::uint32_t mark;  // the inserter's stamp: deleted by this point; stamp + 1: tested, kept
+  std::uint32_t dead;
+  Circle circle;
+};
+}  // namespace detail
 
 class CTriangulate {
  public:
@@ -119,9 +136,14 @@ class CTriangulate {
   std::string QualityText(std::int32_t triangle, double radiusSquared) const;
 
  private:
-  // Keeps the finished triangles and chains the hull; returns working -> input numbers.
-  std::vector<std::int32_t> Finish(detail::Inserter& inserter);
-  void FillCorners(const std::vector<std::int32_t>& input);
+  // Slots per block when finishing the mesh is shared among threads.
+  static constexpr std::size_t kFinishBlock = 1 << 16;
+  // Keeps the finished triangles (in working numbers) and chains the hull.
+  void Finish(const detail::PageVector<detail::InserterSlot>& slots,
+              const detail::PageVector<std::int32_t>& order);
+  // Fills the corners from local (X and Y of the points in working order, pairwise) and
+  // pointZ_, and gives the vertices their input numbers.
+  void FillCorners(const detail::PageVector<std::int32_t>& order, detail::PageVector<double> local);
 
   std::vector<double> pointX_, pointY_, pointZ_;
   detail::WorkPoints work_;
