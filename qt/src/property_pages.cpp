@@ -171,7 +171,7 @@ PropertyPagesDialog::PropertyPagesDialog(orvane::Surface& surface, QWidget* pare
   d.load(problems);
   d.showErrors(problems);
   d.tree->setCurrentItem(d.tree->topLevelItem(0));
-  resize(760, 560);
+  resize(880, 600);
 }
 
 PropertyPagesDialog::~PropertyPagesDialog() {
