@@ -38,6 +38,7 @@
 
 #include "color_map_icons.h"
 #include "control/fitting_zoom.h"
+#include "core/flag_scope.h"
 #include "export_dialog.h"
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
@@ -79,21 +80,15 @@ QString DescribeError(const std::exception& e) {
 
 }  // namespace
 
-void ViewerWindow::FitZoom(Surface& surface, QSize size) {
+void ViewerWindow::fitZoom(Surface& surface, QSize size) {
   if (size.width() < 1 || size.height() < 1) return;
-  fitting_ = true;
-  try {
-    surface.SetZoom(detail::FittingZoom(surface, size.width(), size.height()));
-  } catch (...) {
-    fitting_ = false;
-    throw;
-  }
-  fitting_ = false;
+  const detail::FlagScope fitting(fitting_);
+  surface.SetZoom(detail::FittingZoom(surface, size.width(), size.height()));
   autoFit_ = true;
 }
 
 void ViewerWindow::fitPlot() {
-  change(tr("The zoom"), [this] { FitZoom(plot_->surface(), plot_->plotPixelSize()); });
+  change(tr("The zoom"), [this] { fitZoom(plot_->surface(), plot_->plotPixelSize()); });
 }
 
 const std::vector<std::pair<std::int32_t, QString>>& ViewerWindow::ColorMapNames() {
@@ -516,7 +511,7 @@ void ViewerWindow::showSample() {
   data_.reset();
   change(tr("The sample"), [this] {
     plot_->surface().ShowSampleData();
-    FitZoom(plot_->surface(), plot_->plotPixelSize());
+    fitZoom(plot_->surface(), plot_->plotPixelSize());
   });
   syncControls();
 }
@@ -572,21 +567,17 @@ bool ViewerWindow::exportPng(const QString& path, QSize size) {
     // A plot fitted to the window is fitted to the picture, then to the window again.
     const double zoom = surface.Zoom();
     const bool fitted = autoFit_;
-    if (fitted) {
-      fitting_ = true;
-      surface.SetZoom(detail::FittingZoom(surface, size.width(), size.height()));
-    }
+    const detail::FlagScope fitting(fitting_);
+    if (fitted) surface.SetZoom(detail::FittingZoom(surface, size.width(), size.height()));
     try {
       QPainter painter(&image);
       orvane::qt::PainterDC dc(painter);
       surface.DrawToDC(dc, 0, 0, size.width(), size.height());
     } catch (...) {
       if (fitted) surface.SetZoom(zoom);
-      fitting_ = false;
       throw;
     }
     if (fitted) surface.SetZoom(zoom);
-    fitting_ = false;
     if (!image.save(path, "PNG")) {
       throw orvane::Error(5, "orvane-viewer", path.toStdString() + ": the picture could not be written.");
     }
@@ -647,7 +638,7 @@ void ViewerWindow::showProperties() {
 void ViewerWindow::setPlotType3D(bool on) {
   change(tr("The plot type"), [this, on] {
     plot_->surface().SetPlotType(on ? orvPlotType3D : orvPlotType2D);
-    if (autoFit_) FitZoom(plot_->surface(), plot_->plotPixelSize());
+    if (autoFit_) fitZoom(plot_->surface(), plot_->plotPixelSize());
   });
 }
 
@@ -667,7 +658,7 @@ void ViewerWindow::setPresetView(PresetView view) {
   // A preset view puts the zoom back to 1; the plot is fitted to the window again.
   change(tr("The view"), [this, view] {
     plot_->surface().OnKeyDown(kPresetKeys[view], 0);
-    FitZoom(plot_->surface(), plot_->plotPixelSize());
+    fitZoom(plot_->surface(), plot_->plotPixelSize());
   });
   autoFit_ = true;
 }
@@ -745,15 +736,12 @@ QString ViewerWindow::cursorText() const { return cursorLabel_->text(); }
 bool ViewerWindow::eventFilter(QObject* watched, QEvent* event) {
   if (watched == plot_ && event->type() == QEvent::Leave) cursorLabel_->clear();
   // The next paint draws at the new size: a fitted plot is fitted to it first.
-  if (watched == plot_ && event->type() == QEvent::Resize && autoFit_ && plot_->plotPixelSize().isValid()) {
-    fitting_ = true;
+  if (watched == plot_ && event->type() == QEvent::Resize && autoFit_) {
     try {
-      plot_->surface().SetZoom(
-          detail::FittingZoom(plot_->surface(), plot_->plotPixelSize().width(), plot_->plotPixelSize().height()));
+      fitZoom(plot_->surface(), plot_->plotPixelSize());
     } catch (const std::exception&) {
       // an unusable size: the zoom stays
     }
-    fitting_ = false;
   }
   return QMainWindow::eventFilter(watched, event);
 }

@@ -122,7 +122,7 @@ class ViewerWindow : public QMainWindow {
   void finishProgress();
   // Sets the zoom that fills a picture of the given size (the data's ranges as of the
   // last refresh).
-  void FitZoom(Surface& surface, QSize size);
+  void fitZoom(Surface& surface, QSize size);
   // Brings the menus, toolbar and title in line with the control.
   void syncControls();
   void reportError(const QString& title, const QString& message);

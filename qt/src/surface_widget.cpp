@@ -20,6 +20,7 @@
 #include <exception>
 #include <utility>
 
+#include "core/flag_scope.h"
 #include "orvane/core/error.h"
 #include "orvane/qt/input_codes.h"
 #include "orvane/qt/painter_dc.h"
@@ -29,21 +30,10 @@ namespace orvane::qt {
 
 namespace {
 
+using orvane::detail::FlagScope;
+
 // The largest side the control draws, in pixels.
 constexpr int kMaxPlotSide = 16384;
-
-// Sets a flag for as long as it lives and puts back what was there.
-class FlagScope {
- public:
-  explicit FlagScope(bool& flag) : flag_(flag), previous_(flag) { flag_ = true; }
-  ~FlagScope() { flag_ = previous_; }
-  FlagScope(const FlagScope&) = delete;
-  FlagScope& operator=(const FlagScope&) = delete;
-
- private:
-  bool& flag_;
-  bool previous_;
-};
 
 std::int16_t Code(int value) { return static_cast<std::int16_t>(value); }
 

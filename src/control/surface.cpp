@@ -26,6 +26,7 @@
 #include <utility>
 
 #include "control/mouse_pointer.h"
+#include "core/flag_scope.h"
 #include "data/data_set_state.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
@@ -41,22 +42,10 @@ namespace {
 
 constexpr std::int16_t kLeftButton = 1;  // the host's button bits: 1 left, 2 right, 4 middle
 
+using detail::FlagScope;
 using detail::SurfaceState;
 
 constexpr const char* kSource = "Orvada.Surface";
-
-// Sets a flag for the length of a scope and puts the old value back.
-class FlagScope {
- public:
-  FlagScope(bool& flag, bool value) : flag_(flag), old_(flag) { flag_ = value; }
-  ~FlagScope() { flag_ = old_; }
-  FlagScope(const FlagScope&) = delete;
-  FlagScope& operator=(const FlagScope&) = delete;
-
- private:
-  bool& flag_;
-  bool old_;
-};
 
 // A fresh object's persisted values read into object: its defaults, fonts included.
 template <class T>

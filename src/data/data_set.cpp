@@ -16,6 +16,7 @@
 #include "data_set_state.h"
 #include "contour/band_outline.h"
 #include "contour/hull_clip.h"
+#include "core/flag_scope.h"
 #include "geometry.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
@@ -214,13 +215,7 @@ void DataSetState::Resample() {
 
 void DataSetState::RebuildMeshIfNeeded() {
   if (!needsRebuild || pointCount <= 0) return;
-  struct Rebuilding {
-    bool& flag;
-    explicit Rebuilding(bool& f) : flag(f) { flag = true; }
-    ~Rebuilding() { flag = false; }
-    Rebuilding(const Rebuilding&) = delete;
-    Rebuilding& operator=(const Rebuilding&) = delete;
-  } underWay(rebuilding);
+  const FlagScope underWay(rebuilding);
   if (resampling.ResamplerSelected()) {
     Resample();
   } else {

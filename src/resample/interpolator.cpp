@@ -5,9 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
-#include <thread>
 
+#include "core/parallel.h"
 #include "orvane/core/error.h"
 #include "orvane/resample/resampling.h"
 
@@ -30,28 +29,13 @@ void RunProgress::ThrowIfCancelled() const {
 
 void ParallelFor(std::size_t count, std::int64_t perItem, RunProgress& progress,
                  const std::function<void(std::size_t)>& body) {
-  std::atomic<std::size_t> next{0};
-  std::exception_ptr failure;
-  std::mutex failureMutex;
-  auto work = [&] {
-    try {
-      for (std::size_t i; (i = next.fetch_add(1)) < count;) {
-        body(i);
-        if (!progress.Advance(perItem)) break;
-      }
-    } catch (...) {
-      const std::lock_guard lock(failureMutex);
-      if (!failure) failure = std::current_exception();
-      next = count;  // the others stop at their next item
-    }
-  };
-  const std::size_t threads =
-      std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, std::max<std::size_t>(count, 1));
-  std::vector<std::thread> workers;
-  for (std::size_t t = 1; t < threads; ++t) workers.emplace_back(work);
-  work();
-  for (std::thread& w : workers) w.join();
-  if (failure) std::rethrow_exception(failure);
+  // Once a report is refused, the items not yet started are skipped.
+  std::atomic<bool> stopped{false};
+  detail::RunTasks(count, [&](std::size_t i) {
+    if (stopped.load()) return;
+    body(i);
+    if (!progress.Advance(perItem)) stopped = true;
+  });
 }
 
 void InterpolatorBase::GetInputData(std::int32_t& count, std::vector<double>& x,

@@ -13,6 +13,7 @@
 #include "contour/contourer.h"
 #include "contour/line_list.h"
 #include "core/parallel.h"
+#include "support/thread_count_scope.h"
 
 namespace orvane {
 namespace {
@@ -91,13 +92,7 @@ void HalveX(const double (&x)[3], const double (&y)[3], const double (&z)[3], Ba
   band.insert(band.end(), {x[0] / 2, y[0], z[0], x[1] / 2, y[1], z[1], x[2] / 2, y[2], z[2]});
 }
 
-class ThreadCountScope {
- public:
-  explicit ThreadCountScope(unsigned count) { detail::SetThreadCount(count); }
-  ~ThreadCountScope() { detail::SetThreadCount(0); }
-  ThreadCountScope(const ThreadCountScope&) = delete;
-  ThreadCountScope& operator=(const ThreadCountScope&) = delete;
-};
+using testing::ThreadCountScope;
 
 TEST(CContourerBaseline, GridTracesAreBitIdenticalToTheBaseline) {
   const ThreadCountScope threads(2);

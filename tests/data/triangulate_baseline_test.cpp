@@ -12,6 +12,7 @@
 #include "core/parallel.h"
 #include "data/baseline_triangulate.h"
 #include "data/triangulate.h"
+#include "support/thread_count_scope.h"
 
 namespace orvane {
 namespace {
@@ -78,13 +79,7 @@ void ExpectSameMesh(const CTriangulate& fast, const Mesh& other) {
   EXPECT_TRUE(SameBits(fast.Work().y, other.Work().y));
 }
 
-class ThreadCountScope {
- public:
-  explicit ThreadCountScope(unsigned count) { detail::SetThreadCount(count); }
-  ~ThreadCountScope() { detail::SetThreadCount(0); }
-  ThreadCountScope(const ThreadCountScope&) = delete;
-  ThreadCountScope& operator=(const ThreadCountScope&) = delete;
-};
+using testing::ThreadCountScope;
 
 TEST(CTriangulateBaseline, EveryListIsBitIdenticalToTheBaseline) {
   const ThreadCountScope threads(2);
