@@ -103,6 +103,7 @@ struct ContourOptions {
   double offset = 0.0;
   std::vector<double> levels;
   bool bands = false;
+  std::string ties = "above";  // how heights on a level are traced
   std::string output;
   CLI::Option* intervalOption = nullptr;
 };
@@ -185,7 +186,8 @@ void RunContour(const ContourOptions& options) {
   DataSet data;
   Load(options.file, options.input, data);
   const std::vector<double> levels = Levels(options, data.ZMin(), data.ZMax());
-  const std::vector<std::vector<Polyline>> lines = data.ContourLines(levels);
+  const bool tiesAbove = options.ties == "above";
+  const std::vector<std::vector<Polyline>> lines = data.ContourLines(levels, tiesAbove);
 
   GeoJsonWriter json(file.Stream());
   json.Raw() << "{\"type\":\"FeatureCollection\",\"features\":[";
@@ -205,7 +207,7 @@ void RunContour(const ContourOptions& options) {
     json.Raw() << "]}}";
   }
   if (options.bands) {
-    const std::vector<std::vector<Polygon>> bands = data.ContourBands(levels);
+    const std::vector<std::vector<Polygon>> bands = data.ContourBands(levels, tiesAbove);
     for (std::size_t k = 0; k < bands.size(); ++k) {
       if (bands[k].empty()) continue;  // a band the data do not reach
       beginFeature();
@@ -261,6 +263,10 @@ void AddContourCommand(CLI::App& app) {
   count->excludes(interval)->excludes(levels);
   interval->excludes(levels);
   contour->add_flag("--bands", options->bands, "Also write one MultiPolygon per band between levels");
+  contour->add_option("--ties", options->ties,
+                      "above (default: a height equal to a level counts as above it; whole contours) or exact "
+                      "(exact signs: a level along mesh edges is traced twice)")
+      ->check(CLI::IsMember({"above", "exact"}));
   contour->add_option("-o,--output", options->output, "GeoJSON file to write")->required();
   contour->callback([options] { RunContour(*options); });
 }

@@ -46,6 +46,8 @@ struct RenderOptions {
   std::string colormap;
   std::int64_t contours = 10;
   bool interpolateColors = false;
+  std::string fill = "bands";   // flat, bands or smooth
+  std::string ties = "above";   // how heights on a level are traced: above or exact
   bool lighting = false;
   bool mesh = false;
   bool markers = false;
@@ -157,6 +159,11 @@ void CheckOptions(const RenderOptions& o) {
   }
   if (!(std::isfinite(o.zoom) && o.zoom > 0.0)) Refuse("--zoom must be a finite number above 0");
   if (o.contours < 1 || o.contours > 10000) Refuse("--contours must be between 1 and 10000");
+  if (o.fill != "flat" && o.fill != "bands" && o.fill != "smooth") Refuse("--fill must be flat, bands or smooth");
+  if (o.interpolateColors && o.command->count("--fill") > 0 && o.fill != "smooth") {
+    Refuse("--interpolate-colors asks for --fill smooth, not --fill " + o.fill);
+  }
+  if (o.ties != "above" && o.ties != "exact") Refuse("--ties must be above or exact");
   if (!o.colormap.empty() && ColorMaps().count(o.colormap) == 0) {
     std::string names;
     for (const auto& [name, value] : ColorMaps()) names += (names.empty() ? "" : ", ") + name;
@@ -208,7 +215,13 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
     contouring.SetAutoSetContoursType(orvAutoSetByIntervalCount);
     contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(o.contours));
   }
-  if (o.interpolateColors) contouring.SetInterpolateColors(true);
+  // The fill and the ties: this program's own defaults, unless a State brought its own.
+  if (!fromState || given("--fill") || o.interpolateColors) {
+    const std::string fill = o.interpolateColors ? "smooth" : o.fill;
+    contouring.SetInterpolateColors(fill == "smooth");
+    contouring.SetExactBands(fill == "bands");
+  }
+  if (!fromState || given("--ties")) contouring.SetTiesAbove(o.ties == "above");
   if (o.lighting) surface.SetLightingOn(true);
   View& view = surface.DataSets().Item(0).ViewMain();
   if (o.mesh) view.SetMeshVisible(true);
@@ -282,7 +295,13 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
                      "land-sea-dark or land-sea-light");
   o.contoursOption =
       command.add_option("--contours", o.contours, "Number of equal contour intervals (1 to 10000, default 10)");
-  command.add_flag("--interpolate-colors", o.interpolateColors, "Smooth colours between the levels");
+  command.add_option("--fill", o.fill,
+                     "bands (default: each pixel in the colour of its band, edges on the levels), flat (one "
+                     "colour a triangle, from its mean height) or smooth (colours interpolated between levels)");
+  command.add_flag("--interpolate-colors", o.interpolateColors, "The same as --fill smooth");
+  command.add_option("--ties", o.ties,
+                     "above (default: a height equal to a level counts as above it; whole contours) or exact "
+                     "(exact signs: a level along mesh edges is traced twice)");
   command.add_flag("--lighting", o.lighting, "Light the surface");
   command.add_flag("--mesh", o.mesh, "Draw the mesh");
   command.add_flag("--markers", o.markers, "Mark the data points");

@@ -7,12 +7,22 @@
 // perimeter position gives the polygon's boundary; coincident neighbours are dropped and
 // the polygon is fanned from its first node.
 //
-// A vertex lying on a boundary (within the point tolerance) belongs to the bands on both
-// sides. Counting only vertices strictly inside would drop a vertex that touches a level
+// Ties. By default the signs against a level are exact and a vertex lying on a boundary
+// (within the point tolerance) belongs to the bands on both sides. Counting only vertices strictly inside would drop a vertex that touches a level
 // while the rest of its triangle lies on one side (no segment is made there), and leave a
 // hole in the fill wherever data heights meet level values. A part lying wholly on its
 // band's top boundary (a triangle flat at a level) is left to the band above, which holds
 // the level's own colour, so that it is filled once.
+//
+// With ties above, a height equal to a level counts as above it: a level is then the
+// boundary of the region at or above it, every segment joins two crossings (a crossing
+// at an upper corner lying on the level is that corner), and band k holds the heights
+// from bk up to, not including, bk+1. A crossing is worked out from its edge's lower
+// corner to its upper one whichever triangle asks, so the two triangles of an edge give
+// the same point to the last bit and their segments chain exactly. A segment of no
+// length (a corner on the level with the rest below) is no line, though its point still
+// closes a band's polygon; an edge on the level with ground below on both sides is
+// traced by both triangles, and the caller drops such pairs (CLineList::DropDoubled).
 //
 // Speed. Most triangles of a fine grid lie wholly inside one band, mostly the band of the
 // triangle before, so that band is tried first and the searches over the boundaries are
@@ -67,6 +77,19 @@ Node Vertex(int i, double z, const double (&x)[3], const double (&y)[3]) {
   return {x[i], y[i], z, static_cast<double>(i)};
 }
 
+// With ties above: the crossing on side a-b, from the side's lower corner to its upper
+// one, or the upper corner itself when it lies on the level. Its perimeter position is
+// that of Crossing.
+Node CrossingTiesAbove(double z, int a, const double (&x)[3], const double (&y)[3], const double (&zs)[3]) {
+  const int b = (a + 1) % 3;
+  const double position = a + (z - zs[a]) / (zs[b] - zs[a]);
+  const int lo = zs[a] < zs[b] ? a : b;
+  const int hi = lo == a ? b : a;
+  if (zs[hi] == z) return {x[hi], y[hi], z, hi == a ? static_cast<double>(a) : a + 1.0};
+  const double t = (z - zs[lo]) / (zs[hi] - zs[lo]);
+  return {x[lo] + (x[hi] - x[lo]) * t, y[lo] + (y[hi] - y[lo]) * t, z, position};
+}
+
 // The bands (and the levels at their lower boundaries) one pass makes: those whose
 // owner is the pass; with no owner table, all of them. Each band's triangles and each
 // level's segments come in triangle order whichever pass makes them, so passes on
@@ -83,6 +106,7 @@ struct TriangleWork {
   std::vector<bool> has;
   std::vector<Node> nodes;
   std::size_t lastBand = 0;  // the band the last triangle lay wholly inside: tried first
+  bool tiesAbove = false;     // a height on a level counts as above it
 };
 
 // Appends one triangle's nine values to the band.
@@ -166,9 +190,11 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
   work.has.assign(count, false);
   for (std::size_t k = std::max<std::size_t>(kFirst, 1); k <= std::min(kLast + 1, n); ++k) {
     const std::size_t slot = k - kFirst;
-    if (CContourer::Trace(b[k], x, y, z, work.segments[slot])) {
+    if (CContourer::Trace(b[k], x, y, z, work.segments[slot], work.tiesAbove)) {
       work.has[slot] = true;
-      if (share.Owns(k)) out.levelLines[k - 1].Append(work.segments[slot].line);
+      const CLine& line = work.segments[slot].line;
+      const bool point = work.tiesAbove && line.x1 == line.x2 && line.y1 == line.y2;
+      if (share.Owns(k) && !point) out.levelLines[k - 1].Append(line);
     }
   }
   if (!withBands) return;
@@ -187,7 +213,9 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
       belowTop = belowTop || edge == k;
     }
     for (int i = 0; i < 3; ++i) {
-      if (z[i] - lo > -kPointTolerance && hi - z[i] > -kPointTolerance) {
+      const bool inside = work.tiesAbove ? z[i] >= lo && z[i] < hi
+                                         : z[i] - lo > -kPointTolerance && hi - z[i] > -kPointTolerance;
+      if (inside) {
         nodes.push_back({x[i], y[i], z[i], static_cast<double>(i)});
         belowTop = belowTop || hi - z[i] > kPointTolerance;
       }
@@ -228,9 +256,22 @@ ContourTrace EmptyTrace(std::size_t boundaries, std::size_t triangles, bool with
 int CContourer::Case(int s0, int s1, int s2) { return kCases[s2 + 1][s1 + 1][s0 + 1]; }
 
 bool CContourer::Trace(double z, const double (&x)[3], const double (&y)[3], const double (&zs)[3],
-                       Segment& out) {
-  const int c = Case(Sign(zs[0] - z), Sign(zs[1] - z), Sign(zs[2] - z));
+                       Segment& out, bool tiesAbove) {
   Node p, q;
+  if (tiesAbove) {
+    // Signs of +1 or -1 only: the table's crossing cases 7, 8 and 9, or none.
+    const auto side = [z](double v) { return v >= z ? 1 : -1; };
+    const int c = Case(side(zs[0]), side(zs[1]), side(zs[2]));
+    if (c == 0) return false;
+    const int first = c == 7 ? 0 : (c == 8 ? 1 : 2);
+    p = CrossingTiesAbove(z, first, x, y, zs);
+    q = CrossingTiesAbove(z, (first + 1) % 3, x, y, zs);
+    out.line = {p.x, p.y, z, q.x, q.y, z};
+    out.position1 = p.position;
+    out.position2 = q.position;
+    return true;
+  }
+  const int c = Case(Sign(zs[0] - z), Sign(zs[1] - z), Sign(zs[2] - z));
   switch (c) {
     case 0: return false;
     case 1: p = Vertex(0, z, x, y); q = Vertex(1, z, x, y); break;
@@ -258,9 +299,10 @@ std::vector<double> CContourer::Boundaries(std::span<const double> levels) {
 ContourTrace CContourer::TraceMesh(
     std::size_t triangleCount,
     const std::function<void(std::size_t, double (&)[3], double (&)[3], double (&)[3])>& triangle,
-    std::span<const double> boundaries, const TriangleClip& clip, bool withBands) {
+    std::span<const double> boundaries, const TriangleClip& clip, bool withBands, bool tiesAbove) {
   ContourTrace out = EmptyTrace(boundaries.size(), triangleCount, withBands);
   TriangleWork work;
+  work.tiesAbove = tiesAbove;
   double x[3], y[3], z[3];
   for (std::size_t t = 0; t < triangleCount; ++t) {
     triangle(t, x, y, z);
@@ -271,7 +313,7 @@ ContourTrace CContourer::TraceMesh(
 
 ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const double> gy,
                                    std::span<const double> gz, std::span<const double> boundaries,
-                                   const TriangleClip& clip, bool withBands) {
+                                   const TriangleClip& clip, bool withBands, bool tiesAbove) {
   const std::size_t nx = gx.size();
   const std::size_t ny = gy.size();
   const std::size_t rows = nx > 1 && ny > 1 ? nx - 1 : 0;  // cell rows, one per x step
@@ -342,6 +384,7 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
       if (share.Owns(k)) detail::ReservePrefaulted(out.bands[k], 9 * room[0][k]);
     }
     TriangleWork work;
+    work.tiesAbove = tiesAbove;
     forEachTriangle(0, rows, [&](const double (&x)[3], const double (&y)[3], const double (&z)[3]) {
       TraceTriangle(x, y, z, boundaries, out, work, clip, withBands, share);
     });

@@ -42,26 +42,30 @@ class CContourer {
 
   // The case for the signs (-1, 0, +1) of the three vertex heights against a level.
   static int Case(int s0, int s1, int s2);
-  // The segment where the triangle crosses level z, if there is one.
+  // The segment where the triangle crosses level z, if there is one. With tiesAbove a
+  // height equal to z counts as above it (the segment may then have no length).
   static bool Trace(double z, const double (&x)[3], const double (&y)[3], const double (&zs)[3],
-                    Segment& out);
+                    Segment& out, bool tiesAbove = false);
 
   // The boundaries for levels given in normalised Z (sorted ascending).
   static std::vector<double> Boundaries(std::span<const double> levels);
 
   // Traces triangleCount triangles; triangle(t, x, y, z) fills triangle t's corners.
   // clip, when set, takes each fan triangle instead of appending it to its band. Without
-  // withBands only the lines are traced and every band is left empty.
+  // withBands only the lines are traced and every band is left empty. With tiesAbove a
+  // height on a level counts as above it, and no segment of no length is kept.
   static ContourTrace TraceMesh(
       std::size_t triangleCount,
       const std::function<void(std::size_t, double (&)[3], double (&)[3], double (&)[3])>& triangle,
-      std::span<const double> boundaries, const TriangleClip& clip = {}, bool withBands = true);
+      std::span<const double> boundaries, const TriangleClip& clip = {}, bool withBands = true,
+      bool tiesAbove = false);
 
   // The same over a regular grid (two triangles per cell, split from (i, j) to
   // (i + 1, j + 1)), with z[i * ny + j] at (x[i], y[j]); a specialised loop.
   static ContourTrace TraceGrid(std::span<const double> x, std::span<const double> y,
                                 std::span<const double> z, std::span<const double> boundaries,
-                                const TriangleClip& clip = {}, bool withBands = true);
+                                const TriangleClip& clip = {}, bool withBands = true,
+                                bool tiesAbove = false);
 };
 
 }  // namespace orvane

@@ -282,9 +282,12 @@ struct Contouring::Properties {
                                                  orvColorMapRainbow};
   static constexpr P<bool> kInterpolateColors{"InterpolateColors",
                                               &Contouring::interpolateColors_, false};
+  // Beyond the described set; absent from a bag, they keep the described drawing.
+  static constexpr P<bool> kExactBands{"ExactBands", &Contouring::exactBands_, false};
+  static constexpr P<bool> kTiesAbove{"TiesAbove", &Contouring::tiesAbove_, false};
   static constexpr auto kStored = std::tuple{kAutoSetContoursType, kAutoSetInterval,
                                              kAutoSetIntervalCount, kColorMapType,
-                                             kInterpolateColors};
+                                             kInterpolateColors, kExactBands, kTiesAbove};
 };
 
 void Contouring::SetAutoSetContoursType(std::int32_t value) {
@@ -298,6 +301,8 @@ void Contouring::SetColorMapType(std::int32_t value) { Properties::kColorMapType
 void Contouring::SetInterpolateColors(bool value) {
   Properties::kInterpolateColors.Let(*this, value);
 }
+void Contouring::SetExactBands(bool value) { Properties::kExactBands.Let(*this, value); }
+void Contouring::SetTiesAbove(bool value) { Properties::kTiesAbove.Let(*this, value); }
 
 Color Contouring::FindColor(double zValue, bool isColorBelow) const {
   const auto& items = contours_.items_;
@@ -427,6 +432,8 @@ void Contouring::ResetToDefaults() {
   autoSetIntervalCount_ = 10;
   colorMapType_ = orvColorMapRainbow;
   interpolateColors_ = false;
+  exactBands_ = false;
+  tiesAbove_ = false;
   workingMap_.RemoveAll();
   contours_.RemoveAll();
 }

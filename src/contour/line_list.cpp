@@ -153,4 +153,31 @@ CLineList CLineList::Chain() const {
   return FromPolylines(std::move(out), std::move(starts));
 }
 
+void CLineList::DropDoubled() {
+  // Each segment's end points in a fixed order, sorted, so that doubles lie side by side.
+  using Key = std::tuple<double, double, double, double>;
+  auto key = [this](std::size_t i) {
+    const CLine& l = lines_[i];
+    const bool swap = std::pair{l.x2, l.y2} < std::pair{l.x1, l.y1};
+    return swap ? Key{l.x2, l.y2, l.x1, l.y1} : Key{l.x1, l.y1, l.x2, l.y2};
+  };
+  std::vector<std::pair<Key, std::size_t>> order(lines_.size());
+  for (std::size_t i = 0; i < lines_.size(); ++i) order[i] = {key(i), i};
+  std::sort(order.begin(), order.end());
+  std::vector<bool> drop(lines_.size(), false);
+  for (std::size_t i = 0; i < order.size();) {
+    std::size_t j = i + 1;
+    while (j < order.size() && order[j].first == order[i].first) ++j;
+    // An edge has two triangles, so a pair; should more come, pairs go and one stays.
+    for (std::size_t k = i; k + 1 < j; k += 2) drop[order[k].second] = drop[order[k + 1].second] = true;
+    i = j;
+  }
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < lines_.size(); ++i) {
+    if (!drop[i]) lines_[kept++] = lines_[i];
+  }
+  lines_.resize(kept);
+  starts_.clear();
+}
+
 }  // namespace orvane

@@ -45,6 +45,11 @@ class CLineList {
   // Chain() of every list, the lists shared among up to detail::ThreadCount() threads.
   static std::vector<CLineList> ChainAll(const std::vector<CLineList>& lists);
 
+  // Removes, before chaining, every segment that comes twice (the same two end points
+  // exactly, either way round): a level lying along an edge with ground below it on both
+  // sides, which is no boundary of the region above the level. Keeps the others' order.
+  void DropDoubled();
+
   // Builds a chained list from its parts (used by Chain and by the tests' reference).
   static CLineList FromPolylines(std::vector<CLine> lines, std::vector<std::int32_t> starts);
 

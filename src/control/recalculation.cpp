@@ -108,6 +108,10 @@ bool Recalculation::Run(Scene& scene, StaleMarks& marks, const ProgressCallback&
   }
   for (DataSet& data : scene.dataSets) {
     DataSetState& s = DataSetAccess::State(data);
+    if (s.tiesAbove != scene.contouring.TiesAbove()) {
+      s.tiesAbove = scene.contouring.TiesAbove();
+      s.contoursStale = true;
+    }
     if (!s.contoursStale) continue;
     s.TraceContours(tracedLevels_);
     changed = true;

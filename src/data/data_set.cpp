@@ -288,7 +288,7 @@ void DataSetState::TraceContours(std::span<const double> levels) {
     std::vector<double> nx(gridX.size()), nyv(ny);
     for (std::size_t i = 0; i < nx.size(); ++i) nx[i] = meshX[i * ny];
     for (std::size_t j = 0; j < ny; ++j) nyv[j] = meshY[j];
-    trace = CContourer::TraceGrid(nx, nyv, meshZ, boundaries, clip, traceBands);
+    trace = CContourer::TraceGrid(nx, nyv, meshZ, boundaries, clip, traceBands, tiesAbove);
   } else if (meshType == kTriangleMesh && triangulation) {
     const CTriangulate& t = *triangulation;
     trace = CContourer::TraceMesh(
@@ -300,10 +300,13 @@ void DataSetState::TraceContours(std::span<const double> levels) {
             z[k] = t.CornerZ()[3 * tri + k];
           }
         },
-        boundaries, clip, traceBands);
+        boundaries, clip, traceBands, tiesAbove);
   } else {
     trace.levelLines.resize(levels.size());
     trace.bands.resize(levels.size() + 1);
+  }
+  if (tiesAbove) {
+    for (CLineList& level : trace.levelLines) level.DropDoubled();
   }
   contourLines = CLineList::ChainAll(trace.levelLines);
   if (contourLines.empty()) contourLines.emplace_back();
@@ -396,7 +399,7 @@ struct TraceApart {
   std::vector<CLineList> savedLines;
   std::vector<BandTriangles> savedBands;
   std::uint64_t savedGeneration;
-  bool savedStale, savedTraceBands;
+  bool savedStale, savedTraceBands, savedTiesAbove;
 
   // Puts the data set's contour results aside; the destructor brings them back.
   explicit TraceApart(DataSetState& state)
@@ -405,10 +408,12 @@ struct TraceApart {
         savedBands(std::move(state.bandTriangles)),
         savedGeneration(state.contourGeneration),
         savedStale(state.contoursStale),
-        savedTraceBands(state.traceBands) {}
+        savedTraceBands(state.traceBands),
+        savedTiesAbove(state.tiesAbove) {}
   // Traces into the data set's members, where the caller reads the results.
-  void Run(std::span<const double> levels, bool bands) {
+  void Run(std::span<const double> levels, bool bands, bool tiesAbove) {
     s.traceBands = bands;
+    s.tiesAbove = tiesAbove;
     s.TraceContours(levels);
   }
   ~TraceApart() {
@@ -417,6 +422,7 @@ struct TraceApart {
     s.contourGeneration = savedGeneration;
     s.contoursStale = savedStale;
     s.traceBands = savedTraceBands;
+    s.tiesAbove = savedTiesAbove;
   }
   TraceApart(const TraceApart&) = delete;
   TraceApart& operator=(const TraceApart&) = delete;
@@ -717,12 +723,12 @@ std::vector<std::int32_t> DataSet::MeshTriangleVertices() const {
   return s.triangulation->TriangleVertices();
 }
 
-std::vector<std::vector<Polyline>> DataSet::ContourLines(std::span<const double> levels) const {
+std::vector<std::vector<Polyline>> DataSet::ContourLines(std::span<const double> levels, bool tiesAbove) const {
   CheckLevels(levels);
   DataSetState& s = *state_;
   s.RebuildMeshIfNeeded();
   TraceApart trace(s);
-  trace.Run(levels, false);
+  trace.Run(levels, false, tiesAbove);
   std::vector<std::vector<Polyline>> out(levels.size());
   for (std::size_t k = 0; k < levels.size() && k < s.contourLines.size(); ++k) {
     const CLineList& lines = s.contourLines[k];
@@ -746,12 +752,12 @@ std::vector<std::vector<Polyline>> DataSet::ContourLines(std::span<const double>
   return out;
 }
 
-std::vector<std::vector<Polygon>> DataSet::ContourBands(std::span<const double> levels) const {
+std::vector<std::vector<Polygon>> DataSet::ContourBands(std::span<const double> levels, bool tiesAbove) const {
   CheckLevels(levels);
   DataSetState& s = *state_;
   s.RebuildMeshIfNeeded();
   TraceApart trace(s);
-  trace.Run(levels, true);
+  trace.Run(levels, true, tiesAbove);
   std::vector<std::vector<Polygon>> out(levels.size() + 1);
   for (std::size_t k = 0; k < out.size() && k < s.bandTriangles.size(); ++k) {
     // Band by band, each band's triangles freed once outlined.

@@ -64,6 +64,9 @@ struct DataSetState {
   // Whether tracing fills bandTriangles as well. The views colour the mesh itself and
   // never draw the bands, so only a caller that exports them (polygons) asks for them.
   bool traceBands = false;
+  // Whether a height equal to a level counts as above it when tracing (the control's
+  // Contouring.TiesAbove, handed down before each tracing).
+  bool tiesAbove = false;
 
   bool needsRebuild = false;
   std::array<bool, 3> geometryChanged{false, false, false};  // read and cleared by the views

@@ -246,15 +246,16 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
 
   // 11. Views. Their lists hold cube coordinates, normals only when lit, and markers
   // sized against the cube's lengths: a change of any of these makes them stale.
-  const std::array<double, 10> listInputs{scene.axes.XAxis().Min(), scene.axes.XAxis().Max(), scene.axes.YAxis().Min(),
+  const std::array<double, 11> listInputs{scene.axes.XAxis().Min(), scene.axes.XAxis().Max(), scene.axes.YAxis().Min(),
                                           scene.axes.YAxis().Max(), scene.axes.ZAxis().Min(), scene.axes.ZAxis().Max(),
-                                          lengths[0], lengths[1], lengths[2], settings.lightingOn ? 1.0 : 0.0};
+                                          lengths[0], lengths[1], lengths[2], settings.lightingOn ? 1.0 : 0.0,
+                                          f.is3D ? 1.0 : 0.0};
   if (listInputs != listInputs_) {
     MarkPlotsStale();
     listInputs_ = listInputs;
   }
   FillCache fills;
-  const ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.cubeLengths, &fills};
+  const ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.is3D, f.cubeLengths, &fills};
   auto labels = [&](int kind) { passes.DrawContourLabels(kind, f); };
   if (f.is3D) {
     for (const int kind : {1, 2}) {

@@ -143,7 +143,7 @@ class Renderer {
   Recalculation recalculation_;
   StaleMarks marks_;
   std::optional<DataRange> dataRange_;  // the data range the axes and levels last followed
-  std::array<double, 10> listInputs_{};  // axis ranges, cube lengths, lighting of the lists
+  std::array<double, 11> listInputs_{};  // axis ranges, cube lengths, lighting, 3-D of the lists
   std::int64_t frames_ = 0;
 };
 

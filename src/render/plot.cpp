@@ -58,6 +58,13 @@ void Plot::DrawPasses(DataSets& sets, const ViewContext& context) const {
       if (view.Visible() && view.TransparencyOn() == transparent) DrawView(data, view, context);
     }
   }
+  // A map shows every data point: the markers go over all the fills.
+  if (context.is3D) return;
+  for (std::int32_t i = 0; i < sets.Count(); ++i) {
+    DataSet& data = sets.Item(i);
+    const View& view = ViewOfKind(data, kind_);
+    if (view.Visible()) DrawMarkersOver(data, view, context);
+  }
 }
 
 void Plot::Invalidate() {

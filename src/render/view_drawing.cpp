@@ -5,9 +5,14 @@
 // Beyond the bare element rules:
 // - Lines are never lit: each line routine pushes GL_ENABLE_BIT and turns lighting off,
 //   since a line has no surface normal and would take whatever normal came last.
-// - The hulls are outlines on the cube's floor (Z minimum), drawn with the depth test
-//   off so that they show through the surface in 3-D and are not buried under it in 2-D.
 // - A triangle lies outside the user hull when its centroid does.
+// - Exact bands (Contouring.ExactBands, InterpolateColors off): the fill is white,
+//   modulated by a 1-D texture of the band colours indexed by each vertex's Z, so that
+//   every pixel takes the band of its own interpolated Z and band edges run along the
+//   levels, lit or not. Specular light is added after the texture, as it is added after
+//   the colour in the other modes.
+// - In 3-D the hulls on the cube's floor are hidden where the surface lies in front of
+//   them; in 2-D they and the markers are drawn over the fill.
 // - Markers: Size is in 1/200ths of the cube's edge (MarkerHalfWidth); the 3-D shapes are
 //   solids round the point, the flat ones lie in the XY plane through it (facing the
 //   viewer in 2-D and in the top and bottom views). Plus and cross are strokes: in the
@@ -92,6 +97,57 @@ Color FillColor(const Contouring& contouring, double z) {
   return contouring.FindColor(z, false);
 }
 
+// ---------------------------------------------------------------------------------------
+
+// The texels: evenly spaced levels get the same number of texels per band, each level
+// just above a texel edge; others spread the most texels over their span, each level then
+// within a texel of its place.
+}  // namespace
+
+BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::size_t maxTexels) {
+  BandTexture t;
+  const Contours& contours = contouring.Contours();
+  std::vector<double> levels;
+  for (std::int32_t k = 0; k < contours.Count(); ++k) levels.push_back(contours.Item(k)->Value());
+  for (const double level : levels) {
+    if (!std::isfinite(level)) return t;
+  }
+  if (levels.empty() || maxTexels < 2) return t;
+  std::sort(levels.begin(), levels.end());
+  const std::size_t n = levels.size();
+  const double span = levels[n - 1] - levels[0];
+  double step = n >= 2 ? span / static_cast<double>(n - 1) : 0.0;
+  bool even = true;
+  for (std::size_t k = 1; k < n && even; ++k) {
+    even = std::fabs((levels[k] - levels[k - 1]) - step) <= 1e-9 * step;
+  }
+  if (!(step > 0.0)) {  // one level, or all equal: a step from the data
+    step = zRange > 0.0 && std::isfinite(zRange) ? zRange : 1.0;
+    even = true;
+  }
+  std::size_t count = maxTexels;
+  double texel = 0.0;
+  if (even) {
+    const std::size_t perBand = std::max<std::size_t>(1, maxTexels / (n + 1));
+    count = perBand * (n + 1);
+    texel = step / static_cast<double>(perBand);
+  } else {
+    texel = (span + 2.0 * step) / static_cast<double>(count);
+  }
+  t.step = texel;
+  t.zLow = levels[0] - step - 0.01 * texel;
+  t.texels.resize(count);
+  for (std::size_t j = 0; j < count; ++j) {
+    const Color c = contouring.FindColor(t.zLow + (static_cast<double>(j) + 0.5) * texel, false);
+    const std::uint8_t bytes[4] = {static_cast<std::uint8_t>(c & 0xFF), static_cast<std::uint8_t>((c >> 8) & 0xFF),
+                                   static_cast<std::uint8_t>((c >> 16) & 0xFF), 255};
+    std::memcpy(&t.texels[j], bytes, 4);
+  }
+  return t;
+}
+
+namespace {
+
 // The filled surface's vertex data, worked out once a frame for each data set: its
 // main, top and bottom views share it (the flat views squash Z with their matrix).
 FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const CCoordMapper& map,
@@ -109,12 +165,24 @@ FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const
     zData[k] = map.NormalisedToDataZ(mesh.z[k]);
   }
   // Colours: each vertex's own when interpolating, else one per triangle from the mean
-  // of its corners' heights.
+  // of its corners' heights; or, for exact bands, each vertex's place in the texture.
   g.interpolated = context.contouring.InterpolateColors();
-  g.colour.resize(g.interpolated ? n : triangles);
-  if (g.interpolated) {
+  g.bands = false;
+  if (!g.interpolated && context.contouring.ExactBands()) {
+    GLint largest = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+    const double zRange = map.NormalisedToDataZ(1.0) - map.NormalisedToDataZ(0.0);
+    g.texture = MakeBandTexture(context.contouring, zRange, std::min<std::size_t>(4096, static_cast<std::size_t>(std::max(largest, 0))));
+    g.bands = !g.texture.texels.empty();
+  }
+  if (g.bands) {
+    g.texel.resize(n);
+    for (std::size_t k = 0; k < n; ++k) g.texel[k] = g.texture.Coordinate(zData[k]);
+  } else if (g.interpolated) {
+    g.colour.resize(n);
     for (std::size_t k = 0; k < n; ++k) g.colour[k] = FillColor(context.contouring, zData[k]);
   } else {
+    g.colour.resize(triangles);
     for (std::size_t t = 0; t < triangles; ++t) {
       std::size_t v[3];
       mesh.Corners(t, v);
@@ -182,7 +250,13 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
   }
-  glShadeModel(lit || g.interpolated ? GL_SMOOTH : GL_FLAT);
+  // Mesa leaves out of a display list a shade model equal to the last one compiled into
+  // it, unaware that a pop in between restored another; naming the other one first keeps
+  // the list's model right for the second and later data sets.
+  const bool perVertex = g.interpolated || g.bands;  // no colour of a triangle's own
+  const GLenum shading = lit || perVertex ? GL_SMOOTH : GL_FLAT;
+  glShadeModel(shading == GL_FLAT ? GL_SMOOTH : GL_FLAT);
+  glShadeModel(shading);
   // The triangles go in as vertex arrays, a block at a time: compiling one array draw
   // into the list is far faster than a call per vertex. Blocks are kept small so that
   // the driver's copy of each stays in cache and its memory is reused; drawing straight
@@ -191,7 +265,19 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
   constexpr std::size_t kBlock = 1 << 14;
   GLint compiling = 0;
   glGetIntegerv(GL_LIST_INDEX, &compiling);
-  std::vector<GLfloat> position, normal;
+  if (g.bands) {
+    // The default 1-D texture object, filled here (compiled into the list with it).
+    glBindTexture(GL_TEXTURE_1D, 0);
+    glTexParameteri(GL_TEXTURE_1D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_1D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_1D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexImage1D(GL_TEXTURE_1D, 0, GL_RGBA8, static_cast<GLsizei>(g.texture.texels.size()), 0, GL_RGBA,
+                 GL_UNSIGNED_BYTE, g.texture.texels.data());
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    glEnable(GL_TEXTURE_1D);
+    if (lit) glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR);
+  }
+  std::vector<GLfloat> position, normal, texel;
   std::vector<std::uint32_t> colour;
   std::vector<GLint> stripFirst;
   std::vector<GLsizei> stripCount;
@@ -199,11 +285,13 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_COLOR_ARRAY);
   if (lit) glEnableClientState(GL_NORMAL_ARRAY);
+  if (g.bands) glEnableClientState(GL_TEXTURE_COORD_ARRAY);
   auto flush = [&]() {
     if (position.empty()) return;
     glVertexPointer(3, GL_FLOAT, 0, position.data());
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, colour.data());
     if (lit) glNormalPointer(GL_FLOAT, 0, normal.data());
+    if (g.bands) glTexCoordPointer(1, GL_FLOAT, 0, texel.data());
     if (stripFirst.empty()) {
       glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(position.size() / 3));
     } else {
@@ -214,6 +302,7 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     position.clear();
     colour.clear();
     normal.clear();
+    texel.clear();
     stripFirst.clear();
     stripCount.clear();
   };
@@ -229,13 +318,18 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     colour.push_back(colourOf);
     position.insert(position.end(), {g.position[3 * k], g.position[3 * k + 1], g.position[3 * k + 2]});
     if (lit) normal.insert(normal.end(), {g.normal[3 * k], g.normal[3 * k + 1], g.normal[3 * k + 2]});
+    if (g.bands) texel.push_back(g.texel[k]);
   };
+  // Exact bands: white, to be modulated by the texture.
+  const std::uint32_t white = rgba(0xFFFFFF);
+  auto colourAt = [&](std::size_t k) { return g.bands ? white : rgba(g.colour[k]); };
   position.reserve(9 * kBlock + 6 * mesh.gridX);
   colour.reserve(3 * kBlock + 2 * mesh.gridX);
   if (lit) normal.reserve(9 * kBlock + 6 * mesh.gridX);
+  if (g.bands) texel.reserve(3 * kBlock + 2 * mesh.gridX);
   // Smooth shading of flat colours (lit, not interpolated) needs each triangle's colour
   // at all three corners, which a strip cannot give: those go as separate triangles.
-  if (mesh.gridY > 0 && skip == nullptr && (g.interpolated || !lit)) {
+  if (mesh.gridY > 0 && skip == nullptr && (perVertex || !lit)) {
     // A whole grid goes as one triangle strip per row of cells, run from the last
     // column to the first: (i, j) and (i, j + 1) for i = nx - 1 .. 0 make the cells'
     // lower and upper triangles with their own diagonal and winding, in a third of the
@@ -248,9 +342,9 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
       for (std::size_t q = 0; q < nx; ++q) {
         const std::size_t i = nx - 1 - q;
         const std::size_t k0 = i * ny + j;
-        if (g.interpolated) {
-          vertex(k0, rgba(g.colour[k0]));
-          vertex(k0 + 1, rgba(g.colour[k0 + 1]));
+        if (perVertex) {
+          vertex(k0, colourAt(k0));
+          vertex(k0 + 1, colourAt(k0 + 1));
         } else if (q == 0) {
           vertex(k0, 0);
           vertex(k0 + 1, 0);
@@ -268,8 +362,8 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
       if (skip != nullptr && (*skip)[t]) continue;
       std::size_t v[3];
       mesh.Corners(t, v);
-      const std::uint32_t flat = g.interpolated ? 0 : rgba(g.colour[t]);
-      for (const std::size_t k : v) vertex(k, g.interpolated ? rgba(g.colour[k]) : flat);
+      const std::uint32_t flat = perVertex ? 0 : rgba(g.colour[t]);
+      for (const std::size_t k : v) vertex(k, perVertex ? colourAt(k) : flat);
       if (position.size() >= 9 * kBlock) flush();
     }
   }
@@ -367,7 +461,7 @@ void DrawClosedPolyline(std::span<const double> x, std::span<const double> y, co
   glEnd();
 }
 
-void DrawHulls(const DataSetState& s, const View& view, const CCoordMapper& map) {
+void DrawHulls(const DataSetState& s, const View& view, const CCoordMapper& map, bool is3D) {
   const bool data = view.DataHullVisible() && view.DataHullLine().Width() > 0 && s.dataHullX.size() >= 2;
   const auto userCount = static_cast<std::size_t>(s.userHullInputCount);
   const bool user = view.UserHullVisible() && view.UserHullLine().Width() > 0 && userCount >= 2;
@@ -375,7 +469,7 @@ void DrawHulls(const DataSetState& s, const View& view, const CCoordMapper& map)
   glPushAttrib(GL_CURRENT_BIT | GL_LINE_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT);
   glEnable(GL_LINE_STIPPLE);
   glDepthMask(GL_FALSE);
-  glDisable(GL_DEPTH_TEST);
+  if (!is3D) glDisable(GL_DEPTH_TEST);
   glDisable(GL_LIGHTING);
   if (data) {
     ApplyLineFormat(view.DataHullLine());
@@ -511,11 +605,22 @@ void DrawView(DataSet& data, const View& view, const ViewContext& context) {
   const DataSetState& s = DataSetAccess::State(data);
   CCoordMapper map;
   map.Init(data, context.axes);
-  if (view.DataMarkersMaster().Visible()) DrawMarkers(s, view.DataMarkersMaster(), map, context);
+  if (view.DataMarkersMaster().Visible() && context.is3D) DrawMarkers(s, view.DataMarkersMaster(), map, context);
   if (view.ContourFillVisible()) DrawFill(s, view, map, context);
   if (view.ContourLinesVisible()) DrawContourLines(s, view, map, context);
   if (view.MeshVisible()) DrawMesh(s, view, map);
-  DrawHulls(s, view, map);
+  DrawHulls(s, view, map, context.is3D);
+}
+
+void DrawMarkersOver(DataSet& data, const View& view, const ViewContext& context) {
+  if (!view.DataMarkersMaster().Visible()) return;
+  const DataSetState& s = DataSetAccess::State(data);
+  CCoordMapper map;
+  map.Init(data, context.axes);
+  glPushAttrib(GL_ENABLE_BIT);
+  glDisable(GL_DEPTH_TEST);
+  DrawMarkers(s, view.DataMarkersMaster(), map, context);
+  glPopAttrib();
 }
 
 }  // namespace orvane::detail

@@ -20,6 +20,22 @@ namespace detail {
 
 struct DataSetState;
 
+// The colours of the bands laid out along Z for a 1-D texture: texel j covers Z from
+// zLow + j * step to zLow + (j + 1) * step and holds the band colour of its middle. With
+// levels evenly spaced every level falls a hundredth of a texel above a texel edge, so a
+// height exactly on a level shows the band above it, as the tracing's ties do.
+struct BandTexture {
+  double zLow = 0.0, step = 1.0;
+  std::vector<std::uint32_t> texels;  // RGBA bytes in memory order
+  // Where a height lies along the texture, 0 to 1 over its texels.
+  float Coordinate(double z) const {
+    return static_cast<float>((z - zLow) / (step * static_cast<double>(texels.size())));
+  }
+};
+// The texture for the contour levels' colours (none when there are no levels), at most
+// maxTexels wide.
+BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::size_t maxTexels);
+
 // A data set's filled surface as the views draw it, in cube coordinates.
 struct FillGeometry {
   bool ready = false;
@@ -27,6 +43,10 @@ struct FillGeometry {
   std::vector<float> normal;    // the same, when lit
   bool interpolated = false;    // colour per vertex (true) or per triangle
   std::vector<Color> colour;
+  // Exact bands: each vertex's place in the band texture (colour is then unused).
+  bool bands = false;
+  std::vector<float> texel;
+  BandTexture texture;
   bool outsideReady = false;
   std::vector<bool> outside;  // triangles outside the user hull
 };
@@ -38,6 +58,7 @@ struct ViewContext {
   Axes& axes;
   const Contouring& contouring;
   bool lightingOn = false;
+  bool is3D = true;  // in 2-D the markers go over every fill, after the views
   // Drawn lengths of the cube's X, Y and Z edges: markers are divided by them, so that
   // a cube marker stays a cube however the plot cube is stretched.
   std::array<double, 3> cubeLengths{1.0, 1.0, 1.0};
@@ -48,6 +69,8 @@ struct ViewContext {
 // Draws, in cube coordinates, the data set's markers, filled surface, contour lines,
 // mesh and hulls as the view's switches say. The caller checked that the view is visible.
 void DrawView(DataSet& data, const View& view, const ViewContext& context);
+// The data set's markers alone, over whatever was drawn (2-D maps draw them last).
+void DrawMarkersOver(DataSet& data, const View& view, const ViewContext& context);
 
 // The half-width in cube units of a marker of the given size: 1/200 of the cube's edge
 // per unit of Size (a default marker of Size 3 spans 3% of the edge).

@@ -158,6 +158,18 @@ class Contouring {
   bool InterpolateColors() const noexcept { return interpolateColors_; }
   /// Lets it; raises "InterpolateColors".
   void SetInterpolateColors(bool value);
+  /// Whether the fill shows at each pixel the colour of the band its own Z lies in, so
+  /// that band edges follow the levels (False: one colour a triangle, from its mean Z).
+  /// InterpolateColors, when True, takes precedence. Stored only by this library.
+  bool ExactBands() const noexcept { return exactBands_; }
+  /// Lets it; raises "ExactBands".
+  void SetExactBands(bool value);
+  /// Whether a height equal to a level counts as above it in tracing, so that each contour
+  /// is traced once and whole (False: exact signs, under which a level lying along mesh
+  /// edges traces them twice). Stored only by this library.
+  bool TiesAbove() const noexcept { return tiesAbove_; }
+  /// Lets it; raises "TiesAbove".
+  void SetTiesAbove(bool value);
   /// "Represents the collection of contour items that determine contour values and formatting."
   orvane::Contours& Contours() noexcept { return contours_; }
   /// The same, read-only.
@@ -181,7 +193,7 @@ class Contouring {
   void ResetToDefaults();
 
   /// Writes "AutoSetContoursType", "AutoSetInterval", "AutoSetIntervalCount", "ColorMap",
-  /// "InterpolateColors", then the levels under "Contours." and the user map under
+  /// "InterpolateColors", "ExactBands", "TiesAbove", then the levels under "Contours." and the user map under
   /// "UserColorMap.", all under prefix.
   void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
   /// Reads them with the defaults; a bad bag changes nothing.
@@ -205,6 +217,8 @@ class Contouring {
   std::int32_t autoSetIntervalCount_ = 10;
   std::int32_t colorMapType_ = orvColorMapRainbow;
   bool interpolateColors_ = false;
+  bool exactBands_ = false;
+  bool tiesAbove_ = false;
   bool recolouring_ = false;  // levels' changes are not relayed while set
   Connection userMapChanged_;
 };

@@ -104,13 +104,14 @@ class DataSet {
   /// The contour lines of each level in data units: one list of polylines per level, in
   /// the order of levels (finite and ascending, otherwise error 5). Lines are clipped to
   /// the user hull; the mesh is rebuilt first when stale. What the control draws is not
-  /// affected.
-  std::vector<std::vector<Polyline>> ContourLines(std::span<const double> levels) const;
+  /// affected. With tiesAbove a height equal to a level counts as above it: each contour
+  /// comes once, whole, with no doubled edge and no piece of no length.
+  std::vector<std::vector<Polyline>> ContourLines(std::span<const double> levels, bool tiesAbove = false) const;
   /// The filled bands between consecutive levels as merged polygons in data units (the
   /// outlines `orvane contour --bands` writes): levels.size() + 1 bands, the first below
   /// levels[0] and the last above the last level; a band the data do not reach is empty.
-  /// Levels and errors as for ContourLines.
-  std::vector<std::vector<Polygon>> ContourBands(std::span<const double> levels) const;
+  /// Levels, tiesAbove and errors as for ContourLines.
+  std::vector<std::vector<Polygon>> ContourBands(std::span<const double> levels, bool tiesAbove = false) const;
   /// The resampled grid in data units: the node X and Y values and z[i * y.size() + j] at
   /// (x[i], y[j]). Resamples first when the data or the settings changed; errors as for
   /// ResampledDataAsRectangularGridGet.
