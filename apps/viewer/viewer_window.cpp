@@ -105,6 +105,17 @@ const std::vector<std::pair<std::int32_t, QString>>& ViewerWindow::ColorMapNames
   return names;
 }
 
+namespace {
+
+// What the viewer draws with beyond the control's own defaults: exact band edges and
+// whole contours.
+void TakeViewerDefaults(Surface& surface) {
+  surface.Contouring().SetExactBands(true);
+  surface.Contouring().SetTiesAbove(true);
+}
+
+}  // namespace
+
 ViewerWindow::ViewerWindow(QWidget* parent) : QMainWindow(parent) {
   setObjectName(QStringLiteral("orvaneViewer"));
   setWindowTitle(tr("Orvane Viewer"));
@@ -115,6 +126,7 @@ ViewerWindow::ViewerWindow(QWidget* parent) : QMainWindow(parent) {
   plot_->setMouseTracking(true);
   plot_->installEventFilter(this);
   setCentralWidget(plot_);
+  TakeViewerDefaults(plot_->surface());
   connect(plot_, &orvane::qt::SurfaceWidget::progress, this, &ViewerWindow::onProgress);
   connect(plot_, &orvane::qt::SurfaceWidget::mouseMove, this, &ViewerWindow::onMouseMove);
   connect(plot_, &orvane::qt::SurfaceWidget::errorOccurred, this, &ViewerWindow::onControlError);
@@ -248,6 +260,20 @@ void ViewerWindow::buildActions() {
   connect(colorMapGroup_, &QActionGroup::triggered, this,
           [this](QAction* action) { setColorMap(action->data().toInt()); });
 
+  fillGroup_ = new QActionGroup(this);
+  const std::pair<Fill, QString> fills[3] = {{Fill::kBands, tr("&Exact Bands")},
+                                             {Fill::kFlat, tr("&Flat Triangles")},
+                                             {Fill::kSmooth, tr("&Smooth Colours")}};
+  const QString fillNames[3] = {QStringLiteral("fillFlat"), QStringLiteral("fillBands"), QStringLiteral("fillSmooth")};
+  for (const auto& [fill, text] : fills) {
+    QAction* action = make(text, fillNames[static_cast<int>(fill)]);
+    action->setCheckable(true);
+    action->setData(static_cast<int>(fill));
+    fillGroup_->addAction(action);
+  }
+  connect(fillGroup_, &QActionGroup::triggered, this,
+          [this](QAction* action) { setFill(static_cast<Fill>(action->data().toInt())); });
+
   resamplerGroup_ = new QActionGroup(this);
   const QString resamplerNames[4] = {tr("&None (Triangulate the Points)"), tr("&Inverse Distance"), tr("&Kriging"),
                                      tr("Natural &Neighbour")};
@@ -297,6 +323,7 @@ void ViewerWindow::buildMenus() {
   QMenu* plot = menuBar()->addMenu(tr("&Plot"));
   colorMapMenu_ = plot->addMenu(tr("&Colour Map"));
   colorMapMenu_->addActions(colorMapGroup_->actions());
+  plot->addMenu(tr("&Fill"))->addActions(fillGroup_->actions());
   plot->addAction(tr("Contour &Levels..."), this, [this] {
     bool ok = false;
     const int count = QInputDialog::getInt(this, tr("Contour Levels"), tr("Number of contour intervals:"),
@@ -437,6 +464,10 @@ void ViewerWindow::syncControls() {
   linesAction_->setChecked(dataSet.ViewMain().ContourLinesVisible());
   labelsAction_->setChecked(dataSet.ViewMain().ContourLabelsVisible());
   cursorAction_->setChecked(s.Cursor().Visible() && s.Cursor().Mode() == orvCursorModeTrackMouse);
+  const Fill fill = s.Contouring().InterpolateColors() ? Fill::kSmooth
+                    : s.Contouring().ExactBands()       ? Fill::kBands
+                                                        : Fill::kFlat;
+  for (QAction* action : fillGroup_->actions()) action->setChecked(action->data().toInt() == static_cast<int>(fill));
   const std::int32_t map = s.Contouring().ColorMapType();
   for (QAction* action : colorMapGroup_->actions()) action->setChecked(action->data().toInt() == map);
   colorMapBox_->setCurrentIndex(colorMapBox_->findData(map));
@@ -511,6 +542,7 @@ void ViewerWindow::showSample() {
   data_.reset();
   change(tr("The sample"), [this] {
     plot_->surface().ShowSampleData();
+    TakeViewerDefaults(plot_->surface());
     fitZoom(plot_->surface(), plot_->plotPixelSize());
   });
   syncControls();
@@ -644,6 +676,14 @@ void ViewerWindow::setPlotType3D(bool on) {
 
 void ViewerWindow::setColorMap(std::int32_t type) {
   change(tr("The colour map"), [this, type] { plot_->surface().Contouring().SetColorMapType(type); });
+}
+
+void ViewerWindow::setFill(Fill fill) {
+  change(tr("The fill"), [this, fill] {
+    Contouring& contouring = plot_->surface().Contouring();
+    contouring.SetInterpolateColors(fill == Fill::kSmooth);
+    contouring.SetExactBands(fill == Fill::kBands);
+  });
 }
 
 void ViewerWindow::setContourLevels(int count) {

@@ -64,6 +64,9 @@ class ViewerWindow : public QMainWindow {
 
   void setPlotType3D(bool on);
   void setColorMap(std::int32_t type);
+  // How the fill is coloured: flat (one colour a triangle), exact bands or smooth.
+  enum class Fill { kFlat, kBands, kSmooth };
+  void setFill(Fill fill);
   void setContourLevels(int count);
   // Selects a resampler (orvResamplerType...). A run stopped with Cancel puts the
   // previous resampler back.
@@ -170,6 +173,7 @@ class ViewerWindow : public QMainWindow {
   QAction* fitAction_ = nullptr;
   QActionGroup* colorMapGroup_ = nullptr;
   QActionGroup* resamplerGroup_ = nullptr;
+  QActionGroup* fillGroup_ = nullptr;  // data: the Fill, as an int
 };
 
 }  // namespace orvane::viewer
