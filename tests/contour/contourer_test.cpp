@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <functional>
 #include <random>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "contour/contourer.h"
@@ -252,6 +256,159 @@ TEST(CContourer, LinesAloneAreTheLinesOfAFullTrace) {
   }
   const std::vector<double> b = CContourer::Boundaries(std::vector<double>{-4, -1, 0, 2.5, 5});
   expectSameLines(CContourer::TraceGrid(gx, gy, gz, b), CContourer::TraceGrid(gx, gy, gz, b, {}, false));
+}
+
+// ---------------------------------------------------------------------------------------
+// Ties above: a height equal to a level counts as above it.
+
+CContourer::Segment TraceTiesAbove(double level, std::array<double, 3> z, bool expected = true) {
+  const double x[3] = {0, 1, 0};
+  const double y[3] = {0, 0, 1};
+  const double zs[3] = {z[0], z[1], z[2]};
+  CContourer::Segment s{};
+  EXPECT_EQ(CContourer::Trace(level, x, y, zs, s, true), expected);
+  return s;
+}
+
+TEST(CContourerTiesAbove, CornersOnTheLevelAreAboveIt) {
+  // Two corners on the level, the third below: the edge between them, as crossings.
+  EXPECT_EQ(TraceTiesAbove(10, {0, 10, 10}).line, (CLine{0, 1, 10, 1, 0, 10}));
+  // Heights 0, 10, 20 at 10: the middle of side 2-0 to corner 1, itself a crossing.
+  const CContourer::Segment mid = TraceTiesAbove(10, {0, 10, 20});
+  EXPECT_EQ(mid.line, (CLine{0, 0.5, 10, 1, 0, 10}));
+  EXPECT_EQ(mid.position1, 2.5);
+  EXPECT_EQ(mid.position2, 1.0);
+  // One corner on the level, the rest below: a segment of no length at that corner.
+  EXPECT_EQ(TraceTiesAbove(5, {5, 4, 3}).line, (CLine{0, 0, 5, 0, 0, 5}));
+  // Flat on the level, or touching it from above: all above, nothing.
+  TraceTiesAbove(5, {5, 5, 5}, false);
+  TraceTiesAbove(5, {5, 6, 7}, false);
+  // Two corners on the level and the third above: nothing either.
+  TraceTiesAbove(10, {20, 10, 10}, false);
+}
+
+TEST(CContourerTiesAbove, AnEdgeGivesTheSameCrossingToBothItsTriangles) {
+  // The crossing is worked out from the edge's lower corner whichever way round a
+  // triangle holds the edge, so the two segments meet to the last bit.
+  std::mt19937 random(5);
+  std::uniform_real_distribution<double> unit(-1, 1);
+  for (int i = 0; i < 2000; ++i) {
+    const double ax = unit(random), ay = unit(random), bx = unit(random), by = unit(random);
+    const double za = unit(random), zb = unit(random), level = unit(random);
+    if ((za >= level) == (zb >= level)) continue;
+    const double zc = za >= level ? level - 1.0 : level + 1.0;  // both triangles cross a-b and a-c
+    const double x1[3] = {ax, bx, 3.0}, y1[3] = {ay, by, 3.0}, z1[3] = {za, zb, zc};
+    const double x2[3] = {bx, ax, -3.0}, y2[3] = {by, ay, 2.0}, z2[3] = {zb, za, zc};
+    CContourer::Segment s1{}, s2{};
+    ASSERT_TRUE(CContourer::Trace(level, x1, y1, z1, s1, true));
+    ASSERT_TRUE(CContourer::Trace(level, x2, y2, z2, s2, true));
+    // The point on a-b is the first end of one and the second of the other, or the like.
+    const bool shared = (s1.line.x1 == s2.line.x1 && s1.line.y1 == s2.line.y1) ||
+                        (s1.line.x1 == s2.line.x2 && s1.line.y1 == s2.line.y2) ||
+                        (s1.line.x2 == s2.line.x1 && s1.line.y2 == s2.line.y1) ||
+                        (s1.line.x2 == s2.line.x2 && s1.line.y2 == s2.line.y2);
+    EXPECT_TRUE(shared) << i;
+  }
+}
+
+// A grid of whole-number heights traced with ties above at whole-number levels, its
+// segments after dropping doubles, and its chained lines.
+struct TiedGrid {
+  std::vector<double> x, y, z;
+  ContourTrace trace;
+  std::vector<CLineList> chained;
+
+  TiedGrid(std::size_t nx, std::size_t ny, const std::function<double(std::size_t, std::size_t)>& height,
+           const std::vector<double>& levels) {
+    for (std::size_t i = 0; i < nx; ++i) x.push_back(static_cast<double>(i) / static_cast<double>(nx - 1));
+    for (std::size_t j = 0; j < ny; ++j) y.push_back(static_cast<double>(j) / static_cast<double>(ny - 1));
+    for (std::size_t i = 0; i < nx; ++i) {
+      for (std::size_t j = 0; j < ny; ++j) z.push_back(height(i, j));
+    }
+    trace = CContourer::TraceGrid(x, y, z, CContourer::Boundaries(levels), {}, true, true);
+    for (CLineList& level : trace.levelLines) {
+      level.DropDoubled();
+      chained.push_back(level.Chain());
+    }
+  }
+  // Polylines of level k: their starts, and whether each closes.
+  std::size_t Polylines(std::size_t k) const { return chained[k].PolylineStarts().size(); }
+  double Length(std::size_t k) const {
+    double length = 0;
+    for (const CLine& l : chained[k].Lines()) length += std::hypot(l.x2 - l.x1, l.y2 - l.y1);
+    return length;
+  }
+};
+
+TEST(CContourerTiesAbove, APlateauOnTheLevelIsRingedOnceAndItsRidgeAndPeakGiveNothing) {
+  // 9 x 7 cells of 0 with a plateau of 1 over i, j in 1..3, a ridge of 1 along j = 5
+  // (i = 2..6) and a lone peak of 1 at (7, 2).
+  const TiedGrid g(9, 7, [](std::size_t i, std::size_t j) {
+    const bool plateau = i >= 1 && i <= 3 && j >= 1 && j <= 3;
+    const bool ridge = j == 5 && i >= 2 && i <= 6;
+    return plateau || ridge || (i == 7 && j == 2) ? 1.0 : 0.0;
+  }, {1.0});
+  // The plateau's edge, once round: two cells a side, one closed polyline.
+  ASSERT_EQ(g.Polylines(0), 1u);
+  EXPECT_NEAR(g.Length(0), 2 * (2.0 / 8) + 2 * (2.0 / 6), 1e-14);
+  const CLineList& ring = g.chained[0];
+  EXPECT_EQ(ring.Lines().front().x1, ring.Lines().back().x2);
+  EXPECT_EQ(ring.Lines().front().y1, ring.Lines().back().y2);
+  for (const CLine& l : ring.Lines()) EXPECT_FALSE(l.x1 == l.x2 && l.y1 == l.y2);
+
+  // The exact signs trace the ridge from both sides and the plateau's edge too.
+  const ContourTrace exact = CContourer::TraceGrid(g.x, g.y, g.z, CContourer::Boundaries(std::vector<double>{1.0}), {}, false, false);
+  EXPECT_GT(exact.levelLines[0].Chain().PolylineStarts().size(), 1u);
+}
+
+TEST(CContourerTiesAbove, NoSegmentTwiceNoneOfNoLengthAndEveryLineClosesOrEndsOnTheBorder) {
+  // Whole-number heights on a grid, levels at whole numbers, as surveyed terrain comes.
+  const std::vector<double> levels{-6, -4, -2, 0, 1, 2, 4, 6};
+  const TiedGrid g(41, 29, [](std::size_t i, std::size_t j) {
+    return std::round(7 * std::sin(0.23 * static_cast<double>(i)) * std::cos(0.31 * static_cast<double>(j)));
+  }, levels);
+  for (std::size_t k = 0; k < levels.size(); ++k) {
+    const CLineList& lines = g.chained[k];
+    ASSERT_GT(lines.Count(), 0u) << k;
+    std::set<std::array<double, 4>> seen;
+    for (const CLine& l : lines.Lines()) {
+      EXPECT_FALSE(l.x1 == l.x2 && l.y1 == l.y2) << "level " << levels[k];
+      const bool swap = std::pair{l.x2, l.y2} < std::pair{l.x1, l.y1};
+      const std::array<double, 4> key = swap ? std::array{l.x2, l.y2, l.x1, l.y1} : std::array{l.x1, l.y1, l.x2, l.y2};
+      EXPECT_TRUE(seen.insert(key).second) << "level " << levels[k] << " twice";
+    }
+    const auto& starts = lines.PolylineStarts();
+    for (std::size_t p = 0; p < starts.size(); ++p) {
+      const CLine& first = lines.Item(static_cast<std::size_t>(starts[p]));
+      const CLine& last = lines.Item(p + 1 < starts.size() ? static_cast<std::size_t>(starts[p + 1]) - 1 : lines.Count() - 1);
+      const bool closed = first.x1 == last.x2 && first.y1 == last.y2;
+      const auto onBorder = [](double px, double py) { return px == 0 || px == 1 || py == 0 || py == 1; };
+      EXPECT_TRUE(closed || (onBorder(first.x1, first.y1) && onBorder(last.x2, last.y2)))
+          << "level " << levels[k] << " polyline " << p << " stops inside the grid";
+    }
+  }
+  // The bands still cover the grid once: band k holds heights from level k - 1 up to,
+  // not including, level k.
+  double area = 0;
+  for (std::size_t k = 0; k < g.trace.bands.size(); ++k) {
+    area += Area(g.trace.bands[k]);
+    const double lo = k == 0 ? -1e300 : levels[k - 1], hi = k < levels.size() ? levels[k] : 1e300;
+    for (std::size_t i = 2; i < g.trace.bands[k].size(); i += 3) {
+      EXPECT_GE(g.trace.bands[k][i], lo);
+      EXPECT_LE(g.trace.bands[k][i], hi);
+    }
+  }
+  EXPECT_NEAR(area, 1.0, 1e-12);
+}
+
+TEST(CLineList, DropDoubledTakesBothCopiesOfAPairAndKeepsTheOrderOfTheRest) {
+  CLineList lines;
+  lines.Append(CLine{0, 0, 1, 1, 0, 1});
+  lines.Append(CLine{5, 5, 1, 6, 5, 1});
+  lines.Append(CLine{1, 0, 1, 0, 0, 1});  // the first, the other way round
+  lines.Append(CLine{6, 5, 1, 7, 5, 1});
+  lines.DropDoubled();
+  EXPECT_EQ(lines.Lines(), (std::vector<CLine>{{5, 5, 1, 6, 5, 1}, {6, 5, 1, 7, 5, 1}}));
 }
 
 }  // namespace
