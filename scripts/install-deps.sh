@@ -2,8 +2,8 @@
 # Installs the Debian packages Orvane builds and tests with. Idempotent: only the
 # packages that are missing are installed, and the package lists are refreshed
 # once, only when something has to be installed.
-#   --bench  installs only the peers the benchmarks compare with (CGAL, contourpy);
-#            nothing else needs them
+#   --bench  installs only the peers the benchmarks and comparisons use (CGAL, contourpy,
+#            matplotlib); the tests compare with them where they are present
 set -euo pipefail
 
 packages=(
@@ -31,10 +31,12 @@ packages=(
   gdal-bin
   # pdftoppm reads back the PDF the print test writes
   poppler-utils
+  # the Python tests (pytest on Debian's python3)
+  python3-pytest
 )
 
 if [[ "${1:-}" == "--bench" ]]; then
-  packages=(libcgal-dev python3-contourpy)
+  packages=(libcgal-dev python3-contourpy python3-matplotlib)
 fi
 
 missing=()

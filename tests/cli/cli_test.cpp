@@ -18,6 +18,7 @@
 #include <nlohmann/json.hpp>
 #include <png.h>
 
+#include "orvane/core/property_bag.h"
 #include "orvane/data/data_set.h"
 #include "orvane/data/xyz_file.h"
 
@@ -603,6 +604,10 @@ TEST_F(Cli, RenderRefusesBadRequests) {
       {points + " --rotation 1,2 -o " + out, "orvane: --rotation takes three angles: X,Y,Z\n"},
       {points + " --zoom 0 -o " + out, "orvane: --zoom must be a finite number above 0\n"},
       {points + " --contours 0 -o " + out, "orvane: --contours must be between 1 and 10000\n"},
+      {points + " --fill lumpy -o " + out, "orvane: --fill must be flat, bands or smooth\n"},
+      {points + " --fill flat --interpolate-colors -o " + out,
+       "orvane: --interpolate-colors asks for --fill smooth, not --fill flat\n"},
+      {points + " --ties maybe -o " + out, "orvane: --ties must be above or exact\n"},
       {points + " --power 2 -o " + out, "orvane: --power applies with --resample only\n"},
       {"--sample --resample idw -o " + out, "orvane: --resample applies to a data FILE only\n"},
       {(dir_ / "none.xyz").string() + " -o " + out,
@@ -616,6 +621,33 @@ TEST_F(Cli, RenderRefusesBadRequests) {
   EXPECT_EQ(map.status, 2);
   EXPECT_NE(map.out.find("--colormap must be one of blue-red"), std::string::npos) << map.out;
   EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+TEST_F(Cli, FillAndTiesDefaultToExactBandsAndWholeContoursAndKeepWhatAStateHolds) {
+  // What the command stores for each choice: exact bands and ties above unless told.
+  const std::string state = (dir_ / "f.state").string();
+  auto stored = [&](const std::string& options) {
+    const Outcome run = Orvane("state --sample " + options + " -o " + state);
+    EXPECT_EQ(run.status, 0) << options << "\n" << run.out;
+    std::ifstream in(state, std::ios::binary);
+    orvane::PropertyBag bag;
+    bag.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+    return std::array{bag.ReadProperty("Contouring.ExactBands", false), bag.ReadProperty("Contouring.InterpolateColors", false),
+                      bag.ReadProperty("Contouring.TiesAbove", false)};
+  };
+  EXPECT_EQ(stored(""), (std::array{true, false, true}));
+  EXPECT_EQ(stored("--fill flat --ties exact"), (std::array{false, false, false}));
+  EXPECT_EQ(stored("--fill smooth"), (std::array{false, true, true}));
+  EXPECT_EQ(stored("--interpolate-colors"), (std::array{false, true, true}));
+  // A state's own choice stands unless the options name another.
+  ASSERT_EQ(Orvane("state --sample --fill flat --ties exact --formatting-only -o " + state).status, 0);
+  const std::string again = (dir_ / "g.state").string();
+  ASSERT_EQ(Orvane("state --sample --state " + state + " -o " + again).status, 0);
+  std::ifstream in(again, std::ios::binary);
+  orvane::PropertyBag bag;
+  bag.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+  EXPECT_FALSE(bag.ReadProperty("Contouring.ExactBands", true));
+  EXPECT_FALSE(bag.ReadProperty("Contouring.TiesAbove", true));
 }
 
 TEST_F(Cli, StateSavesWhatRenderDrawsAgain) {

@@ -199,10 +199,15 @@ TEST(Contouring, LetsRaiseTheirNamesAndPersist) {
   c.SetAutoSetIntervalCount(7);
   c.SetAutoSetContoursType(orvAutoSetByInterval);
   c.SetInterpolateColors(true);
+  c.SetExactBands(false);  // the default: no event
+  c.SetExactBands(true);
+  c.SetTiesAbove(true);
+  c.SetTiesAbove(true);
   c.UserColorMap().Add(0.5, orvColorGold);
   EXPECT_EQ(events.names, (std::vector<std::string>{"ColorMap", "AutoSetInterval",
                                                     "AutoSetIntervalCount", "AutoSetContoursType",
-                                                    "InterpolateColors", "UserColorMap.Count"}));
+                                                    "InterpolateColors", "ExactBands", "TiesAbove",
+                                                    "UserColorMap.Count"}));
   c.AutoSetContours(0, 10);
   c.Contours().Item(1)->SetLineWidth(4);
   PropertyBag bag;
@@ -214,6 +219,8 @@ TEST(Contouring, LetsRaiseTheirNamesAndPersist) {
   EXPECT_EQ(copy.ColorMapType(), orvColorMapLandSeaDark);
   EXPECT_EQ(copy.AutoSetInterval(), 2.5);
   EXPECT_TRUE(copy.InterpolateColors());
+  EXPECT_TRUE(copy.ExactBands());
+  EXPECT_TRUE(copy.TiesAbove());
   EXPECT_EQ(Values(copy), Values(c));
   EXPECT_EQ(copy.Contours().Item(1)->LineWidth(), 4);
   EXPECT_EQ(copy.Contours().Item(1)->Color(), c.Contours().Item(1)->Color());
@@ -221,6 +228,8 @@ TEST(Contouring, LetsRaiseTheirNamesAndPersist) {
   // No keys: the defaults. A bad style: nothing changes.
   copy.ReadProperties(PropertyBag(), "Contouring.");
   EXPECT_EQ(copy.ColorMapType(), orvColorMapRainbow);
+  EXPECT_FALSE(copy.ExactBands());  // absent: the one colour a triangle
+  EXPECT_FALSE(copy.TiesAbove());   // absent: exact signs
   EXPECT_EQ(copy.Contours().Count(), 0);
   PropertyBag bad;
   bad.WriteProperty("C.ColorMap", std::int32_t{2});
@@ -231,6 +240,8 @@ TEST(Contouring, LetsRaiseTheirNamesAndPersist) {
   c.ResetToDefaults();
   EXPECT_EQ(c.Contours().Count(), 0);
   EXPECT_EQ(c.AutoSetInterval(), 1.0);
+  EXPECT_FALSE(c.ExactBands());
+  EXPECT_FALSE(c.TiesAbove());
 }
 
 TEST(Contouring, RelaysTheHostsChangesOfALevelUnderItsStoredKey) {

@@ -15,6 +15,7 @@
 #include "control/surface_state.h"
 #include "control_fixture.h"
 #include "orvane/axes/axes.h"
+#include "orvane/axes/axis.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/render/faces.h"
 #include "orvane/render/marker.h"
@@ -302,6 +303,76 @@ TEST(SurfacePicture, AFullyOpaqueTransparentViewLooksLikeTheOpaqueOne) {
   // Depth writes are off for a transparent view, so where the first set's lines lie
   // behind the second's fill they may still show; nothing else may differ.
   EXPECT_LT(differing, 60);
+}
+
+TEST(SurfacePicture, ADottedContourAlongMeshEdgesRunsOnOnceAndARidgeOnTheLevelIsNoContour) {
+  // Whole-number heights on a grid: a plateau of 1 over x, y in 1..3 and a ridge of 1
+  // along y = 5 (x = 2..6), 0 elsewhere; one level at 1, dotted, on a 2-D map.
+  const auto draw = [](bool tiesAbove, std::int64_t& ringBlack, std::int64_t& ringLength, std::int64_t& ridgeBlack) {
+    Control c(300, 260);
+    std::vector<double> x(9), y(7), z;
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] = static_cast<double>(i);
+    for (std::size_t j = 0; j < y.size(); ++j) y[j] = static_cast<double>(j);
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      for (std::size_t j = 0; j < y.size(); ++j) {
+        const bool plateau = i >= 1 && i <= 3 && j >= 1 && j <= 3, ridge = j == 5 && i >= 2 && i <= 6;
+        z.push_back(plateau || ridge ? 1.0 : 0.0);
+      }
+    }
+    DataSet& data = c.surface.DataSets().Item(0);
+    data.DataAsRectangularGridSet(x, 9, y, 7, Array2D(z, 9, 7));
+    View& view = data.ViewMain();
+    view.SetContourFillVisible(false);
+    view.ContourLinesMaster().SetDrawStyle(orvDrawStyleDot);
+    view.ContourLinesMaster().SetColor(0x000000);
+    Contouring& contouring = c.surface.Contouring();
+    contouring.SetAutoSetContoursType(orvAutoSetOff);
+    contouring.Contours().Add(1.0);
+    contouring.SetTiesAbove(tiesAbove);
+    BareViews(c);
+    c.surface.SetPlotType(orvPlotType2D);
+    c.surface.SetZoom(2.0);
+    c.surface.Refresh();
+    Dump(c, tiesAbove ? "dotted_ties_above" : "dotted_exact");
+    Axes& axes = c.surface.Axes();
+    const auto cube = [&](double dx, double dy) {
+      return Project(c, (dx - axes.XAxis().Min()) / (axes.XAxis().Max() - axes.XAxis().Min()),
+                     (dy - axes.YAxis().Min()) / (axes.YAxis().Max() - axes.YAxis().Min()), 0.0);
+    };
+    // Black pixels within a pixel of the segment from a to b (data units).
+    const auto blackAlong = [&](double ax, double ay, double bx, double by, std::int64_t& length) {
+      const auto a = cube(ax, ay), b = cube(bx, by);
+      length = std::max(std::abs(b[0] - a[0]), std::abs(b[1] - a[1]));
+      std::int64_t black = 0;
+      for (int py = std::min(a[1], b[1]) - 1; py <= std::max(a[1], b[1]) + 1; ++py) {
+        for (int px = std::min(a[0], b[0]) - 1; px <= std::max(a[0], b[0]) + 1; ++px) {
+          black += c.Image().Pixel(px, py) == 0u;
+        }
+      }
+      return black;
+    };
+    ringBlack = ringLength = 0;
+    const double corners[5][2] = {{1, 1}, {3, 1}, {3, 3}, {1, 3}, {1, 1}};
+    for (int k = 0; k < 4; ++k) {
+      std::int64_t side = 0;
+      // The sides' middles only: the corners' pixels are shared by two sides.
+      const double mx = (corners[k][0] + corners[k + 1][0]) / 2, my = (corners[k][1] + corners[k + 1][1]) / 2;
+      ringBlack += blackAlong((corners[k][0] + mx) / 2, (corners[k][1] + my) / 2, (mx + corners[k + 1][0]) / 2,
+                              (my + corners[k + 1][1]) / 2, side);
+      ringLength += side;
+    }
+    std::int64_t ridgeLength = 0;
+    ridgeBlack = blackAlong(2.5, 5, 5.5, 5, ridgeLength);
+  };
+  std::int64_t black = 0, length = 0, ridge = 0;
+  draw(true, black, length, ridge);
+  ASSERT_GT(length, 100);
+  // Dotted: every other pixel, along each side as one run.
+  EXPECT_NEAR(static_cast<double>(black) / static_cast<double>(length), 0.5, 0.06);
+  EXPECT_EQ(ridge, 0);
+  // Exact signs trace the ridge from both its sides, out and back.
+  draw(false, black, length, ridge);
+  EXPECT_GT(ridge, 40);
 }
 
 }  // namespace
