@@ -74,18 +74,28 @@ Surface& Shared() {
   return surface;
 }
 
+// Arg bands: 0 draws the described fill (one colour a triangle), 1 exact bands.
+void SetBands(Surface& s, const benchmark::State& state) {
+  const bool bands = state.range(0) == 1;
+  if (s.contouring.ExactBands() == bands) return;
+  s.contouring.SetExactBands(bands);
+  s.renderer.MarkPlotsStale();
+}
+
 void BM_FrameFirst(benchmark::State& state) {
   Surface& s = Shared();
+  SetBands(s, state);
   for (auto _ : state) {
     s.renderer.MarkPlotsStale();
     s.renderer.Render(s.target, s.scene, s.settings, nullptr, false);
   }
   state.counters["builds"] = static_cast<double>(s.renderer.PlotOfKind(0).BuildCount());
 }
-BENCHMARK(BM_FrameFirst)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_FrameFirst)->ArgName("bands")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void BM_FrameAfterRotation(benchmark::State& state) {
   Surface& s = Shared();
+  SetBands(s, state);
   s.renderer.Render(s.target, s.scene, s.settings, nullptr, false);
   const std::int64_t builds = s.renderer.PlotOfKind(0).BuildCount();
   for (auto _ : state) {
@@ -95,7 +105,7 @@ void BM_FrameAfterRotation(benchmark::State& state) {
   }
   state.counters["rebuilds"] = static_cast<double>(s.renderer.PlotOfKind(0).BuildCount() - builds);
 }
-BENCHMARK(BM_FrameAfterRotation)->Unit(benchmark::kMillisecond)->Iterations(20);
+BENCHMARK(BM_FrameAfterRotation)->ArgName("bands")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 // The same triangles, coloured as the surface, without the control around them.
 struct Bare {

@@ -107,9 +107,10 @@ const std::vector<std::pair<std::int32_t, QString>>& ViewerWindow::ColorMapNames
 
 namespace {
 
-// What the viewer draws with beyond the control's own defaults: exact band edges and
-// whole contours.
+// What the viewer draws with beyond the control's own defaults: exact band edges (the
+// sample's interpolated colours too) and whole contours.
 void TakeViewerDefaults(Surface& surface) {
+  surface.Contouring().SetInterpolateColors(false);
   surface.Contouring().SetExactBands(true);
   surface.Contouring().SetTiesAbove(true);
 }

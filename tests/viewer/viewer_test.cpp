@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -145,6 +146,35 @@ TEST_F(ViewerTest, ABadFileShowsTheErrorWithItsLineAndKeepsWhatIsShown) {
   EXPECT_FALSE(window.openSettings(Write("junk.state", "not a saved state")));
   EXPECT_FALSE(shown.isEmpty());
   EXPECT_EQ(window.plot().surface().State(orvStateTypeFormattingAndData), state);
+}
+
+TEST_F(ViewerTest, TheFillMenuChoosesBandsFlatOrSmoothAndFollowsTheControl) {
+  ViewerWindow window;
+  Surface& s = window.plot().surface();
+  // The viewer's own defaults: exact bands and whole contours, also after the sample.
+  EXPECT_TRUE(s.Contouring().ExactBands());
+  EXPECT_TRUE(s.Contouring().TiesAbove());
+  window.showSample();
+  EXPECT_TRUE(s.Contouring().ExactBands());
+  EXPECT_TRUE(s.Contouring().TiesAbove());
+  auto* bands = window.findChild<QAction*>(QStringLiteral("fillBands"));
+  auto* flat = window.findChild<QAction*>(QStringLiteral("fillFlat"));
+  auto* smooth = window.findChild<QAction*>(QStringLiteral("fillSmooth"));
+  ASSERT_TRUE(bands != nullptr && flat != nullptr && smooth != nullptr);
+  // The sample's own interpolated colours give way to the bands as well.
+  EXPECT_FALSE(s.Contouring().InterpolateColors());
+  EXPECT_TRUE(bands->isChecked());
+  flat->trigger();
+  EXPECT_FALSE(s.Contouring().ExactBands());
+  EXPECT_FALSE(s.Contouring().InterpolateColors());
+  smooth->trigger();
+  EXPECT_FALSE(s.Contouring().ExactBands());
+  EXPECT_TRUE(s.Contouring().InterpolateColors());
+  // A change made elsewhere (the property pages, a State) shows in the menu.
+  s.Contouring().SetInterpolateColors(false);
+  s.Contouring().SetExactBands(true);
+  EXPECT_TRUE(bands->isChecked());
+  EXPECT_FALSE(smooth->isChecked());
 }
 
 TEST_F(ViewerTest, SavedSettingsRestoreTheColourMapAndViewInANewViewer) {
