@@ -282,14 +282,23 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
   std::vector<GLint> stripFirst;
   std::vector<GLsizei> stripCount;
   glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
+  // Exact bands unlit: one colour for all, white with the view's alpha, for the texture
+  // to modulate (a list may leave out a colour equal to the one compiled before it, as it
+  // does the shade model, so another goes first). Lit, the colour material takes its
+  // white from the vertices: Mesa's lighting did not follow a colour set this way.
+  const bool colourArray = !g.bands || lit;
   glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_COLOR_ARRAY);
+  if (colourArray) glEnableClientState(GL_COLOR_ARRAY);
   if (lit) glEnableClientState(GL_NORMAL_ARRAY);
   if (g.bands) glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+  if (!colourArray) {
+    glColor4ub(0, 0, 0, 0);
+    glColor4ub(255, 255, 255, alpha);
+  }
   auto flush = [&]() {
     if (position.empty()) return;
     glVertexPointer(3, GL_FLOAT, 0, position.data());
-    glColorPointer(4, GL_UNSIGNED_BYTE, 0, colour.data());
+    if (colourArray) glColorPointer(4, GL_UNSIGNED_BYTE, 0, colour.data());
     if (lit) glNormalPointer(GL_FLOAT, 0, normal.data());
     if (g.bands) glTexCoordPointer(1, GL_FLOAT, 0, texel.data());
     if (stripFirst.empty()) {
@@ -315,16 +324,15 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     return packed;
   };
   auto vertex = [&](std::size_t k, std::uint32_t colourOf) {
-    colour.push_back(colourOf);
+    if (colourArray) colour.push_back(colourOf);
     position.insert(position.end(), {g.position[3 * k], g.position[3 * k + 1], g.position[3 * k + 2]});
     if (lit) normal.insert(normal.end(), {g.normal[3 * k], g.normal[3 * k + 1], g.normal[3 * k + 2]});
     if (g.bands) texel.push_back(g.texel[k]);
   };
-  // Exact bands: white, to be modulated by the texture.
   const std::uint32_t white = rgba(0xFFFFFF);
   auto colourAt = [&](std::size_t k) { return g.bands ? white : rgba(g.colour[k]); };
   position.reserve(9 * kBlock + 6 * mesh.gridX);
-  colour.reserve(3 * kBlock + 2 * mesh.gridX);
+  if (colourArray) colour.reserve(3 * kBlock + 2 * mesh.gridX);
   if (lit) normal.reserve(9 * kBlock + 6 * mesh.gridX);
   if (g.bands) texel.reserve(3 * kBlock + 2 * mesh.gridX);
   // Smooth shading of flat colours (lit, not interpolated) needs each triangle's colour
@@ -337,7 +345,7 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     // a strip no other triangle ends on.
     const std::size_t nx = mesh.gridX, ny = mesh.gridY;
     for (std::size_t j = 0; j + 1 < ny; ++j) {
-      stripFirst.push_back(static_cast<GLint>(colour.size()));
+      stripFirst.push_back(static_cast<GLint>(position.size() / 3));
       stripCount.push_back(static_cast<GLsizei>(2 * nx));
       for (std::size_t q = 0; q < nx; ++q) {
         const std::size_t i = nx - 1 - q;

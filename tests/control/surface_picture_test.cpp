@@ -276,8 +276,9 @@ TEST(SurfacePicture, HullLinesHideBehindTheSurfaceIn3DAndShowOverItIn2D) {
 TEST(SurfacePicture, AFullyOpaqueTransparentViewLooksLikeTheOpaqueOne) {
   // Two data sets, the second drawn as a transparent view of Transparency 1 (fully
   // opaque) over the first: the frame matches the one with the view opaque.
-  auto draw = [](bool transparent) {
+  auto draw = [](bool transparent, Fill fill, double transparency = 1.0) {
     auto c = std::make_unique<Control>(240, 240);
+    SetFill(c->surface, fill);
     c->surface.DataSets().SetCount(2);
     testing::Saddle(c->surface.DataSets().Item(0), 9);
     DataSet& second = c->surface.DataSets().Item(1);
@@ -288,21 +289,34 @@ TEST(SurfacePicture, AFullyOpaqueTransparentViewLooksLikeTheOpaqueOne) {
     }
     second.DataAsRectangularGridSet(x, 7, x, 7, Array2D(z, 7, 7));
     second.ViewMain().SetTransparencyOn(transparent);
-    second.ViewMain().SetTransparency(1.0);
+    second.ViewMain().SetTransparency(transparency);
     c->surface.Refresh();
     return c;
   };
-  auto opaque = draw(false);
-  auto transparent = draw(true);
-  const auto& a = opaque->Image();
-  const auto& b = transparent->Image();
-  int differing = 0;
-  for (int y = 0; y < a.header.biHeight; ++y) {
-    for (int x = 0; x < a.header.biWidth; ++x) differing += a.Pixel(x, y) != b.Pixel(x, y);
+  const auto differing = [](Control& one, Control& other) {
+    const auto& a = one.Image();
+    const auto& b = other.Image();
+    int n = 0;
+    for (int y = 0; y < a.header.biHeight; ++y) {
+      for (int x = 0; x < a.header.biWidth; ++x) n += a.Pixel(x, y) != b.Pixel(x, y);
+    }
+    return n;
+  };
+  for (const Fill fill : {Fill::kFlat, Fill::kBands}) {
+    auto opaque = draw(false, fill);
+    auto transparent = draw(true, fill);
+    // Depth writes are off for a transparent view, so where the first set's lines lie
+    // behind the second's fill they may still show; nothing else may differ.
+    EXPECT_LT(differing(*opaque, *transparent), 60) << "fill " << static_cast<int>(fill);
+    // Half transparent, the picture changes; fully transparent, the fill is gone.
+    auto half = draw(true, fill, 0.5);
+    EXPECT_GT(differing(*opaque, *half), 800) << "fill " << static_cast<int>(fill);
+    auto clear = draw(true, fill, 0.0);
+    auto none = draw(false, fill);
+    none->surface.DataSets().Item(1).ViewMain().SetContourFillVisible(false);
+    none->surface.Refresh();
+    EXPECT_LT(differing(*clear, *none), 60) << "fill " << static_cast<int>(fill);
   }
-  // Depth writes are off for a transparent view, so where the first set's lines lie
-  // behind the second's fill they may still show; nothing else may differ.
-  EXPECT_LT(differing, 60);
 }
 
 TEST(SurfacePicture, ADottedContourAlongMeshEdgesRunsOnOnceAndARidgeOnTheLevelIsNoContour) {
