@@ -100,8 +100,8 @@ Color FillColor(const Contouring& contouring, double z) {
 // ---------------------------------------------------------------------------------------
 
 // The texels: evenly spaced levels get the same number of texels per band, each level
-// just above a texel edge; others spread the most texels over their span, each level then
-// within a texel of its place.
+// just above a texel edge; others (and more bands than texels) spread the most texels
+// over their span, each level then within a texel of its place.
 }  // namespace
 
 BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::size_t maxTexels) {
@@ -127,7 +127,7 @@ BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::si
   }
   std::size_t count = maxTexels;
   double texel = 0.0;
-  if (even) {
+  if (even && n + 1 <= maxTexels) {
     const std::size_t perBand = std::max<std::size_t>(1, maxTexels / (n + 1));
     count = perBand * (n + 1);
     texel = step / static_cast<double>(perBand);

@@ -1,16 +1,20 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "orvane/contour/contouring.h"
 #include "orvane/core/color.h"
 #include "orvane/core/property_bag.h"
 #include "orvane/render/marker.h"
 #include "orvane/render/view.h"
+#include "render/view_drawing.h"
 #include "support/event_recorder.h"
 #include "support/expect_error.h"
 
@@ -456,6 +460,77 @@ TEST(View, ABadStoredValueAnywhereChangesNothing) {
   PropertyBag bag;
   bag.WriteProperty("V.Transparency", 2.0);
   EXPECT_ORVANE_ERROR(view.ReadProperties(bag, "V."), 5, "Orvada.View");
+}
+
+// ---------------------------------------------------------------------------------------
+// The band texture of the exact-band fill
+
+// The colour of the texel a height falls in, as the texture's nearest lookup takes it.
+Color TexelAt(const detail::BandTexture& t, double z) {
+  const double s = static_cast<double>(t.Coordinate(z)) * static_cast<double>(t.texels.size());
+  const auto j = static_cast<std::size_t>(std::clamp(std::floor(s), 0.0, static_cast<double>(t.texels.size() - 1)));
+  std::uint8_t bytes[4];
+  std::memcpy(bytes, &t.texels[j], 4);
+  EXPECT_EQ(bytes[3], 255);
+  return Rgb(bytes[0], bytes[1], bytes[2]);
+}
+
+// Levels with colours of their own: level k red k * 40, the colour below the first blue.
+Contouring& Levels(Contouring& c, const std::vector<double>& values) {
+  c.SetAutoSetContoursType(orvAutoSetOff);
+  for (std::size_t k = 0; k < values.size(); ++k) {
+    c.Contours().Add(values[k], Rgb(static_cast<std::uint8_t>(40 * (k + 1)), 0, 0), k == 0 ? Rgb(0, 0, 200) : 0);
+  }
+  return c;
+}
+
+TEST(BandTexture, EvenLevelsFallJustAboveTexelEdgesSoAHeightOnALevelShowsTheBandAbove) {
+  Contouring c;
+  Levels(c, {10, 20, 30});
+  const detail::BandTexture t = detail::MakeBandTexture(c, 50.0, 4096);
+  ASSERT_EQ(t.texels.size(), 4096u);  // four bands of 1024 texels
+  EXPECT_EQ(t.step, 10.0 / 1024);
+  for (std::size_t k = 0; k < 3; ++k) {
+    const double level = 10.0 * static_cast<double>(k + 1);
+    EXPECT_EQ(TexelAt(t, level), c.FindColor(level, false)) << level;                  // on it: above
+    EXPECT_EQ(TexelAt(t, level - 0.02 * t.step), c.FindColor(level - 1, false)) << level;  // just below
+  }
+  // Far outside the levels the outer bands go on.
+  EXPECT_EQ(TexelAt(t, -1e6), Rgb(0, 0, 200));
+  EXPECT_EQ(TexelAt(t, 1e6), Rgb(120, 0, 0));
+}
+
+TEST(BandTexture, UnevenOneTooManyOrBadLevels) {
+  // Uneven: every level within a texel of its place.
+  Contouring uneven;
+  Levels(uneven, {0, 1, 5});
+  const detail::BandTexture t = detail::MakeBandTexture(uneven, 5.0, 4096);
+  ASSERT_EQ(t.texels.size(), 4096u);
+  for (const double level : {0.0, 1.0, 5.0}) {
+    EXPECT_EQ(TexelAt(t, level + t.step), uneven.FindColor(level, false)) << level;
+    EXPECT_EQ(TexelAt(t, level - t.step), uneven.FindColor(level - 0.5, false)) << level;
+  }
+  // One level: a step from the data's range.
+  Contouring one;
+  Levels(one, {3});
+  const detail::BandTexture single = detail::MakeBandTexture(one, 2.0, 4096);
+  EXPECT_EQ(TexelAt(single, 3.0), Rgb(40, 0, 0));
+  EXPECT_EQ(TexelAt(single, 2.999), Rgb(0, 0, 200));
+  // More bands than texels: no more texels than the card takes.
+  Contouring many;
+  std::vector<double> values;
+  for (int k = 0; k < 6000; ++k) values.push_back(k);
+  many.SetAutoSetContoursType(orvAutoSetOff);
+  many.Contours().AddLevels(values);
+  EXPECT_EQ(detail::MakeBandTexture(many, 6000, 4096).texels.size(), 4096u);
+  // No levels, or a NaN among them: no texture (the fill keeps its flat colours).
+  Contouring none;
+  EXPECT_TRUE(detail::MakeBandTexture(none, 1, 4096).texels.empty());
+  Contouring nan;
+  nan.SetAutoSetContoursType(orvAutoSetOff);
+  nan.Contours().Add(1.0);
+  nan.Contours().Add(kNaN);
+  EXPECT_TRUE(detail::MakeBandTexture(nan, 1, 4096).texels.empty());
 }
 
 }  // namespace
