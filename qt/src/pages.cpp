@@ -166,7 +166,10 @@ void ContouringPage(Page& page, Surface& surface) {
       .choice("ColorMapType", tr("Colour map"), ColorMapChoices(), &Contouring::ColorMapType,
               &Contouring::SetColorMapType)
       .check("InterpolateColors", tr("Interpolate colours"), &Contouring::InterpolateColors,
-             &Contouring::SetInterpolateColors);
+             &Contouring::SetInterpolateColors)
+      .check("ExactBands", tr("Exact band edges"), &Contouring::ExactBands, &Contouring::SetExactBands)
+      .check("TiesAbove", tr("Heights on a level count as above it"), &Contouring::TiesAbove,
+             &Contouring::SetTiesAbove);
   // The levels come last, after the settings that decide whether they are rebuilt.
   page.section(tr("Levels (rebuilt from the data unless automatic levels are off)"));
   auto getter = [&surface] { return LevelsOf(surface.Contouring().Contours()); };

@@ -136,6 +136,13 @@ TEST(PropertyPagesTree, HoldsEveryPageWithTheViewsAndResamplingOfEachDataSet) {
   EXPECT_FALSE(p.surface.DataSets().Item(0).ViewTop().MeshVisible());
   EXPECT_EQ(p.surface.DataSets().Item(1).Resampling().IntervalCount(), 25);
   EXPECT_EQ(p.surface.DataSets().Item(0).Resampling().IntervalCount(), 10);
+
+  // The contouring page carries the exact bands and the ties as well.
+  p.editor<QCheckBox>("Contouring", "ExactBands").setChecked(true);
+  p.editor<QCheckBox>("Contouring", "TiesAbove").setChecked(true);
+  EXPECT_TRUE(p.dialog->apply()) << p.errors().toStdString();
+  EXPECT_TRUE(p.surface.Contouring().ExactBands());
+  EXPECT_TRUE(p.surface.Contouring().TiesAbove());
 }
 
 TEST(PropertyPagesApply, EditsWaitForApplyAndThenGoThroughTheLets) {
