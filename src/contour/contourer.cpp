@@ -217,7 +217,8 @@ void TraceTriangle(const double (&x)[3], const double (&y)[3], const double (&z)
                                          : z[i] - lo > -kPointTolerance && hi - z[i] > -kPointTolerance;
       if (inside) {
         nodes.push_back({x[i], y[i], z[i], static_cast<double>(i)});
-        belowTop = belowTop || hi - z[i] > kPointTolerance;
+        // With ties above a corner inside the band lies below its top, however near.
+        belowTop = belowTop || work.tiesAbove || hi - z[i] > kPointTolerance;
       }
     }
     if (nodes.size() < 3 || (!belowTop && k < n)) continue;

@@ -267,10 +267,15 @@ void DataSetState::TraceContours(std::span<const double> levels) {
     }
   }
 
-  // Boundaries in the mesh's normalised Z; a flat data set puts every level at 0.
+  // Boundaries in the mesh's normalised Z; a flat data set puts every level at 0, or,
+  // with ties above, below, on or above its height (-1, 0, 1), so that its one band is
+  // the one its height lies in.
   std::vector<double> normalised(levels.size());
   const bool flat = max[2] - min[2] < kTolerance;
-  for (std::size_t k = 0; k < levels.size(); ++k) normalised[k] = flat ? 0.0 : Normalise(2, levels[k]);
+  for (std::size_t k = 0; k < levels.size(); ++k) {
+    const double side = levels[k] < min[2] ? -1.0 : (levels[k] > min[2] ? 1.0 : 0.0);
+    normalised[k] = flat ? (tiesAbove ? side : 0.0) : Normalise(2, levels[k]);
+  }
   std::sort(normalised.begin(), normalised.end());  // levels arrive ascending already
   const std::vector<double> boundaries = CContourer::Boundaries(normalised);
 

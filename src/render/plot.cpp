@@ -58,12 +58,12 @@ void Plot::DrawPasses(DataSets& sets, const ViewContext& context) const {
       if (view.Visible() && view.TransparencyOn() == transparent) DrawView(data, view, context);
     }
   }
-  // A map shows every data point: the markers go over all the fills.
+  // A map shows every data point and hull: they go over all the fills.
   if (context.is3D) return;
   for (std::int32_t i = 0; i < sets.Count(); ++i) {
     DataSet& data = sets.Item(i);
     const View& view = ViewOfKind(data, kind_);
-    if (view.Visible()) DrawMarkersOver(data, view, context);
+    if (view.Visible()) DrawOverlays(data, view, context);
   }
 }
 

@@ -1,5 +1,6 @@
 // One data set's view, in the element order and GL state of the views: markers, filled
-// surface, contour lines, mesh, then the hulls. Every vertex is mapped from the data
+// surface, contour lines, mesh, then the hulls; in 2-D the hulls and markers of every view
+// come after all the views' fills and lines (DrawOverlays). Every vertex is mapped from the data
 // set's normalised coordinates (or data units, for the markers) into cube coordinates.
 //
 // Beyond the bare element rules:
@@ -12,7 +13,7 @@
 //   levels, lit or not. Specular light is added after the texture, as it is added after
 //   the colour in the other modes.
 // - In 3-D the hulls on the cube's floor are hidden where the surface lies in front of
-//   them; in 2-D they and the markers are drawn over the fill.
+//   them; in 2-D they and the markers are drawn over every fill.
 // - Markers: Size is in 1/200ths of the cube's edge (MarkerHalfWidth); the 3-D shapes are
 //   solids round the point, the flat ones lie in the XY plane through it (facing the
 //   viewer in 2-D and in the top and bottom views). Plus and cross are strokes: in the
@@ -274,6 +275,7 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     glTexImage1D(GL_TEXTURE_1D, 0, GL_RGBA8, static_cast<GLsizei>(g.texture.texels.size()), 0, GL_RGBA,
                  GL_UNSIGNED_BYTE, g.texture.texels.data());
     glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    glDisable(GL_TEXTURE_2D);  // it would take the 1-D texture's place
     glEnable(GL_TEXTURE_1D);
     if (lit) glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR);
   }
@@ -617,14 +619,15 @@ void DrawView(DataSet& data, const View& view, const ViewContext& context) {
   if (view.ContourFillVisible()) DrawFill(s, view, map, context);
   if (view.ContourLinesVisible()) DrawContourLines(s, view, map, context);
   if (view.MeshVisible()) DrawMesh(s, view, map);
-  DrawHulls(s, view, map, context.is3D);
+  if (context.is3D) DrawHulls(s, view, map, true);
 }
 
-void DrawMarkersOver(DataSet& data, const View& view, const ViewContext& context) {
-  if (!view.DataMarkersMaster().Visible()) return;
+void DrawOverlays(DataSet& data, const View& view, const ViewContext& context) {
   const DataSetState& s = DataSetAccess::State(data);
   CCoordMapper map;
   map.Init(data, context.axes);
+  DrawHulls(s, view, map, false);
+  if (!view.DataMarkersMaster().Visible()) return;
   glPushAttrib(GL_ENABLE_BIT);
   glDisable(GL_DEPTH_TEST);
   DrawMarkers(s, view.DataMarkersMaster(), map, context);

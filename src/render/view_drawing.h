@@ -58,7 +58,7 @@ struct ViewContext {
   Axes& axes;
   const Contouring& contouring;
   bool lightingOn = false;
-  bool is3D = true;  // in 2-D the markers go over every fill, after the views
+  bool is3D = true;  // in 2-D the hulls and markers go over every fill, after the views
   // Drawn lengths of the cube's X, Y and Z edges: markers are divided by them, so that
   // a cube marker stays a cube however the plot cube is stretched.
   std::array<double, 3> cubeLengths{1.0, 1.0, 1.0};
@@ -67,10 +67,12 @@ struct ViewContext {
 };
 
 // Draws, in cube coordinates, the data set's markers, filled surface, contour lines,
-// mesh and hulls as the view's switches say. The caller checked that the view is visible.
+// mesh and hulls as the view's switches say; in 2-D the fill, lines and mesh alone. The
+// caller checked that the view is visible.
 void DrawView(DataSet& data, const View& view, const ViewContext& context);
-// The data set's markers alone, over whatever was drawn (2-D maps draw them last).
-void DrawMarkersOver(DataSet& data, const View& view, const ViewContext& context);
+// A 2-D map's hulls and markers of the data set, over whatever was drawn: they come after
+// every view, so that no fill buries them.
+void DrawOverlays(DataSet& data, const View& view, const ViewContext& context);
 
 // The half-width in cube units of a marker of the given size: 1/200 of the cube's edge
 // per unit of Size (a default marker of Size 3 spans 3% of the edge).

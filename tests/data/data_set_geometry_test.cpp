@@ -145,6 +145,25 @@ TEST(DataSetGeometry, ContourLinesAndBandsInDataUnits) {
   EXPECT_ORVANE_ERROR(data.ContourBands(nan), 5, "Orvadis.Dataset", "The contour levels must be finite numbers.");
 }
 
+TEST(DataSetGeometry, WithTiesAboveAFlatDataSetLiesInTheBandOfItsHeight) {
+  // A flat grid at z = 10 over 2 x 2: with ties above it fills the band from 10 up,
+  // whatever levels lie round it, and draws no line; the exact signs put it on both
+  // sides of a level at its height.
+  DataSet data;
+  const std::vector<double> x{0, 2};
+  data.DataAsRectangularGridSet(x, 2, x, 2, Array2D(std::vector<double>{10, 10, 10, 10}, 2, 2));
+  const std::vector<double> levels{5, 10, 15};
+  const auto bands = data.ContourBands(levels, true);
+  ASSERT_EQ(bands.size(), 4u);
+  for (std::size_t k = 0; k < 4; ++k) EXPECT_EQ(bands[k].empty(), k != 2) << "band " << k;
+  for (const auto& level : data.ContourLines(levels, true)) EXPECT_TRUE(level.empty());
+  const std::vector<double> between{7, 12};
+  const auto inside = data.ContourBands(between, true);
+  EXPECT_TRUE(inside[0].empty());
+  EXPECT_FALSE(inside[1].empty());
+  EXPECT_TRUE(inside[2].empty());
+}
+
 TEST(DataSetGeometry, TracingApartLeavesWhatTheControlDraws) {
   const Plane p;
   DataSet data;
