@@ -182,6 +182,7 @@ std::vector<double> Levels(const ContourOptions& options, double zMin, double zM
 }
 
 void RunContour(const ContourOptions& options) {
+  if (options.ties != "above" && options.ties != "exact") throw Error(5, "orvane", "--ties must be above or exact");
   OutputFile file(options.output);
   DataSet data;
   Load(options.file, options.input, data);
@@ -265,8 +266,7 @@ void AddContourCommand(CLI::App& app) {
   contour->add_flag("--bands", options->bands, "Also write one MultiPolygon per band between levels");
   contour->add_option("--ties", options->ties,
                       "above (default: a height equal to a level counts as above it; whole contours) or exact "
-                      "(exact signs: a level along mesh edges is traced twice)")
-      ->check(CLI::IsMember({"above", "exact"}));
+                      "(exact signs: a level along mesh edges is traced twice)");
   contour->add_option("-o,--output", options->output, "GeoJSON file to write")->required();
   contour->callback([options] { RunContour(*options); });
 }

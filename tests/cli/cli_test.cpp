@@ -295,7 +295,8 @@ TEST_F(Cli, LevelOptionsAreBoundedAndNamed) {
       {"--interval nan", "orvane: --interval must be a finite number above 0\n"},
       {"--interval 1e-9", "orvane: --interval 1e-09 gives more than 10000 levels between the Z limits\n"},
       {"--levels 1,nan,2", "orvane: --levels: the level nan is not a finite number\n"},
-      {"--levels inf", "orvane: --levels: the level inf is not a finite number\n"}};
+      {"--levels inf", "orvane: --levels: the level inf is not a finite number\n"},
+      {"--ties sometimes", "orvane: --ties must be above or exact\n"}};
   for (const auto& [arguments, message] : cases) {
     const Outcome run = Orvane("contour " + file + " " + arguments + " -o " + out);
     EXPECT_EQ(run.status, 2) << arguments;
