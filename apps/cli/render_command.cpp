@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "commands.h"
@@ -20,8 +21,11 @@
 #include "control/fitting_zoom.h"
 #include "control/surface_state.h"
 #include "orvane/control/surface.h"
+#include "orvane/axes/axes.h"
+#include "orvane/axes/axis.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
+#include "orvane/data/data_sets.h"
 #include "orvane/data/grid_file.h"
 #include "orvane/data/xyz_file.h"
 #include "orvane/host/headless_host.h"
@@ -48,6 +52,8 @@ struct RenderOptions {
   bool interpolateColors = false;
   std::string fill = "bands";   // flat, bands or smooth
   std::string ties = "above";   // how heights on a level are traced: above or exact
+  std::string projections = "none";  // the views on the cube's top and bottom faces
+  std::string xlabel, ylabel, zlabel;  // axis titles
   bool lighting = false;
   bool mesh = false;
   bool markers = false;
@@ -164,6 +170,9 @@ void CheckOptions(const RenderOptions& o) {
     Refuse("--interpolate-colors asks for --fill smooth, not --fill " + o.fill);
   }
   if (o.ties != "above" && o.ties != "exact") Refuse("--ties must be above or exact");
+  if (o.projections != "none" && o.projections != "top" && o.projections != "bottom" && o.projections != "both") {
+    Refuse("--projections must be none, top, bottom or both");
+  }
   if (!o.colormap.empty() && ColorMaps().count(o.colormap) == 0) {
     std::string names;
     for (const auto& [name, value] : ColorMaps()) names += (names.empty() ? "" : ", ") + name;
@@ -223,6 +232,22 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
   }
   if (!fromState || given("--ties")) contouring.SetTiesAbove(o.ties == "above");
   if (o.lighting) surface.SetLightingOn(true);
+  // The projections on the cube's faces: none unless asked for (or a State holds them).
+  if (!fromState || given("--projections")) {
+    for (DataSet& data : surface.DataSets()) {
+      data.ViewTop().SetVisible(o.projections == "top" || o.projections == "both");
+      data.ViewBottom().SetVisible(o.projections == "bottom" || o.projections == "both");
+    }
+  }
+  const std::tuple<const char*, const std::string*, Axis*> titles[] = {
+      {"--xlabel", &o.xlabel, &surface.Axes().XAxis()},
+      {"--ylabel", &o.ylabel, &surface.Axes().YAxis()},
+      {"--zlabel", &o.zlabel, &surface.Axes().ZAxis()}};
+  for (const auto& [option, text, axis] : titles) {
+    if (!given(option)) continue;
+    axis->SetTitle(*text);
+    axis->SetTitleVisible(!text->empty());
+  }
   View& view = surface.DataSets().Item(0).ViewMain();
   if (o.mesh) view.SetMeshVisible(true);
   if (o.markers) view.DataMarkersMaster().SetVisible(true);
@@ -303,6 +328,11 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
                      "above (default: a height equal to a level counts as above it; whole contours) or exact "
                      "(exact signs: a level along mesh edges is traced twice)");
   command.add_flag("--lighting", o.lighting, "Light the surface");
+  command.add_option("--projections", o.projections,
+                     "none (default), top, bottom or both: the map drawn again on the cube's top or bottom face");
+  command.add_option("--xlabel", o.xlabel, "Title of the X axis");
+  command.add_option("--ylabel", o.ylabel, "Title of the Y axis");
+  command.add_option("--zlabel", o.zlabel, "Title of the Z axis (the legend takes it too)");
   command.add_flag("--mesh", o.mesh, "Draw the mesh");
   command.add_flag("--markers", o.markers, "Mark the data points");
   command.add_flag("--no-fill", o.noFill, "No colour fill");

@@ -108,11 +108,16 @@ const std::vector<std::pair<std::int32_t, QString>>& ViewerWindow::ColorMapNames
 namespace {
 
 // What the viewer draws with beyond the control's own defaults: exact band edges (the
-// sample's interpolated colours too) and whole contours.
+// sample's interpolated colours too), whole contours, and no copies of the map on the
+// cube's faces.
 void TakeViewerDefaults(Surface& surface) {
   surface.Contouring().SetInterpolateColors(false);
   surface.Contouring().SetExactBands(true);
   surface.Contouring().SetTiesAbove(true);
+  for (DataSet& data : surface.DataSets()) {
+    data.ViewTop().SetVisible(false);
+    data.ViewBottom().SetVisible(false);
+  }
 }
 
 }  // namespace
@@ -275,6 +280,22 @@ void ViewerWindow::buildActions() {
   connect(fillGroup_, &QActionGroup::triggered, this,
           [this](QAction* action) { setFill(static_cast<Fill>(action->data().toInt())); });
 
+  projectionsGroup_ = new QActionGroup(this);
+  const std::pair<Projections, QString> projections[4] = {{Projections::kNone, tr("&None")},
+                                                          {Projections::kTop, tr("On the &Top Face")},
+                                                          {Projections::kBottom, tr("On the &Bottom Face")},
+                                                          {Projections::kBoth, tr("On B&oth Faces")}};
+  const QString projectionNames[4] = {QStringLiteral("projectionsNone"), QStringLiteral("projectionsTop"),
+                                      QStringLiteral("projectionsBottom"), QStringLiteral("projectionsBoth")};
+  for (const auto& [which, text] : projections) {
+    QAction* action = make(text, projectionNames[static_cast<int>(which)]);
+    action->setCheckable(true);
+    action->setData(static_cast<int>(which));
+    projectionsGroup_->addAction(action);
+  }
+  connect(projectionsGroup_, &QActionGroup::triggered, this,
+          [this](QAction* action) { setProjections(static_cast<Projections>(action->data().toInt())); });
+
   resamplerGroup_ = new QActionGroup(this);
   const QString resamplerNames[4] = {tr("&None (Triangulate the Points)"), tr("&Inverse Distance"), tr("&Kriging"),
                                      tr("Natural &Neighbour")};
@@ -316,6 +337,7 @@ void ViewerWindow::buildMenus() {
   view->addAction(fitAction_);
   view->addSeparator();
   view->addAction(lightingAction_);
+  view->addMenu(tr("&Projections"))->addActions(projectionsGroup_->actions());
   view->addAction(legendAction_);
   view->addAction(captionAction_);
   view->addSeparator();
@@ -469,6 +491,15 @@ void ViewerWindow::syncControls() {
                     : s.Contouring().ExactBands()       ? Fill::kBands
                                                         : Fill::kFlat;
   for (QAction* action : fillGroup_->actions()) action->setChecked(action->data().toInt() == static_cast<int>(fill));
+  const bool top = dataSet.ViewTop().Visible(), bottom = dataSet.ViewBottom().Visible();
+  const Projections shown = top && bottom ? Projections::kBoth
+                            : top         ? Projections::kTop
+                            : bottom      ? Projections::kBottom
+                                          : Projections::kNone;
+  for (QAction* action : projectionsGroup_->actions()) {
+    action->setChecked(action->data().toInt() == static_cast<int>(shown));
+    action->setEnabled(is3D);
+  }
   const std::int32_t map = s.Contouring().ColorMapType();
   for (QAction* action : colorMapGroup_->actions()) action->setChecked(action->data().toInt() == map);
   colorMapBox_->setCurrentIndex(colorMapBox_->findData(map));
@@ -684,6 +715,15 @@ void ViewerWindow::setFill(Fill fill) {
     Contouring& contouring = plot_->surface().Contouring();
     contouring.SetInterpolateColors(fill == Fill::kSmooth);
     contouring.SetExactBands(fill == Fill::kBands);
+  });
+}
+
+void ViewerWindow::setProjections(Projections projections) {
+  change(tr("The projections"), [this, projections] {
+    for (DataSet& set : plot_->surface().DataSets()) {
+      set.ViewTop().SetVisible(projections == Projections::kTop || projections == Projections::kBoth);
+      set.ViewBottom().SetVisible(projections == Projections::kBottom || projections == Projections::kBoth);
+    }
   });
 }
 

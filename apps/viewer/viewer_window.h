@@ -67,6 +67,9 @@ class ViewerWindow : public QMainWindow {
   // How the fill is coloured: flat (one colour a triangle), exact bands or smooth.
   enum class Fill { kFlat, kBands, kSmooth };
   void setFill(Fill fill);
+  // Which of the map's copies on the cube's faces show: none, top, bottom or both.
+  enum class Projections { kNone, kTop, kBottom, kBoth };
+  void setProjections(Projections projections);
   void setContourLevels(int count);
   // Selects a resampler (orvResamplerType...). A run stopped with Cancel puts the
   // previous resampler back.
@@ -174,6 +177,7 @@ class ViewerWindow : public QMainWindow {
   QActionGroup* colorMapGroup_ = nullptr;
   QActionGroup* resamplerGroup_ = nullptr;
   QActionGroup* fillGroup_ = nullptr;  // data: the Fill, as an int
+  QActionGroup* projectionsGroup_ = nullptr;  // data: the Projections, as an int
 };
 
 }  // namespace orvane::viewer

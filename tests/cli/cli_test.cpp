@@ -651,6 +651,34 @@ TEST_F(Cli, FillAndTiesDefaultToExactBandsAndWholeContoursAndKeepWhatAStateHolds
   EXPECT_FALSE(bag.ReadProperty("Contouring.TiesAbove", true));
 }
 
+TEST_F(Cli, ProjectionsAreOffUnlessAskedForAndAxisTitlesComeFromTheOptions) {
+  const std::string state = (dir_ / "p.state").string();
+  auto bag = [&](const std::string& options) {
+    const Outcome run = Orvane("state --sample " + options + " -o " + state);
+    EXPECT_EQ(run.status, 0) << options << "\n" << run.out;
+    std::ifstream in(state, std::ios::binary);
+    orvane::PropertyBag b;
+    b.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+    return b;
+  };
+  auto shown = [](const orvane::PropertyBag& b) {
+    return std::array{b.ReadProperty("Datasets.DataSet1.ViewTop.Visible", true),
+                      b.ReadProperty("Datasets.DataSet1.ViewBottom.Visible", true)};
+  };
+  EXPECT_EQ(shown(bag("")), (std::array{false, false}));
+  EXPECT_EQ(shown(bag("--projections top")), (std::array{true, false}));
+  EXPECT_EQ(shown(bag("--projections bottom")), (std::array{false, true}));
+  EXPECT_EQ(shown(bag("--projections both")), (std::array{true, true}));
+  const orvane::PropertyBag titled = bag("--xlabel Easting --ylabel Northing --zlabel 'Height (m)'");
+  EXPECT_EQ(titled.ReadProperty("Axes.XAxis.Title", std::string()), "Easting");
+  EXPECT_EQ(titled.ReadProperty("Axes.YAxis.Title", std::string()), "Northing");
+  EXPECT_EQ(titled.ReadProperty("Axes.ZAxis.Title", std::string()), "Height (m)");
+  EXPECT_TRUE(titled.ReadProperty("Axes.ZAxis.TitleVisible", false));
+  const Outcome bad = Orvane("render --sample --projections sideways -o " + (dir_ / "x.png").string());
+  EXPECT_EQ(bad.status, 2);
+  EXPECT_EQ(bad.out, "orvane: --projections must be none, top, bottom or both\n");
+}
+
 TEST_F(Cli, StateSavesWhatRenderDrawsAgain) {
   const std::string state = (dir_ / "s.state").string(), a = (dir_ / "a.png").string(), b = (dir_ / "b.png").string();
   ASSERT_EQ(Orvane("state --sample --plot-type 2d --title Saved -o " + state).status, 0);

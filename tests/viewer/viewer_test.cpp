@@ -36,6 +36,7 @@
 #include "orvane/qt/property_pages.h"
 #include "orvane/qt/surface_widget.h"
 #include "orvane/render/cursor.h"
+#include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
 #include "viewer_window.h"
 
@@ -175,6 +176,28 @@ TEST_F(ViewerTest, TheFillMenuChoosesBandsFlatOrSmoothAndFollowsTheControl) {
   s.Contouring().SetExactBands(true);
   EXPECT_TRUE(bands->isChecked());
   EXPECT_FALSE(smooth->isChecked());
+}
+
+TEST_F(ViewerTest, ProjectionsAreOffUntilTheMenuTurnsThemOn) {
+  ViewerWindow window;
+  ASSERT_TRUE(window.openFile(WriteHills("hills.xyz")));
+  DataSet& data = window.plot().surface().DataSets().Item(0);
+  EXPECT_FALSE(data.ViewTop().Visible());
+  EXPECT_FALSE(data.ViewBottom().Visible());
+  auto* none = window.findChild<QAction*>(QStringLiteral("projectionsNone"));
+  auto* both = window.findChild<QAction*>(QStringLiteral("projectionsBoth"));
+  auto* top = window.findChild<QAction*>(QStringLiteral("projectionsTop"));
+  ASSERT_TRUE(none != nullptr && both != nullptr && top != nullptr);
+  EXPECT_TRUE(none->isChecked());
+  both->trigger();
+  EXPECT_TRUE(data.ViewTop().Visible());
+  EXPECT_TRUE(data.ViewBottom().Visible());
+  top->trigger();
+  EXPECT_TRUE(data.ViewTop().Visible());
+  EXPECT_FALSE(data.ViewBottom().Visible());
+  // A 2-D map has no cube faces to project on.
+  window.setPlotType3D(false);
+  EXPECT_FALSE(top->isEnabled());
 }
 
 TEST_F(ViewerTest, SavedSettingsRestoreTheColourMapAndViewInANewViewer) {
