@@ -91,6 +91,11 @@ class Stopwatch {
 
 [[noreturn]] void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 
+// The lighting this program draws with (the control's own: 0.5, 1 and 0.5).
+constexpr double kHostAmbient = 0.45;
+constexpr double kHostSpotlight = 0.6;
+constexpr double kHostShininess = 1.0;
+
 // The built-in colour maps by the names a user types.
 const std::map<std::string, std::int32_t>& ColorMaps() {
   static const std::map<std::string, std::int32_t> maps{
@@ -232,6 +237,14 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
   }
   if (!fromState || given("--ties")) contouring.SetTiesAbove(o.ties == "above");
   if (o.lighting) surface.SetLightingOn(true);
+  // Light that keeps the colour map's hues: ambient and spotlight adding up to about one,
+  // so ground facing the light shows its own colour, not one pushed towards white, and
+  // the narrowest highlight. Slopes turned away darken.
+  if (!fromState) {
+    surface.SetLightingIntensityAmbient(kHostAmbient);
+    surface.SetLightingIntensitySpotlight(kHostSpotlight);
+    surface.SetLightingMaterialShininess(kHostShininess);
+  }
   // The projections on the cube's faces: none unless asked for (or a State holds them).
   if (!fromState || given("--projections")) {
     for (DataSet& data : surface.DataSets()) {

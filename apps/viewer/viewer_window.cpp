@@ -107,10 +107,15 @@ const std::vector<std::pair<std::int32_t, QString>>& ViewerWindow::ColorMapNames
 
 namespace {
 
-// What the viewer draws with beyond the control's own defaults: exact band edges (the
-// sample's interpolated colours too), whole contours, and no copies of the map on the
-// cube's faces.
+// What the viewer draws with beyond the control's own defaults: lighting that keeps the
+// colours, exact band edges (the sample's interpolated colours too), whole contours, and
+// no copies of the map on the cube's faces.
 void TakeViewerDefaults(Surface& surface) {
+  // Light that keeps the colour map's hues where the ground faces it (ambient and
+  // spotlight adding up to about one) and darkens the slopes, as orvane render lights.
+  surface.SetLightingIntensityAmbient(0.45);
+  surface.SetLightingIntensitySpotlight(0.6);
+  surface.SetLightingMaterialShininess(1.0);
   surface.Contouring().SetInterpolateColors(false);
   surface.Contouring().SetExactBands(true);
   surface.Contouring().SetTiesAbove(true);

@@ -674,9 +674,52 @@ TEST_F(Cli, ProjectionsAreOffUnlessAskedForAndAxisTitlesComeFromTheOptions) {
   EXPECT_EQ(titled.ReadProperty("Axes.YAxis.Title", std::string()), "Northing");
   EXPECT_EQ(titled.ReadProperty("Axes.ZAxis.Title", std::string()), "Height (m)");
   EXPECT_TRUE(titled.ReadProperty("Axes.ZAxis.TitleVisible", false));
+  // The command's lighting values, for when lighting is switched on.
+  EXPECT_EQ(titled.ReadProperty("LightingIntensityAmbient", 0.0), 0.45);
+  EXPECT_EQ(titled.ReadProperty("LightingIntensitySpotlight", 0.0), 0.6);
+  EXPECT_EQ(titled.ReadProperty("LightingMaterialShininess", 0.0), 1.0);
   const Outcome bad = Orvane("render --sample --projections sideways -o " + (dir_ / "x.png").string());
   EXPECT_EQ(bad.status, 2);
   EXPECT_EQ(bad.out, "orvane: --projections must be none, top, bottom or both\n");
+}
+
+TEST_F(Cli, LightingKeepsTheColourMapsHuesAndShadesTheSlopes) {
+  // A cone on flat ground, drawn unlit and lit from the same place: every coloured pixel
+  // keeps its hue (the RGB direction), and the slopes turned away darken.
+  std::ostringstream text;
+  for (int i = 0; i <= 40; ++i) {
+    for (int j = 0; j <= 40; ++j) {
+      const double r = std::hypot(i - 20.0, j - 20.0);
+      text << i << ' ' << j << ' ' << std::max(0.0, 12.0 - r) << '\n';
+    }
+  }
+  const std::string cone = Write("cone.xyz", text.str());
+  const std::string unlit = (dir_ / "u.png").string(), lit = (dir_ / "l.png").string();
+  for (const std::string fill : {"bands", "flat"}) {
+  const std::string options = " --size 320x240 --no-lines --fill " + fill;
+  ASSERT_EQ(Orvane("render " + cone + options + " -o " + unlit).status, 0);
+  ASSERT_EQ(Orvane("render " + cone + options + " --lighting -o " + lit).status, 0);
+  const Png u = ReadPng(unlit), l = ReadPng(lit);
+  ASSERT_EQ(u.width, l.width);
+  std::vector<double> angles;
+  int darker = 0;
+  for (int y = 0; y < u.height; ++y) {
+    for (int x = 0; x < u.width; ++x) {
+      const std::uint32_t a = u.At(x, y), b = l.At(x, y);
+      const double ar = a & 0xFF, ag = a >> 8 & 0xFF, ab = a >> 16 & 0xFF;
+      const double br = b & 0xFF, bg = b >> 8 & 0xFF, bb = b >> 16 & 0xFF;
+      if (std::max({ar, ag, ab}) - std::min({ar, ag, ab}) < 60) continue;  // not the coloured surface
+      const double na = std::sqrt(ar * ar + ag * ag + ab * ab), nb = std::sqrt(br * br + bg * bg + bb * bb);
+      if (nb < 30) continue;  // too dark to have a hue
+      angles.push_back(std::acos(std::min(1.0, (ar * br + ag * bg + ab * bb) / (na * nb))) * 180 / 3.14159265358979);
+      darker += nb < 0.8 * na;
+    }
+  }
+  ASSERT_GT(angles.size(), 5000u);
+  std::sort(angles.begin(), angles.end());
+  EXPECT_LT(angles[angles.size() * 9 / 10], 2.0) << fill << ": hues pushed towards white";
+  EXPECT_GT(darker, static_cast<int>(angles.size() / 10)) << fill << ": no shading";
+  }
 }
 
 TEST_F(Cli, StateSavesWhatRenderDrawsAgain) {

@@ -152,9 +152,13 @@ TEST_F(ViewerTest, ABadFileShowsTheErrorWithItsLineAndKeepsWhatIsShown) {
 TEST_F(ViewerTest, TheFillMenuChoosesBandsFlatOrSmoothAndFollowsTheControl) {
   ViewerWindow window;
   Surface& s = window.plot().surface();
-  // The viewer's own defaults: exact bands and whole contours, also after the sample.
+  // The viewer's own defaults: exact bands, whole contours and colour-keeping light, also
+  // after the sample.
   EXPECT_TRUE(s.Contouring().ExactBands());
   EXPECT_TRUE(s.Contouring().TiesAbove());
+  EXPECT_EQ(s.LightingIntensityAmbient(), 0.45);
+  EXPECT_EQ(s.LightingIntensitySpotlight(), 0.6);
+  EXPECT_EQ(s.LightingMaterialShininess(), 1.0);
   window.showSample();
   EXPECT_TRUE(s.Contouring().ExactBands());
   EXPECT_TRUE(s.Contouring().TiesAbove());
