@@ -288,6 +288,7 @@ void RunRender(const RenderOptions& o) {
 
   // The stages of Refresh one by one, so that --timings can tell them apart.
   detail::SurfaceAccess::Recalculate(surface);
+  if (o.state.empty()) FitLabelFormats(surface.Axes(), surface.Contouring());
   clock.Lap("mesh and contours");
   // Unless a zoom was asked for (or a state brought one), the plot fills its area.
   if (o.command->count("--zoom") == 0 && o.state.empty()) surface.SetZoom(detail::FittingZoom(surface, width, height));
@@ -312,6 +313,7 @@ void RunState(const RenderOptions& o) {
   Prepare(o, surface, clock);
   // The data's scales and levels are worked out, as a refresh would, before saving.
   detail::SurfaceAccess::Recalculate(surface);
+  if (o.state.empty()) FitLabelFormats(surface.Axes(), surface.Contouring());
   const std::vector<std::uint8_t> bytes =
       surface.State(o.formattingOnly ? orvStateTypeFormatting : orvStateTypeFormattingAndData);
   file.Stream().write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));

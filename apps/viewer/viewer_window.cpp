@@ -41,6 +41,7 @@
 #include "core/flag_scope.h"
 #include "export_dialog.h"
 #include "orvane/axes/axes.h"
+#include "orvane/core/format.h"
 #include "orvane/axes/axis.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/control/surface.h"
@@ -565,6 +566,7 @@ bool ViewerWindow::openFile(const QString& path) {
   }
   data_ = std::move(file);
   fitPlot();
+  change(tr("The labels"), [&surface] { FitLabelFormats(surface.Axes(), surface.Contouring()); });
   addRecentFile(QFileInfo(path).absoluteFilePath());
   lastDirectory_ = QFileInfo(path).absolutePath();
   syncControls();
@@ -582,6 +584,7 @@ void ViewerWindow::showSample() {
     TakeViewerDefaults(plot_->surface());
     fitZoom(plot_->surface(), plot_->plotPixelSize());
   });
+  change(tr("The labels"), [this] { FitLabelFormats(plot_->surface().Axes(), plot_->surface().Contouring()); });
   syncControls();
 }
 
@@ -811,10 +814,16 @@ void ViewerWindow::onMouseMove() {
   if (!cursorMoved_) return;  // over the background: the last value stays until the pointer leaves
   cursorMoved_ = false;
   Axes& axes = plot_->surface().Axes();
+  // A point between the ticks: two decimals more than the ticks' own fixed format.
+  const auto text = [](const Axis& axis, double value) {
+    const std::string& format = axis.LabelsFormat();
+    const bool fixed = !format.empty() && format.find_first_not_of("0.") == std::string::npos;
+    return FromStd(FormatNumber(value, fixed ? (format.find('.') == std::string::npos ? format + ".00" : format + "00")
+                                             : format));
+  };
   cursorLabel_->setText(tr("X %1   Y %2   Z %3")
-                            .arg(FromStd(axes.XAxis().LabelText(cursor.XValue())),
-                                 FromStd(axes.YAxis().LabelText(cursor.YValue())),
-                                 FromStd(axes.ZAxis().LabelText(cursor.ZValue()))));
+                            .arg(text(axes.XAxis(), cursor.XValue()), text(axes.YAxis(), cursor.YValue()),
+                                 text(axes.ZAxis(), cursor.ZValue())));
 }
 
 QString ViewerWindow::cursorText() const { return cursorLabel_->text(); }

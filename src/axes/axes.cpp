@@ -4,10 +4,13 @@
 
 #include "axis_settings.h"
 
+#include <algorithm>
 #include <memory>
 #include <tuple>
 
 #include "core/property_table.h"
+#include "orvane/contour/contouring.h"
+#include "orvane/core/format.h"
 #include "orvane/core/property_bag.h"
 
 namespace orvane {
@@ -141,6 +144,23 @@ void Axes::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
   useMasters_ = useMasters;
   ApplyMasterProperties();
   if (useMasters != wasUsingMasters) PropertyChanged.Raise("UseMasterProperties");
+}
+
+void FitLabelFormats(Axes& axes, const Contouring& contouring) {
+  axes.SetUseMasterProperties(false);
+  Axis* const all[3] = {&axes.XAxis(), &axes.YAxis(), &axes.ZAxis()};
+  for (Axis* axis : all) {
+    std::vector<double> values;
+    // A handful of ticks tells the decimals; an absurd count (a zero interval) is not walked.
+    const std::int32_t count = std::clamp(axis->TickCount(), -1, 1000);
+    for (std::int32_t i = 0; i <= count; ++i) values.push_back(axis->TickValue(i));
+    if (axis == &axes.ZAxis()) {
+      for (std::int32_t k = 0; k < contouring.Contours().Count(); ++k) {
+        values.push_back(contouring.Contours().Item(k)->Value());
+      }
+    }
+    axis->SetLabelsFormat(LabelFormatFor(values));
+  }
 }
 
 }  // namespace orvane

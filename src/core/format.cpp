@@ -432,4 +432,30 @@ std::string FormatNumber(double value, const std::string& pattern) {
   return r.text;
 }
 
+std::string LabelFormatFor(std::span<const double> values) {
+  double largest = 0.0;
+  bool any = false;
+  for (const double v : values) {
+    if (!std::isfinite(v)) continue;
+    any = true;
+    largest = std::max(largest, std::fabs(v));
+  }
+  if (!any) return "0.##";
+  if (largest >= 1e6 || (largest > 0.0 && largest < 1e-3)) return "0.###e+00";
+  // The fewest decimals that show every value to within a billionth of its last place:
+  // ticks at Min + i * MajorInterval carry the sum's rounding (0.1 * 3 is
+  // 0.30000000000000004), which must not ask for 17 digits.
+  for (int decimals = 0; decimals < 6; ++decimals) {
+    const double scale = std::pow(10.0, decimals);
+    bool exact = true;
+    for (const double v : values) {
+      if (!std::isfinite(v)) continue;
+      const double scaled = v * scale;
+      exact = exact && std::fabs(scaled - std::round(scaled)) <= 1e-9 * std::max(1.0, std::fabs(scaled));
+    }
+    if (exact) return decimals == 0 ? "0" : "0." + std::string(static_cast<std::size_t>(decimals), '0');
+  }
+  return "0.000000";
+}
+
 }  // namespace orvane

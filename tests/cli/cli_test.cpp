@@ -674,6 +674,11 @@ TEST_F(Cli, ProjectionsAreOffUnlessAskedForAndAxisTitlesComeFromTheOptions) {
   EXPECT_EQ(titled.ReadProperty("Axes.YAxis.Title", std::string()), "Northing");
   EXPECT_EQ(titled.ReadProperty("Axes.ZAxis.Title", std::string()), "Height (m)");
   EXPECT_TRUE(titled.ReadProperty("Axes.ZAxis.TitleVisible", false));
+  // Tick labels with the decimals their ticks need: the sample's X and Y run 0 to 4 in
+  // steps of 0.4, its levels in steps of 0.064.
+  EXPECT_FALSE(titled.ReadProperty("Axes.UseMasterProperties", true));
+  EXPECT_EQ(titled.ReadProperty("Axes.XAxis.LabelsFormat", std::string()), "0.0");
+  EXPECT_EQ(titled.ReadProperty("Axes.ZAxis.LabelsFormat", std::string()), "0.000");
   // The command's lighting values, for when lighting is switched on.
   EXPECT_EQ(titled.ReadProperty("LightingIntensityAmbient", 0.0), 0.45);
   EXPECT_EQ(titled.ReadProperty("LightingIntensitySpotlight", 0.0), 0.6);

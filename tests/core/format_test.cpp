@@ -4,6 +4,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "orvane/core/format.h"
 
@@ -189,6 +190,27 @@ TEST(FormatNumber, NoPatternEverThrows) {
     for (int k = 0; k < i % 12; ++k) pattern.push_back(alphabet[pick(random)]);
     EXPECT_NO_THROW(FormatNumber((i - 1500) * 12.345, pattern)) << pattern;
   }
+}
+
+TEST(LabelFormatFor, AsManyDecimalsAsTheValuesNeedAndScientificForTinyOrHuge) {
+  using V = std::vector<double>;
+  const auto format = [](const V& values) { return LabelFormatFor(values); };
+  EXPECT_EQ(format(V{178500, 179000, 179500}), "0");
+  EXPECT_EQ(FormatNumber(178500, format(V{178500, 179000})), "178500");
+  EXPECT_EQ(format(V{0, 0.25, 0.5, 0.75}), "0.00");
+  EXPECT_EQ(format(V{-2, -1.2, -0.4, 0.4}), "0.0");
+  // Ticks made as Min + i * MajorInterval carry the sum's rounding.
+  EXPECT_EQ(format(V{0.0, 0.1, 0.1 + 0.1, 0.1 * 3}), "0.0");
+  EXPECT_EQ(format(V{0.064, 0.128, 0.192}), "0.000");
+  EXPECT_EQ(format(V{1.0 / 3.0}), "0.000000");  // no end: six decimals at most
+  // Tiny or huge: scientific, as 1e-06 and 2.5e+06.
+  EXPECT_EQ(format(V{0, 1e-6, 2e-6}), "0.###e+00");
+  EXPECT_EQ(FormatNumber(2.5e-6, format(V{0, 2.5e-6})), "2.5e-06");
+  EXPECT_EQ(FormatNumber(2e6, format(V{1e6, 2e6})), "2e+06");
+  // Nothing finite to go by.
+  EXPECT_EQ(format(V{}), "0.##");
+  EXPECT_EQ(format(V{std::nan(""), std::numeric_limits<double>::infinity()}), "0.##");
+  EXPECT_EQ(format(V{std::nan(""), 12.5}), "0.0");
 }
 
 }  // namespace

@@ -23,6 +23,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "color_map_icons.h"
 #include "data_file.h"
@@ -282,11 +283,18 @@ TEST_F(ViewerTest, TheStatusBarShowsTheValueUnderThePointerInTheAxesFormat) {
     QCoreApplication::sendEvent(&plot, &move);
   }
   const QString text = window.cursorText();
-  // "X 0.05   Y -0.02   Z 0.13": two decimals, as the axes label their ticks.
-  EXPECT_TRUE(QRegularExpression(QStringLiteral(R"(^X -?\d+\.\d\d   Y -?\d+\.\d\d   Z -?\d+\.\d\d$)"))
-                  .match(text)
-                  .hasMatch())
-      << text.toStdString();
+  // "X 0.050   Y -0.020   Z 0.13": two decimals more than each axis labels its ticks with.
+  Axes& axes = plot.surface().Axes();
+  QString pattern = QStringLiteral("^");
+  for (const auto& [name, axis] : {std::pair{"X", &axes.XAxis()}, std::pair{"Y", &axes.YAxis()}, std::pair{"Z", &axes.ZAxis()}}) {
+    const std::string& format = axis->LabelsFormat();
+    const std::size_t point = format.find('.');
+    const std::size_t decimals = (point == std::string::npos ? 0 : format.size() - point - 1) + 2;
+    pattern += QStringLiteral("%1 -?\\d+\\.\\d{%2}").arg(QString::fromLatin1(name)).arg(decimals);
+    if (std::string(name) != "Z") pattern += QStringLiteral("   ");
+  }
+  EXPECT_TRUE(QRegularExpression(pattern + QStringLiteral("$")).match(text).hasMatch())
+      << text.toStdString() << " against " << pattern.toStdString();
   const Cursor& cursor = plot.surface().Cursor();
   EXPECT_NEAR(cursor.XValue(), 0.0, 0.6);
   EXPECT_NEAR(cursor.YValue(), 0.0, 0.6);

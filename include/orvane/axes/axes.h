@@ -91,4 +91,12 @@ class Axes {
   std::vector<Connection> connections_;
 };
 
+class Contouring;
+
+/// Gives each axis a label pattern with as many decimals as its ticks need (LabelFormatFor;
+/// the Z axis's also covers the contour levels, which the legend and the contour labels
+/// show in its format), after turning the masters off so that the axes may differ. Call
+/// it once the axes' ranges and the levels are worked out (after a refresh).
+void FitLabelFormats(Axes& axes, const Contouring& contouring);
+
 }  // namespace orvane

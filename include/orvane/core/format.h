@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 
 namespace orvane {
@@ -21,5 +22,11 @@ namespace orvane {
 /// "True/False" and "On/Off" are understood. NaN and infinities give "NaN", "Infinity"
 /// and "-Infinity". Never throws for any pattern.
 std::string FormatNumber(double value, const std::string& pattern);
+
+/// A label pattern for FormatNumber with as many decimals as the values need to show
+/// exactly, up to 6 ("0", "0.00"): 178500 rather than 178500.00, 0.25 rather than 0.3.
+/// Values reaching 1e6 or more, or all below 1e-3 (zero aside), take "0.###e+00"
+/// (1e+06, 2.5e-06). Non-finite values are skipped; none gives "0.##".
+std::string LabelFormatFor(std::span<const double> values);
 
 }  // namespace orvane
