@@ -284,6 +284,7 @@ void PlotAnnotations::DrawLegend(const FrameState& frame) {
 
 void PlotAnnotations::DrawOverlayText(const FrameState& frame) {
   axisText_.clear();
+  axisLabels_.clear();
   const CapturedMatrices& m = frame.beforeViews;
   const auto edges = AxisEdges(frame, m);
   glDisable(GL_DEPTH_TEST);
@@ -326,25 +327,47 @@ void PlotAnnotations::DrawOverlayText(const FrameState& frame) {
     if (axis.LabelsVisible()) {
       CFontMap& font = FontOf(axis.LabelsFont());
       const std::int32_t count = DrawnTicks(axis);
+      struct Candidate {
+        double value, endX, endY;
+        std::string text;
+        TextAnchor anchor;
+        TextQuad outline;  // padded by a pixel
+      };
+      std::vector<Candidate> candidates;
       for (std::int32_t i = 0; i <= count && count >= 0; ++i) {
         const double t = axis.TickPosition(i);
         if (!(t >= 0.0 && t <= 1.0)) continue;
         const auto end = point(t, length);
         if (!end) continue;
-        const std::string text = axis.LabelText(axis.TickValue(i));
-        TextAnchor anchor;
-        anchor.x = end->x + 4.0 * dx;
-        anchor.y = end->y + 4.0 * dy;
-        align(anchor, dx, dy);
-        const TextQuad outline = TextOutline(font, text, anchor, 1.0);
+        Candidate c{axis.TickValue(i), end->x, end->y, axis.LabelText(axis.TickValue(i)), {}, {}};
+        c.anchor.x = end->x + 4.0 * dx;
+        c.anchor.y = end->y + 4.0 * dy;
+        align(c.anchor, dx, dy);
+        c.outline = TextOutline(font, c.text, c.anchor, 1.0);
+        candidates.push_back(std::move(c));
+      }
+      // Labels that would overlap are thinned evenly: every k-th one from the first, the
+      // smallest k at which they clear each other, so the values read at a steady step.
+      std::size_t step = 1;
+      for (; step < candidates.size(); ++step) {
         bool clear = true;
-        for (const TextQuad& other : drawn) clear = clear && !OutlinesOverlap(outline, other);
+        for (std::size_t i = step; i < candidates.size() && clear; i += step) {
+          clear = !OutlinesOverlap(candidates[i - step].outline, candidates[i].outline);
+        }
+        if (clear) break;
+      }
+      for (std::size_t i = 0; i < candidates.size(); i += step) {
+        const Candidate& c = candidates[i];
+        // Another axis's label, where the axes meet at a corner of the cube, keeps its place.
+        bool clear = true;
+        for (const TextQuad& other : drawn) clear = clear && !OutlinesOverlap(c.outline, other);
         if (!clear) continue;
-        drawn.push_back(outline);
-        DrawText(font, text, frame.foreColor, anchor);
-        axisText_.push_back(TextOutline(font, text, anchor));
-        for (const auto& corner : outline) {
-          reach = std::max(reach, Dot(corner[0] - end->x, corner[1] - end->y, dx, dy));
+        drawn.push_back(c.outline);
+        DrawText(font, c.text, frame.foreColor, c.anchor);
+        axisText_.push_back(TextOutline(font, c.text, c.anchor));
+        axisLabels_.push_back({a, c.value});
+        for (const auto& corner : c.outline) {
+          reach = std::max(reach, Dot(corner[0] - c.endX, corner[1] - c.endY, dx, dy));
         }
       }
     }

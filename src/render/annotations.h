@@ -81,6 +81,12 @@ class PlotAnnotations : public FramePasses {
   // The outlines of the axis labels and titles the last frame drew, in window pixels
   // (origin at the control's lower-left corner).
   const std::vector<TextQuad>& AxisTextOutlines() const noexcept { return axisText_; }
+  // The tick labels the last frame drew: the axis (0 X, 1 Y, 2 Z) and the tick's value.
+  struct AxisLabel {
+    int axis;
+    double value;
+  };
+  const std::vector<AxisLabel>& AxisLabels() const noexcept { return axisLabels_; }
   // The ticks drawn along an axis: its tick count, or -1 (none) when that is negative
   // or above kMostTicks, where ticks, grid lines and labels would only blacken the cube.
   static std::int32_t DrawnTicks(const Axis& axis);
@@ -114,6 +120,7 @@ class PlotAnnotations : public FramePasses {
   CFontMapManager fonts_;
   bool fontsStale_ = false;
   std::vector<TextQuad> axisText_;
+  std::vector<AxisLabel> axisLabels_;
   CLabelsManager labels_;
   CPixelVisibilityStencil stencilTest_;
   CPixelVisibilityRGB colourTest_;

@@ -229,6 +229,33 @@ TEST(SurfaceText, AxisLabelsNeverOverlapAndStayInsideTheControl) {
   }
 }
 
+TEST(SurfaceText, CrowdedTickLabelsAreThinnedToEveryKthTick) {
+  // Small pictures of the sample, turned about: where labels would overlap, those drawn
+  // keep a steady step in value (every k-th tick), never an uneven subset.
+  bool thinned = false;
+  for (const int size : {180, 240, 320}) {
+    for (const double rotationZ : {30.0, 120.0, 210.0, 300.0}) {
+      Control c(size, size * 3 / 4);
+      c.surface.ShowSampleData();
+      c.surface.SetRotationZ(rotationZ);
+      c.surface.Refresh();
+      for (int a = 0; a < 3; ++a) {
+        std::vector<double> values;
+        for (const auto& label : Passes(c).AxisLabels()) {
+          if (label.axis == a) values.push_back(label.value);
+        }
+        const Axis& axis = detail::PlotAnnotations::AxisOf(c.surface.Axes(), a);
+        thinned = thinned || static_cast<std::int32_t>(values.size()) < axis.TickCount() + 1;
+        for (std::size_t i = 2; i < values.size(); ++i) {
+          EXPECT_NEAR(values[i] - values[i - 1], values[1] - values[0], 1e-9)
+              << "axis " << a << " size " << size << " rotation " << rotationZ;
+        }
+      }
+    }
+  }
+  EXPECT_TRUE(thinned);  // the sizes are small enough to need it
+}
+
 TEST(SurfaceText, AFormatThatCannotBeUsedStillDrawsAndLeavesNoError) {
   Control c(300, 200);
   testing::Saddle(c.surface.DataSets().Item(0));
