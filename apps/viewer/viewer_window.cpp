@@ -33,6 +33,8 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <initializer_list>
+#include <tuple>
 #include <iostream>
 #include <utility>
 
@@ -272,33 +274,27 @@ void ViewerWindow::buildActions() {
   connect(colorMapGroup_, &QActionGroup::triggered, this,
           [this](QAction* action) { setColorMap(action->data().toInt()); });
 
-  fillGroup_ = new QActionGroup(this);
-  const std::pair<Fill, QString> fills[3] = {{Fill::kBands, tr("&Exact Bands")},
-                                             {Fill::kFlat, tr("&Flat Triangles")},
-                                             {Fill::kSmooth, tr("&Smooth Colours")}};
-  const QString fillNames[3] = {QStringLiteral("fillFlat"), QStringLiteral("fillBands"), QStringLiteral("fillSmooth")};
-  for (const auto& [fill, text] : fills) {
-    QAction* action = make(text, fillNames[static_cast<int>(fill)]);
-    action->setCheckable(true);
-    action->setData(static_cast<int>(fill));
-    fillGroup_->addAction(action);
-  }
+  // A group of checkable choices: menu text, object name and the choice's number each.
+  const auto choices = [this, &make](std::initializer_list<std::tuple<QString, QString, int>> items) {
+    auto* group = new QActionGroup(this);
+    for (const auto& [text, name, value] : items) {
+      QAction* action = make(text, name);
+      action->setCheckable(true);
+      action->setData(value);
+      group->addAction(action);
+    }
+    return group;
+  };
+  fillGroup_ = choices({{tr("&Exact Bands"), QStringLiteral("fillBands"), static_cast<int>(Fill::kBands)},
+                        {tr("&Flat Triangles"), QStringLiteral("fillFlat"), static_cast<int>(Fill::kFlat)},
+                        {tr("&Smooth Colours"), QStringLiteral("fillSmooth"), static_cast<int>(Fill::kSmooth)}});
   connect(fillGroup_, &QActionGroup::triggered, this,
           [this](QAction* action) { setFill(static_cast<Fill>(action->data().toInt())); });
-
-  projectionsGroup_ = new QActionGroup(this);
-  const std::pair<Projections, QString> projections[4] = {{Projections::kNone, tr("&None")},
-                                                          {Projections::kTop, tr("On the &Top Face")},
-                                                          {Projections::kBottom, tr("On the &Bottom Face")},
-                                                          {Projections::kBoth, tr("On B&oth Faces")}};
-  const QString projectionNames[4] = {QStringLiteral("projectionsNone"), QStringLiteral("projectionsTop"),
-                                      QStringLiteral("projectionsBottom"), QStringLiteral("projectionsBoth")};
-  for (const auto& [which, text] : projections) {
-    QAction* action = make(text, projectionNames[static_cast<int>(which)]);
-    action->setCheckable(true);
-    action->setData(static_cast<int>(which));
-    projectionsGroup_->addAction(action);
-  }
+  projectionsGroup_ =
+      choices({{tr("&None"), QStringLiteral("projectionsNone"), static_cast<int>(Projections::kNone)},
+               {tr("On the &Top Face"), QStringLiteral("projectionsTop"), static_cast<int>(Projections::kTop)},
+               {tr("On the &Bottom Face"), QStringLiteral("projectionsBottom"), static_cast<int>(Projections::kBottom)},
+               {tr("On B&oth Faces"), QStringLiteral("projectionsBoth"), static_cast<int>(Projections::kBoth)}});
   connect(projectionsGroup_, &QActionGroup::triggered, this,
           [this](QAction* action) { setProjections(static_cast<Projections>(action->data().toInt())); });
 

@@ -624,15 +624,21 @@ TEST_F(Cli, RenderRefusesBadRequests) {
   EXPECT_FALSE(std::filesystem::exists(out));
 }
 
+// The property bag of a saved State file.
+orvane::PropertyBag ReadStateBag(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  orvane::PropertyBag bag;
+  bag.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+  return bag;
+}
+
 TEST_F(Cli, FillAndTiesDefaultToExactBandsAndWholeContoursAndKeepWhatAStateHolds) {
   // What the command stores for each choice: exact bands and ties above unless told.
   const std::string state = (dir_ / "f.state").string();
   auto stored = [&](const std::string& options) {
     const Outcome run = Orvane("state --sample " + options + " -o " + state);
     EXPECT_EQ(run.status, 0) << options << "\n" << run.out;
-    std::ifstream in(state, std::ios::binary);
-    orvane::PropertyBag bag;
-    bag.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+    const orvane::PropertyBag bag = ReadStateBag(state);
     return std::array{bag.ReadProperty("Contouring.ExactBands", false), bag.ReadProperty("Contouring.InterpolateColors", false),
                       bag.ReadProperty("Contouring.TiesAbove", false)};
   };
@@ -644,9 +650,7 @@ TEST_F(Cli, FillAndTiesDefaultToExactBandsAndWholeContoursAndKeepWhatAStateHolds
   ASSERT_EQ(Orvane("state --sample --fill flat --ties exact --formatting-only -o " + state).status, 0);
   const std::string again = (dir_ / "g.state").string();
   ASSERT_EQ(Orvane("state --sample --state " + state + " -o " + again).status, 0);
-  std::ifstream in(again, std::ios::binary);
-  orvane::PropertyBag bag;
-  bag.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+  const orvane::PropertyBag bag = ReadStateBag(again);
   EXPECT_FALSE(bag.ReadProperty("Contouring.ExactBands", true));
   EXPECT_FALSE(bag.ReadProperty("Contouring.TiesAbove", true));
 }
@@ -656,10 +660,7 @@ TEST_F(Cli, ProjectionsAreOffUnlessAskedForAndAxisTitlesComeFromTheOptions) {
   auto bag = [&](const std::string& options) {
     const Outcome run = Orvane("state --sample " + options + " -o " + state);
     EXPECT_EQ(run.status, 0) << options << "\n" << run.out;
-    std::ifstream in(state, std::ios::binary);
-    orvane::PropertyBag b;
-    b.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
-    return b;
+    return ReadStateBag(state);
   };
   auto shown = [](const orvane::PropertyBag& b) {
     return std::array{b.ReadProperty("Datasets.DataSet1.ViewTop.Visible", true),
