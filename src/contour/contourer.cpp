@@ -8,9 +8,10 @@
 // the polygon is fanned from its first node.
 //
 // Ties. By default the signs against a level are exact and a vertex lying on a boundary
-// (within the point tolerance) belongs to the bands on both sides. Counting only vertices strictly inside would drop a vertex that touches a level
-// while the rest of its triangle lies on one side (no segment is made there), and leave a
-// hole in the fill wherever data heights meet level values. A part lying wholly on its
+// (within the point tolerance) belongs to the bands on both sides. Counting only vertices
+// strictly inside would drop a vertex that touches a level while the rest of its
+// triangle lies on one side (no segment is made there), and leave a hole in the fill
+// wherever data heights meet level values. A part lying wholly on its
 // band's top boundary (a triangle flat at a level) is left to the band above, which holds
 // the level's own colour, so that it is filled once.
 //

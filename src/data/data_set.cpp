@@ -273,8 +273,11 @@ void DataSetState::TraceContours(std::span<const double> levels) {
   std::vector<double> normalised(levels.size());
   const bool flat = max[2] - min[2] < kTolerance;
   for (std::size_t k = 0; k < levels.size(); ++k) {
-    const double side = levels[k] < min[2] ? -1.0 : (levels[k] > min[2] ? 1.0 : 0.0);
-    normalised[k] = flat ? (tiesAbove ? side : 0.0) : Normalise(2, levels[k]);
+    if (!flat) {
+      normalised[k] = Normalise(2, levels[k]);
+    } else if (tiesAbove) {
+      normalised[k] = levels[k] < min[2] ? -1.0 : (levels[k] > min[2] ? 1.0 : 0.0);
+    }
   }
   std::sort(normalised.begin(), normalised.end());  // levels arrive ascending already
   const std::vector<double> boundaries = CContourer::Boundaries(normalised);

@@ -1,7 +1,8 @@
 // One data set's view, in the element order and GL state of the views: markers, filled
-// surface, contour lines, mesh, then the hulls; in 2-D the hulls and markers of every view
-// come after all the views' fills and lines (DrawOverlays). Every vertex is mapped from the data
-// set's normalised coordinates (or data units, for the markers) into cube coordinates.
+// surface, contour lines, mesh, then the hulls; in 2-D the hulls and markers of every
+// view come after all the views' fills and lines (DrawOverlays). Every vertex is mapped
+// from the data set's normalised coordinates (or data units, for the markers) into cube
+// coordinates.
 //
 // Beyond the bare element rules:
 // - Lines are never lit: each line routine pushes GL_ENABLE_BIT and turns lighting off,
@@ -98,13 +99,20 @@ Color FillColor(const Contouring& contouring, double z) {
   return contouring.FindColor(z, false);
 }
 
-// ---------------------------------------------------------------------------------------
+// RGBA bytes in memory order, whatever the host's byte order.
+std::uint32_t PackRgba(Color c, GLubyte alpha) {
+  const std::uint8_t bytes[4] = {static_cast<std::uint8_t>(c & 0xFF), static_cast<std::uint8_t>((c >> 8) & 0xFF),
+                                 static_cast<std::uint8_t>((c >> 16) & 0xFF), alpha};
+  std::uint32_t packed = 0;
+  std::memcpy(&packed, bytes, 4);
+  return packed;
+}
+
+}  // namespace
 
 // The texels: evenly spaced levels get the same number of texels per band, each level
 // just above a texel edge; others (and more bands than texels) spread the most texels
 // over their span, each level then within a texel of its place.
-}  // namespace
-
 BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::size_t maxTexels) {
   BandTexture t;
   const Contours& contours = contouring.Contours();
@@ -139,10 +147,7 @@ BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::si
   t.zLow = levels[0] - step - 0.01 * texel;
   t.texels.resize(count);
   for (std::size_t j = 0; j < count; ++j) {
-    const Color c = contouring.FindColor(t.zLow + (static_cast<double>(j) + 0.5) * texel, false);
-    const std::uint8_t bytes[4] = {static_cast<std::uint8_t>(c & 0xFF), static_cast<std::uint8_t>((c >> 8) & 0xFF),
-                                   static_cast<std::uint8_t>((c >> 16) & 0xFF), 255};
-    std::memcpy(&t.texels[j], bytes, 4);
+    t.texels[j] = PackRgba(contouring.FindColor(t.zLow + (static_cast<double>(j) + 0.5) * texel, false), 255);
   }
   return t;
 }
@@ -251,11 +256,11 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
   }
+  const bool perVertex = g.interpolated || g.bands;  // no colour of a triangle's own
+  const GLenum shading = lit || perVertex ? GL_SMOOTH : GL_FLAT;
   // Mesa leaves out of a display list a shade model equal to the last one compiled into
   // it, unaware that a pop in between restored another; naming the other one first keeps
   // the list's model right for the second and later data sets.
-  const bool perVertex = g.interpolated || g.bands;  // no colour of a triangle's own
-  const GLenum shading = lit || perVertex ? GL_SMOOTH : GL_FLAT;
   glShadeModel(shading == GL_FLAT ? GL_SMOOTH : GL_FLAT);
   glShadeModel(shading);
   // The triangles go in as vertex arrays, a block at a time: compiling one array draw
@@ -317,14 +322,7 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
     stripFirst.clear();
     stripCount.clear();
   };
-  // RGBA bytes in memory order, whatever the host's byte order.
-  auto rgba = [alpha](Color c) {
-    const std::uint8_t bytes[4] = {static_cast<std::uint8_t>(c & 0xFF), static_cast<std::uint8_t>((c >> 8) & 0xFF),
-                                   static_cast<std::uint8_t>((c >> 16) & 0xFF), alpha};
-    std::uint32_t packed = 0;
-    std::memcpy(&packed, bytes, 4);
-    return packed;
-  };
+  auto rgba = [alpha](Color c) { return PackRgba(c, alpha); };
   auto vertex = [&](std::size_t k, std::uint32_t colourOf) {
     if (colourArray) colour.push_back(colourOf);
     position.insert(position.end(), {g.position[3 * k], g.position[3 * k + 1], g.position[3 * k + 2]});

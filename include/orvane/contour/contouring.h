@@ -193,8 +193,8 @@ class Contouring {
   void ResetToDefaults();
 
   /// Writes "AutoSetContoursType", "AutoSetInterval", "AutoSetIntervalCount", "ColorMap",
-  /// "InterpolateColors", "ExactBands", "TiesAbove", then the levels under "Contours." and the user map under
-  /// "UserColorMap.", all under prefix.
+  /// "InterpolateColors", "ExactBands", "TiesAbove", then the levels under "Contours."
+  /// and the user map under "UserColorMap.", all under prefix.
   void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
   /// Reads them with the defaults; a bad bag changes nothing.
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
