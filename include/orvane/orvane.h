@@ -5,6 +5,7 @@
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
 #include "orvane/contour/color_map.h"
+#include "orvane/contour/color_tables.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/contour/named_colors.h"
 #include "orvane/control/surface.h"
