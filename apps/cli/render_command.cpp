@@ -54,6 +54,8 @@ struct RenderOptions {
   std::string ties = "above";   // how heights on a level are traced: above or exact
   std::string projections = "none";  // the views on the cube's top and bottom faces
   std::string xlabel, ylabel, zlabel;  // axis titles
+  std::int64_t samples = 4;   // per pixel: antialiasing
+  std::string aspect;         // equal, auto, or empty: by the data's shape
   bool lighting = false;
   bool mesh = false;
   bool markers = false;
@@ -175,6 +177,8 @@ void CheckOptions(const RenderOptions& o) {
     Refuse("--interpolate-colors asks for --fill smooth, not --fill " + o.fill);
   }
   if (o.ties != "above" && o.ties != "exact") Refuse("--ties must be above or exact");
+  if (o.samples < 1 || o.samples > 16) Refuse("--samples must be between 1 and 16");
+  if (!o.aspect.empty() && o.aspect != "equal" && o.aspect != "auto") Refuse("--aspect must be equal or auto");
   if (o.projections != "none" && o.projections != "top" && o.projections != "bottom" && o.projections != "both") {
     Refuse("--projections must be none, top, bottom or both");
   }
@@ -223,6 +227,9 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
     surface.SetRotationZ(o.rotation[2]);
   }
   if (!fromState || given("--zoom")) surface.SetZoom(o.zoom);
+  if (!fromState || given("--samples")) surface.SetSamples(static_cast<std::int32_t>(o.samples));
+  // A map fills the area beside the legend and below the caption, as a cube does.
+  if (!fromState) surface.SetFitPlotArea(true);
   Contouring& contouring = surface.Contouring();
   if (!o.colormap.empty()) contouring.SetColorMapType(ColorMaps().at(o.colormap));
   if (given("--contours")) {
@@ -270,6 +277,17 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
   if (o.noLegend) surface.Legend().SetVisible(false);
 }
 
+// X and Y at one scale (--aspect equal), or each stretched to the plot (auto); unless
+// told (or a State holds it), by the data's shape. Needs the axes' ranges, so comes
+// after a recalculation.
+void ChooseAspect(const RenderOptions& o, Surface& surface) {
+  if (!o.aspect.empty()) {
+    surface.Axes().SetKeepXYAspectRatio(o.aspect == "equal");
+  } else if (o.state.empty()) {
+    FitXYAspect(surface.Axes());
+  }
+}
+
 void RunRender(const RenderOptions& o) {
   CheckOptions(o);
   const auto [width, height] = ParseSize(o.size);
@@ -289,6 +307,7 @@ void RunRender(const RenderOptions& o) {
   // The stages of Refresh one by one, so that --timings can tell them apart.
   detail::SurfaceAccess::Recalculate(surface);
   if (o.state.empty()) FitLabelFormats(surface.Axes(), surface.Contouring());
+  ChooseAspect(o, surface);
   clock.Lap("mesh and contours");
   // Unless a zoom was asked for (or a state brought one), the plot fills its area.
   if (o.command->count("--zoom") == 0 && o.state.empty()) surface.SetZoom(detail::FittingZoom(surface, width, height));
@@ -314,6 +333,7 @@ void RunState(const RenderOptions& o) {
   // The data's scales and levels are worked out, as a refresh would, before saving.
   detail::SurfaceAccess::Recalculate(surface);
   if (o.state.empty()) FitLabelFormats(surface.Axes(), surface.Contouring());
+  ChooseAspect(o, surface);
   const std::vector<std::uint8_t> bytes =
       surface.State(o.formattingOnly ? orvStateTypeFormatting : orvStateTypeFormattingAndData);
   file.Stream().write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -345,6 +365,10 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
   command.add_flag("--lighting", o.lighting, "Light the surface");
   command.add_option("--projections", o.projections,
                      "none (default), top, bottom or both: the map drawn again on the cube's top or bottom face");
+  command.add_option("--samples", o.samples, "Samples per pixel, 1 to 16 (default 4: smooth edges; 1: exact colours)");
+  command.add_option("--aspect", o.aspect,
+                     "equal (one unit as long on X as on Y) or auto (X and Y fill the plot); "
+                     "default equal when the X and Y spans are within a factor of 10");
   command.add_option("--xlabel", o.xlabel, "Title of the X axis");
   command.add_option("--ylabel", o.ylabel, "Title of the Y axis");
   command.add_option("--zlabel", o.zlabel, "Title of the Z axis (the legend takes it too)");

@@ -122,6 +122,8 @@ void TakeViewerDefaults(Surface& surface) {
   surface.Contouring().SetInterpolateColors(false);
   surface.Contouring().SetExactBands(true);
   surface.Contouring().SetTiesAbove(true);
+  surface.SetSamples(4);  // smooth edges
+  surface.SetFitPlotArea(true);
   for (DataSet& data : surface.DataSets()) {
     data.ViewTop().SetVisible(false);
     data.ViewBottom().SetVisible(false);
@@ -234,6 +236,12 @@ void ViewerWindow::buildActions() {
   markersAction_ = toggle(tr("Data Mar&kers"), QStringLiteral("markers"), [](Surface& s, bool on) {
     s.DataSets().Item(0).ViewMain().DataMarkersMaster().SetVisible(on);
   });
+  aspectAction_ = toggle(tr("E&qual Aspect"), QStringLiteral("equalAspect"),
+                         [](Surface& s, bool on) { s.Axes().SetKeepXYAspectRatio(on); });
+  aspectAction_->setToolTip(tr("One unit as long on X as on Y"));
+  connect(aspectAction_, &QAction::toggled, this, [this] {
+    if (!syncing_ && autoFit_) fitPlot();  // the cube changed its shape
+  });
   legendAction_ = toggle(tr("L&egend"), QStringLiteral("legend"), [](Surface& s, bool on) { s.Legend().SetVisible(on); });
   linesAction_ = toggle(tr("Contour &Lines"), QStringLiteral("contourLines"),
                         [](Surface& s, bool on) { s.DataSets().Item(0).ViewMain().SetContourLinesVisible(on); });
@@ -340,6 +348,7 @@ void ViewerWindow::buildMenus() {
   view->addSeparator();
   view->addAction(lightingAction_);
   view->addMenu(tr("&Projections"))->addActions(projectionsGroup_->actions());
+  view->addAction(aspectAction_);
   view->addAction(legendAction_);
   view->addAction(captionAction_);
   view->addSeparator();
@@ -486,6 +495,7 @@ void ViewerWindow::syncControls() {
   meshAction_->setChecked(dataSet.ViewMain().MeshVisible());
   markersAction_->setChecked(dataSet.ViewMain().DataMarkersMaster().Visible());
   legendAction_->setChecked(s.Legend().Visible());
+  aspectAction_->setChecked(s.Axes().KeepXYAspectRatio());
   linesAction_->setChecked(dataSet.ViewMain().ContourLinesVisible());
   labelsAction_->setChecked(dataSet.ViewMain().ContourLabelsVisible());
   cursorAction_->setChecked(s.Cursor().Visible() && s.Cursor().Mode() == orvCursorModeTrackMouse);
@@ -561,8 +571,11 @@ bool ViewerWindow::openFile(const QString& path) {
     change(tr("The data"), [&surface] { surface.DataSets().Item(0).Resampling().SetResamplerType(orvResamplerTypeNone); });
   }
   data_ = std::move(file);
+  change(tr("The labels"), [&surface] {
+    FitLabelFormats(surface.Axes(), surface.Contouring());
+    FitXYAspect(surface.Axes());
+  });
   fitPlot();
-  change(tr("The labels"), [&surface] { FitLabelFormats(surface.Axes(), surface.Contouring()); });
   addRecentFile(QFileInfo(path).absoluteFilePath());
   lastDirectory_ = QFileInfo(path).absolutePath();
   syncControls();

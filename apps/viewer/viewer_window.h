@@ -165,6 +165,7 @@ class ViewerWindow : public QMainWindow {
   QAction* plot3DAction_ = nullptr;
   QAction* plot2DAction_ = nullptr;
   QAction* lightingAction_ = nullptr;
+  QAction* aspectAction_ = nullptr;
   QAction* meshAction_ = nullptr;
   QAction* markersAction_ = nullptr;
   QAction* legendAction_ = nullptr;

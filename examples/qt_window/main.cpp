@@ -5,6 +5,7 @@
 #include <QMainWindow>
 
 #include "orvane/qt/surface_widget.h"
+#include "orvane/render/view.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -13,7 +14,21 @@ int main(int argc, char** argv) {
 
   auto* plot = new orvane::qt::SurfaceWidget(&window);
   window.setCentralWidget(plot);
-  plot->surface().ShowSampleData();
+  orvane::Surface& surface = plot->surface();
+  surface.ShowSampleData();
+  // Beyond the control's own defaults: smooth edges, exact band edges, whole contours,
+  // lighting that keeps the colours, no copies of the map on the cube's faces.
+  surface.SetSamples(4);
+  surface.SetFitPlotArea(true);
+  surface.Contouring().SetInterpolateColors(false);
+  surface.Contouring().SetExactBands(true);
+  surface.Contouring().SetTiesAbove(true);
+  surface.SetLightingIntensityAmbient(0.45);
+  surface.SetLightingIntensitySpotlight(0.6);
+  surface.SetLightingMaterialShininess(1.0);
+  surface.DataSets().Item(0).ViewTop().SetVisible(false);
+  surface.DataSets().Item(0).ViewBottom().SetVisible(false);
+  surface.Refresh();
 
   window.resize(800, 600);
   window.show();

@@ -163,4 +163,9 @@ void FitLabelFormats(Axes& axes, const Contouring& contouring) {
   }
 }
 
+void FitXYAspect(Axes& axes) {
+  const double spanX = axes.XAxis().Max() - axes.XAxis().Min(), spanY = axes.YAxis().Max() - axes.YAxis().Min();
+  axes.SetKeepXYAspectRatio(spanX > 0.0 && spanY > 0.0 && std::max(spanX, spanY) <= 10.0 * std::min(spanX, spanY));
+}
+
 }  // namespace orvane

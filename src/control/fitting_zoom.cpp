@@ -31,16 +31,17 @@ double FittingZoom(Surface& surface, int width, int height) {
   const double extentX = aspect > 1.0 ? aspect : 1.0, extentY = aspect > 1.0 ? 1.0 : 1.0 / aspect;
   const double legend = s.passes->LegendRoom(width, height), band = s.passes->CaptionBand(width, height);
   const double plotW = std::max(width - legend, 1.0), plotH = std::max(height - band, 1.0);
-  // The share of the plot area the cube may span: the rest is for the labels and titles.
-  constexpr double kFill = 0.72;
+  // The share of the plot area the cube may span: the rest is for the labels and titles,
+  // which a flat map has on two sides only.
+  const double fill = !is3D && surface.FitPlotArea() ? 0.84 : 0.72;
   double zoom = 0.0;
-  if (is3D) {
+  if (is3D || surface.FitPlotArea()) {
     const double shrink = std::min(plotW / width, plotH / height);
-    zoom = std::min(kFill * plotW / width * extentX / (halfX * shrink), kFill * plotH / height * extentY / (halfY * shrink));
+    zoom = std::min(fill * plotW / width * extentX / (halfX * shrink), fill * plotH / height * extentY / (halfY * shrink));
   } else {
     // Centred on the control: as far as the nearer of the legend's edge and the band's.
     const double right = 2.0 * plotW / width - 1.0, top = 1.0 - 2.0 * band / height;
-    zoom = std::min(kFill * right * extentX / halfX, kFill * top * extentY / halfY);
+    zoom = std::min(fill * right * extentX / halfX, fill * top * extentY / halfY);
   }
   return std::isfinite(zoom) && zoom > 0.0 ? zoom : 1.0;
 }

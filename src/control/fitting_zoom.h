@@ -13,7 +13,7 @@ namespace orvane::detail {
 // legend and below the caption, with room left round it for the axes' labels. The
 // frame's projection shows -aspect..aspect by -1..1 (or the other way round when taller
 // than wide); in 3-D it centres the cube in the plot area and shrinks it to fit, in 2-D
-// the map stays centred on the whole control.
+// too with FitPlotArea, otherwise the map stays centred on the whole control.
 double FittingZoom(Surface& surface, int width, int height);
 
 }  // namespace orvane::detail

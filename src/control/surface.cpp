@@ -60,6 +60,13 @@ void CheckFinite(double value, const char* name) {
   if (!std::isfinite(value)) throw Error(5, kSource, std::string(name) + " must be a finite number.");
 }
 
+// Samples per pixel: 1 (none) to 16, more than any driver offers.
+void CheckSamples(std::int32_t value) {
+  if (value < 1 || value > 16) {
+    throw Error(5, kSource, "Samples must be from 1 to 16, not " + std::to_string(value) + ".");
+  }
+}
+
 // Lighting values are kept within 0..1.
 double ClampedIntensity(double value, const char* name) {
   if (std::isnan(value)) throw Error(5, kSource, std::string(name) + " must be a number, not NaN.");
@@ -95,6 +102,7 @@ detail::FrameSettings SettingsOf(SurfaceState& s, const detail::RenderTarget& ta
   f.zoom = s.zoom;
   f.offsetHorizontal = s.offsetHorizontal;
   f.offsetVertical = s.offsetVertical;
+  f.fitPlotArea = s.fitPlotArea;
   double m[16];
   s.Trackball().GetRotationMatrix(m);
   std::copy(m, m + 16, f.rotation.begin());
@@ -136,6 +144,11 @@ void Surface::InitProperties() {
   s.lightingMaterialShininess = 0.5;
   s.lightingIntensitySpotlight = 1.0;
   s.lightingIntensityAmbient = 0.5;
+  s.fitPlotArea = false;
+  if (s.samples != 1) {
+    s.samples = 1;
+    RemakeTarget();
+  }
   // The window takes the default border and look at the next refresh.
   s.borderStylePending = true;
   s.appearancePending = true;
@@ -200,6 +213,8 @@ void Surface::WriteProperties(PropertyBag& bag) const {
   bag.WriteProperty("YRotation", ball.RotationY());
   bag.WriteProperty("ZRotation", ball.RotationZ());
   bag.WriteProperty("Zoom", s.zoom);
+  bag.WriteProperty("Samples", s.samples);
+  bag.WriteProperty("FitPlotArea", s.fitPlotArea);
   s.axes.WriteProperties(bag, "Axes.");
   s.contouring.WriteProperties(bag, "Contouring.");
   bag.WriteProperty("Datasets.Count", s.dataSets.Count());
@@ -255,6 +270,8 @@ void Surface::ReadPropertiesInPlace(const PropertyBag& given, bool withData) {
   const auto ry = bag.ReadProperty("YRotation", std::int32_t{0});
   const auto rz = bag.ReadProperty("ZRotation", std::int32_t{30});
   const double zoom = bag.ReadProperty("Zoom", 1.0);
+  const auto samples = bag.ReadProperty("Samples", std::int32_t{1});
+  const bool fitPlotArea = bag.ReadProperty("FitPlotArea", false);
   const auto count = bag.ReadProperty("Datasets.Count", std::int32_t{0});
   if (appearance < orvFlat || appearance > orv3d || border < orvNone || border > orvFixedSingle ||
       (plotType != orvPlotType3D && plotType != orvPlotType2D)) {
@@ -263,6 +280,7 @@ void Surface::ReadPropertiesInPlace(const PropertyBag& given, bool withData) {
   for (const double v : {offsetH, offsetV}) CheckFinite(v, "An offset");
   for (const double v : {ambient, spotlight, shininess}) ClampedIntensity(v, "A lighting value");
   if (!(zoom > 0.0) || !std::isfinite(zoom)) throw Error(5, kSource, "The stored Zoom must be a positive number.");
+  CheckSamples(samples);
   if (count < 0 || count > 10000) throw Error(5, kSource, "The stored data set count " + std::to_string(count) + " cannot be used.");
 
   FlagScope loading(s.loading, true);
@@ -281,6 +299,8 @@ void Surface::ReadPropertiesInPlace(const PropertyBag& given, bool withData) {
   s.plotType = static_cast<EPlotType>(plotType);
   s.Trackball().SetRotation(rx, ry, rz);
   s.zoom = zoom;
+  s.fitPlotArea = fitPlotArea;
+  SetSamples(samples);
   s.axes.ReadProperties(bag, "Axes.");
   s.contouring.ReadProperties(bag, "Contouring.");
   if (count > 0) s.dataSets.SetCount(count);
@@ -551,6 +571,31 @@ void Surface::SetRotation(int axis, double degrees, const char* name, const char
 
 double Surface::Zoom() const noexcept { return state_->zoom; }
 
+std::int32_t Surface::Samples() const noexcept { return state_->samples; }
+
+void Surface::SetSamples(std::int32_t value) {
+  SurfaceState& s = *state_;
+  if (value == s.samples) return;
+  CheckSamples(value);
+  s.samples = value;
+  RemakeTarget();
+  RefreshThenNotify("Samples");
+}
+
+void Surface::RemakeTarget() {
+  // The drawing context is made again with its new framebuffer (fonts and lists go with
+  // the old one); a target not yet made takes the count when it is.
+  SurfaceState& s = *state_;
+  if (!s.targetMade) return;
+  InvalidateFonts();
+  s.renderer.ReleaseLists(s.target);
+  s.target.Create(s.width, s.height, s.samples);
+  s.redrawRequired = true;
+}
+
+bool Surface::FitPlotArea() const noexcept { return state_->fitPlotArea; }
+void Surface::SetFitPlotArea(bool value) { Let(state_->fitPlotArea, value, "FitPlotArea"); }
+
 void Surface::SetZoom(double value) {
   if (value == state_->zoom) return;
   if (!(value > 0.0)) throw Error(5, kSource);
@@ -605,7 +650,7 @@ void Surface::Refresh() {
 void Surface::EnsureTarget() {
   SurfaceState& s = *state_;
   if (s.targetMade) return;
-  s.target.Create(s.width, s.height);
+  s.target.Create(s.width, s.height, s.samples);
   s.targetMade = true;
 }
 
@@ -665,7 +710,7 @@ void Surface::OnResize(std::int32_t width, std::int32_t height) {
   SurfaceState& s = *state_;
   InvalidateFonts();
   s.renderer.ReleaseLists(s.target);
-  s.target.Create(width, height);  // a refused size leaves the old target as it was
+  s.target.Create(width, height, s.samples);  // a refused size leaves the old target as it was
   s.targetMade = true;
   s.width = width;
   s.height = height;
@@ -760,7 +805,7 @@ bool Surface::TrackCursor(float x, float y) {
   // data there.
   if (!s.target.MakeCurrent()) return false;
   GLfloat depth = 1.0F;
-  glReadPixels(px, py, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+  detail::RenderTarget::ReadPixels(px, py, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
   s.target.ReleaseCurrent();
   if (!(depth < 1.0F)) return false;
   const detail::CapturedMatrices& m = frame.mainViews;

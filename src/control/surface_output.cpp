@@ -33,7 +33,7 @@ void Surface::DrawToDC(DeviceContext& dc, std::int32_t left, std::int32_t top, s
   // The drawing context of the asked size comes first, so that a refused size changes
   // nothing.
   detail::RenderTarget drawing;
-  drawing.Create(width, height);
+  drawing.Create(width, height, s.samples);
   // Fonts and display lists belong to the control's context; the new one needs its own.
   s.redrawRequired = true;
   InvalidateFonts();

@@ -63,6 +63,8 @@ struct SurfaceState {
   double lightingMaterialShininess = 0.5;
   double lightingIntensitySpotlight = 1.0;
   double lightingIntensityAmbient = 0.5;
+  std::int32_t samples = 1;   // per pixel of the drawing target
+  bool fitPlotArea = false;   // 2-D maps centred and fitted in the plot area
 
   float lastMouseX = 0.0F;  // the last button press, for a drag
   float lastMouseY = 0.0F;

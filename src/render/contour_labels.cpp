@@ -19,6 +19,7 @@
 #include "render/gl.h"
 #include "render/gl_line.h"
 #include "render/plot.h"
+#include "render/render_target.h"
 
 namespace orvane::detail {
 
@@ -274,7 +275,7 @@ std::vector<char> CPixelVisibilityStencil::Test(const CapturedMatrices& matrices
       const GLint x1 = std::min(p.px + kBlockRadius, vp[0] + vp[2] - 1);
       const GLint y1 = std::min(p.py + kBlockRadius, vp[1] + vp[3] - 1);
       GLubyte block[kSide * kSide] = {};
-      glReadPixels(x0, y0, x1 - x0 + 1, y1 - y0 + 1, GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, block);
+      RenderTarget::ReadPixels(x0, y0, x1 - x0 + 1, y1 - y0 + 1, GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, block);
       ++readBacks_;
       const auto count = static_cast<std::size_t>((x1 - x0 + 1) * (y1 - y0 + 1));
       visible[i] = std::any_of(block, block + count, [](GLubyte v) { return v != 0; }) ? 1 : 0;
@@ -306,7 +307,7 @@ std::vector<char> CPixelVisibilityRGB::Test(const CapturedMatrices& matrices, st
     glDepthMask(GL_FALSE);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_FALSE);
     for (const std::size_t i : batch) {
-      glReadPixels(probes[i].px, probes[i].py, 1, 1, GL_RGB, GL_FLOAT, saved[i].data());
+      RenderTarget::ReadPixels(probes[i].px, probes[i].py, 1, 1, GL_RGB, GL_FLOAT, saved[i].data());
       ++readBacks_;
     }
     glBegin(GL_POINTS);
@@ -318,7 +319,7 @@ std::vector<char> CPixelVisibilityRGB::Test(const CapturedMatrices& matrices, st
     glEnd();
     for (const std::size_t i : batch) {
       std::array<GLfloat, 3> now{};
-      glReadPixels(probes[i].px, probes[i].py, 1, 1, GL_RGB, GL_FLOAT, now.data());
+      RenderTarget::ReadPixels(probes[i].px, probes[i].py, 1, 1, GL_RGB, GL_FLOAT, now.data());
       ++readBacks_;
       bool arrived = true;
       for (std::size_t c = 0; c < 3; ++c) arrived = arrived && std::fabs(now[c] - (1.0F - saved[i][c])) < 0.5F / 255.0F;

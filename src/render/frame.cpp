@@ -207,7 +207,7 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
   } else {
     glOrtho(-1.0, 1.0, -1.0 / aspect, 1.0 / aspect, depth, -depth);
   }
-  if (f.is3D && width > 0 && height > 0) {
+  if ((f.is3D || settings.fitPlotArea) && width > 0 && height > 0) {
     const double extentX = aspect > 1.0 ? aspect : 1.0;
     const double extentY = aspect > 1.0 ? 1.0 : 1.0 / aspect;
     glTranslated(-static_cast<double>(width - f.plotWidth) / width * extentX,

@@ -36,6 +36,9 @@ struct FrameSettings {
   double zoom = 1.0;
   double offsetHorizontal = 0.0;
   double offsetVertical = 0.0;
+  // 2-D maps too are centred in the plot area beside the legend and below the caption
+  // and shrunk to it, as 3-D plots always are.
+  bool fitPlotArea = false;
   // The trackball's rotation matrix (column-major); identity by default.
   std::array<double, 16> rotation{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   bool cursorVisible = false;

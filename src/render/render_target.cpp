@@ -235,12 +235,16 @@ struct FramebufferApi {
   PFNGLRENDERBUFFERSTORAGEPROC renderbufferStorage = nullptr;
   PFNGLFRAMEBUFFERRENDERBUFFERPROC framebufferRenderbuffer = nullptr;
   PFNGLBINDBUFFERPROC bindBuffer = nullptr;
+  // Multisampling (core since 3.0 as well); a target asks for it only when both exist.
+  PFNGLRENDERBUFFERSTORAGEMULTISAMPLEPROC renderbufferStorageMultisample = nullptr;
+  PFNGLBLITFRAMEBUFFERPROC blitFramebuffer = nullptr;
 
   bool Complete() const noexcept {
     return genFramebuffers && deleteFramebuffers && bindFramebuffer && checkFramebufferStatus &&
            genRenderbuffers && deleteRenderbuffers && bindRenderbuffer && renderbufferStorage &&
            framebufferRenderbuffer && bindBuffer;
   }
+  bool Multisampling() const noexcept { return renderbufferStorageMultisample && blitFramebuffer; }
 };
 
 template <class F>
@@ -261,12 +265,42 @@ const FramebufferApi& Framebuffers() {
     Load(a.renderbufferStorage, "glRenderbufferStorage");
     Load(a.framebufferRenderbuffer, "glFramebufferRenderbuffer");
     Load(a.bindBuffer, "glBindBuffer");
+    Load(a.renderbufferStorageMultisample, "glRenderbufferStorageMultisample");
+    Load(a.blitFramebuffer, "glBlitFramebuffer");
     return a;
   }();
   return api;
 }
 
 std::atomic<RenderTarget::FailPoint> failPoint{RenderTarget::FailPoint::kNone};
+
+// The target whose context this thread made current (ReadPixels reads through it).
+thread_local const RenderTarget* currentTarget = nullptr;
+
+// A framebuffer of one colour renderbuffer (RGBA8) and one depth-stencil renderbuffer,
+// multisampled when samples > 1; bound for drawing and reading on return.
+void MakeFramebuffer(const FramebufferApi& fb, std::int32_t width, std::int32_t height, int samples,
+                     std::uint32_t& framebuffer, std::uint32_t& color, std::uint32_t& depthStencil) {
+  const auto storage = [&](GLenum format) {
+    if (samples > 1) {
+      fb.renderbufferStorageMultisample(GL_RENDERBUFFER, samples, format, width, height);
+    } else {
+      fb.renderbufferStorage(GL_RENDERBUFFER, format, width, height);
+    }
+  };
+  fb.genFramebuffers(1, &framebuffer);
+  fb.bindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+  fb.genRenderbuffers(1, &color);
+  fb.bindRenderbuffer(GL_RENDERBUFFER, color);
+  storage(GL_RGBA8);
+  fb.framebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, color);
+  fb.genRenderbuffers(1, &depthStencil);
+  fb.bindRenderbuffer(GL_RENDERBUFFER, depthStencil);
+  storage(GL_DEPTH24_STENCIL8);
+  fb.framebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, depthStencil);
+  fb.framebufferRenderbuffer(GL_FRAMEBUFFER, GL_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depthStencil);
+  fb.bindRenderbuffer(GL_RENDERBUFFER, 0);
+}
 
 std::mutex descriptionMutex;
 std::string glDescription;  // version and renderer of the first context made
@@ -314,7 +348,7 @@ Color Bitmap::Pixel(int x, int y) const {
 
 RenderTarget::~RenderTarget() { Release(); }
 
-void RenderTarget::Create(std::int32_t width, std::int32_t height) {
+void RenderTarget::Create(std::int32_t width, std::int32_t height, int samples) {
   const std::string size = std::to_string(width) + " x " + std::to_string(height);
   if (width < 0 || height < 0) {
     throw Error(5, kErrorSource, "The drawing size " + size + " is invalid: a side is negative.");
@@ -336,7 +370,7 @@ void RenderTarget::Create(std::int32_t width, std::int32_t height) {
 
   Release();
   bitmap_ = std::move(fresh);
-  if (!BuildContext(std::max(width, 1), std::max(height, 1))) {
+  if (!BuildContext(std::max(width, 1), std::max(height, 1), samples)) {
     DestroyContext();
   } else {
     static std::uint64_t contexts = 0;
@@ -344,7 +378,7 @@ void RenderTarget::Create(std::int32_t width, std::int32_t height) {
   }
 }
 
-bool RenderTarget::BuildContext(std::int32_t width, std::int32_t height) {
+bool RenderTarget::BuildContext(std::int32_t width, std::int32_t height, int samples) {
   const SharedDisplay& shared = Display();
   if (shared.display == EGL_NO_DISPLAY) {
     failureReason_ = shared.failure;
@@ -423,20 +457,15 @@ bool RenderTarget::BuildContext(std::int32_t width, std::int32_t height) {
 
   while (glGetError() != GL_NO_ERROR) {
   }
-  fb.genFramebuffers(1, &framebuffer_);
-  fb.bindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
-  fb.genRenderbuffers(1, &colorBuffer_);
-  fb.bindRenderbuffer(GL_RENDERBUFFER, colorBuffer_);
-  fb.renderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, width, height);
-  fb.framebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, colorBuffer_);
-  fb.genRenderbuffers(1, &depthStencilBuffer_);
-  fb.bindRenderbuffer(GL_RENDERBUFFER, depthStencilBuffer_);
-  fb.renderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width, height);
-  fb.framebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER,
-                             depthStencilBuffer_);
-  fb.framebufferRenderbuffer(GL_FRAMEBUFFER, GL_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
-                             depthStencilBuffer_);
-  fb.bindRenderbuffer(GL_RENDERBUFFER, 0);
+  // As many samples as asked for, where the driver has that many.
+  GLint mostSamples = 0;
+  if (samples > 1 && fb.Multisampling()) glGetIntegerv(GL_MAX_SAMPLES, &mostSamples);
+  samples_ = std::clamp(samples, 1, std::max(static_cast<int>(mostSamples), 1));
+  if (samples_ > 1) {
+    MakeFramebuffer(fb, width, height, 1, resolveFramebuffer_, resolveColorBuffer_, resolveDepthStencilBuffer_);
+    if (fb.checkFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) samples_ = 1;
+  }
+  MakeFramebuffer(fb, width, height, samples_, framebuffer_, colorBuffer_, depthStencilBuffer_);
   const GLenum status = fb.checkFramebufferStatus(GL_FRAMEBUFFER);
   const GLenum error = glGetError();
   if (failPoint.load() == FailPoint::kFramebuffer || status != GL_FRAMEBUFFER_COMPLETE ||
@@ -475,10 +504,15 @@ void RenderTarget::DestroyContext() noexcept {
     }
     eglDestroyContext(display, context_);
   }
+  if (currentTarget == this) currentTarget = nullptr;
   context_ = nullptr;
   framebuffer_ = 0;
   colorBuffer_ = 0;
   depthStencilBuffer_ = 0;
+  resolveFramebuffer_ = 0;
+  resolveColorBuffer_ = 0;
+  resolveDepthStencilBuffer_ = 0;
+  samples_ = 1;
   depthBits_ = 0;
   stencilBits_ = 0;
 }
@@ -495,6 +529,7 @@ bool RenderTarget::MakeCurrent() noexcept {
     return false;
   }
   Framebuffers().bindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
+  currentTarget = this;
   return true;
 }
 
@@ -503,6 +538,46 @@ void RenderTarget::ReleaseCurrent() noexcept {
   if (eglGetCurrentContext() == context_) {
     eglMakeCurrent(Display().display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
   }
+  if (currentTarget == this) currentTarget = nullptr;
+}
+
+std::uint32_t RenderTarget::BindForReading(int x, int y, int width, int height, unsigned mask) const noexcept {
+  const FramebufferApi& fb = Framebuffers();
+  GLint readFramebuffer = 0;
+  glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &readFramebuffer);
+  if (samples_ <= 1) {
+    fb.bindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_);
+    return static_cast<std::uint32_t>(readFramebuffer);
+  }
+  GLint drawFramebuffer = 0;
+  glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &drawFramebuffer);
+  // The blit obeys neither the scissor nor the colour mask's absence of alpha: the
+  // scissor is lifted for it, and resolving touches only the resolve buffers.
+  const GLboolean scissor = glIsEnabled(GL_SCISSOR_TEST);
+  glDisable(GL_SCISSOR_TEST);
+  fb.bindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_);
+  fb.bindFramebuffer(GL_DRAW_FRAMEBUFFER, resolveFramebuffer_);
+  fb.blitFramebuffer(x, y, x + width, y + height, x, y, x + width, y + height, mask, GL_NEAREST);
+  fb.bindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(drawFramebuffer));
+  fb.bindFramebuffer(GL_READ_FRAMEBUFFER, resolveFramebuffer_);
+  if (scissor == GL_TRUE) glEnable(GL_SCISSOR_TEST);
+  return static_cast<std::uint32_t>(readFramebuffer);
+}
+
+void RenderTarget::ReadPixels(int x, int y, int width, int height, unsigned format, unsigned type,
+                              void* data) noexcept {
+  const RenderTarget* target = currentTarget;
+  if (target == nullptr || target->context_ == nullptr || eglGetCurrentContext() != target->context_) {
+    glReadPixels(x, y, width, height, format, type, data);
+    return;
+  }
+  const GLbitfield mask = format == GL_DEPTH_COMPONENT ? GL_DEPTH_BUFFER_BIT
+                          : format == GL_STENCIL_INDEX ? GL_STENCIL_BUFFER_BIT
+                          : format == GL_DEPTH_STENCIL ? GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT
+                                                       : GL_COLOR_BUFFER_BIT;
+  const std::uint32_t restore = target->BindForReading(x, y, width, height, mask);
+  glReadPixels(x, y, width, height, format, type, data);
+  Framebuffers().bindFramebuffer(GL_READ_FRAMEBUFFER, restore);
 }
 
 void RenderTarget::ReadBack() noexcept {
@@ -516,7 +591,7 @@ void RenderTarget::ReadBack() noexcept {
   GLint packBuffer = 0;
   glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &readFramebuffer);
   glGetIntegerv(GL_PIXEL_PACK_BUFFER_BINDING, &packBuffer);
-  fb.bindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_);
+  BindForReading(0, 0, bitmap_.header.biWidth, bitmap_.header.biHeight, GL_COLOR_BUFFER_BIT);
   fb.bindBuffer(GL_PIXEL_PACK_BUFFER, 0);
   glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
   glPixelStorei(GL_PACK_ALIGNMENT, 4);

@@ -55,12 +55,14 @@ class RenderTarget {
   ~RenderTarget();
 
   /// Releases whatever the target holds and builds it again at width x height pixels:
-  /// a zero-filled bitmap, then the context and its framebuffer. A side of 0 is valid
+  /// a zero-filled bitmap, then the context and its framebuffer. With samples above 1
+  /// the framebuffer is multisampled, with as many samples as the driver allows up to
+  /// that (one, the plain framebuffer, when it allows none), and resolved on reading. A side of 0 is valid
   /// (an empty bitmap; drawing goes to a 1 x 1 framebuffer and nothing is read back).
   /// A negative side or one above kMaxSide raises error 5 ("The drawing size W x H is
   /// ...") and memory exhaustion error 7, leaving the target exactly as it was. A
   /// failure to get a context is no error: see HasContext().
-  void Create(std::int32_t width, std::int32_t height);
+  void Create(std::int32_t width, std::int32_t height, int samples = 1);
   /// Frees the context and the bitmap; the size goes back to 0 x 0. Safe on a target
   /// never created or half built, and when called again.
   void Release() noexcept;
@@ -95,6 +97,15 @@ class RenderTarget {
   /// Copies the whole image to dc with its top-left corner at (left, top), unscaled.
   void CopyTo(DeviceContext& dc, int left, int top) const;
 
+  /// Samples per pixel of the framebuffer drawn into (1 when not multisampled, 0
+  /// without a context).
+  int Samples() const noexcept { return context_ != nullptr ? samples_ : 0; }
+
+  /// glReadPixels from the framebuffer the current target draws into, which works on a
+  /// multisampled one as well: the block is resolved into the target's single-sample
+  /// framebuffer first (colour averaged; depth and stencil of one sample).
+  static void ReadPixels(int x, int y, int width, int height, unsigned format, unsigned type, void* data) noexcept;
+
   /// Depth and stencil bits of the framebuffer (0 without a context).
   int DepthBits() const noexcept { return depthBits_; }
   int StencilBits() const noexcept { return stencilBits_; }
@@ -111,7 +122,10 @@ class RenderTarget {
   static void FailAtForTesting(FailPoint point) noexcept;
 
  private:
-  bool BuildContext(std::int32_t width, std::int32_t height);
+  bool BuildContext(std::int32_t width, std::int32_t height, int samples);
+  // Binds the framebuffer reads come from, resolving the block (x, y, w, h) of the
+  // buffers in mask first when multisampled; returns the read binding to restore.
+  std::uint32_t BindForReading(int x, int y, int width, int height, unsigned mask) const noexcept;
   void DestroyContext() noexcept;
 
   Bitmap bitmap_;
@@ -119,6 +133,11 @@ class RenderTarget {
   std::uint32_t framebuffer_ = 0;
   std::uint32_t colorBuffer_ = 0;
   std::uint32_t depthStencilBuffer_ = 0;
+  // Multisampled: the single-sample framebuffer frames and blocks are resolved into.
+  std::uint32_t resolveFramebuffer_ = 0;
+  std::uint32_t resolveColorBuffer_ = 0;
+  std::uint32_t resolveDepthStencilBuffer_ = 0;
+  int samples_ = 1;
   int depthBits_ = 0;
   int stencilBits_ = 0;
   std::string failureReason_;

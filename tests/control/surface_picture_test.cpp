@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "control/fitting_zoom.h"
 #include "control/surface_state.h"
 #include "control_fixture.h"
 #include "orvane/axes/axes.h"
@@ -22,6 +23,7 @@
 #include "orvane/render/view.h"
 #include "orvane/render/device_context.h"
 #include "render/gl.h"
+#include "support/expect_error.h"
 
 namespace orvane {
 namespace {
@@ -406,6 +408,130 @@ TEST(SurfacePicture, ADottedContourAlongMeshEdgesRunsOnOnceAndARidgeOnTheLevelIs
   // Exact signs trace the ridge from both its sides, out and back.
   draw(false, black, length, ridge);
   EXPECT_GT(ridge, 40);
+}
+
+
+namespace layout {
+
+// The bounding box of the strongly coloured pixels left of x = right: the map's fill.
+struct Box {
+  int left = 1 << 20, top = 1 << 20, right = -1, bottom = -1;
+  int Width() const { return right - left + 1; }
+  int Height() const { return bottom - top + 1; }
+};
+
+Box FillBox(const detail::Bitmap& image, int right) {
+  Box box;
+  for (int y = 0; y < image.header.biHeight; ++y) {
+    for (int x = 0; x < right; ++x) {
+      const Color c = image.Pixel(x, y);
+      const int r = c & 0xFF, g = (c >> 8) & 0xFF, b = (c >> 16) & 0xFF;
+      if (std::max({r, g, b}) - std::min({r, g, b}) < 60) continue;  // white, black, grey text
+      box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x), std::max(box.bottom, y)};
+    }
+  }
+  return box;
+}
+
+// z = x + y on a grid over [0, w] x [0, h], captioned, with the legend.
+void Domain(Control& c, double w, double h) {
+  const std::vector<double> x{0.0, w / 2, w}, y{0.0, h / 2, h};
+  std::vector<double> z;
+  for (const double xi : x)
+    for (const double yj : y) z.push_back(xi / w + yj / h);
+  c.surface.DataSets().Item(0).DataAsRectangularGridSet(x, 3, y, 3, Array2D(z, 3, 3));
+  c.surface.Header().SetText("A caption");
+  c.surface.Header().SetVisible(true);
+}
+
+}  // namespace layout
+
+TEST(SurfacePicture, FourSamplesSmoothTheEdgesAndOneKeepsTheColoursExact) {
+  Control c(200, 200);
+  BareViews(c);
+  testing::Saddle(c.surface.DataSets().Item(0));
+  c.surface.DataSets().Item(0).ViewMain().SetContourFillVisible(false);
+  c.surface.Faces().SetEdgeVisibleMaster(true);
+  c.surface.Refresh();
+  EXPECT_EQ(c.State().target.Samples(), 1);
+  std::set<Color> exact;  // one sample: the lines' and edges' own colours on white
+  for (int y = 0; y < 200; ++y)
+    for (int x = 0; x < 200; ++x) exact.insert(c.Image().Pixel(x, y));
+
+  c.surface.SetSamples(4);
+  c.surface.Refresh();
+  EXPECT_EQ(c.State().target.Samples(), 4);
+  int blended = 0;
+  for (int y = 0; y < 200; ++y)
+    for (int x = 0; x < 200; ++x) blended += exact.count(c.Image().Pixel(x, y)) == 0;
+  EXPECT_GT(blended, 200);
+  Dump(c, "samples4");
+
+  // Kept in the State; a count the control cannot take is refused and changes nothing.
+  const std::vector<std::uint8_t> state = c.surface.State();
+  Control d(60, 60);
+  d.surface.SetState(state);
+  EXPECT_EQ(d.surface.Samples(), 4);
+  EXPECT_EQ(d.State().target.Samples(), 4);
+  EXPECT_ORVANE_ERROR(d.surface.SetSamples(17), 5, "Orvada.Surface", "Samples must be from 1 to 16, not 17.");
+  EXPECT_EQ(d.surface.Samples(), 4);
+  d.surface.InitProperties();
+  EXPECT_EQ(d.State().target.Samples(), 1);
+}
+
+TEST(SurfacePicture, AFittedMapFillsThePlotAreaAndEqualAspectKeepsItsShape) {
+  // A square domain at 800 x 600 with caption and legend: most of the height.
+  Control c(800, 600);
+  layout::Domain(c, 1.0, 1.0);
+  c.surface.SetPlotType(orvPlotType2D);
+  c.surface.SetFitPlotArea(true);
+  c.surface.Refresh();
+  c.surface.SetZoom(detail::FittingZoom(c.surface, 800, 600));
+  c.surface.Refresh();
+  const auto& frame = c.State().renderer.LastFrame();
+  layout::Box box = layout::FillBox(c.Image(), frame.plotWidth);
+  EXPECT_GE(box.Height(), 0.75 * 600);
+  EXPECT_NEAR((box.left + box.right) / 2.0, frame.plotWidth / 2.0, 2.0);  // centred beside the legend
+  Dump(c, "fitted_map");
+
+  // 860 x 610 units at one scale are drawn 860 x 610, within 2 %.
+  layout::Domain(c, 860.0, 610.0);
+  c.surface.Axes().SetKeepXYAspectRatio(true);
+  c.surface.Refresh();
+  c.surface.SetZoom(detail::FittingZoom(c.surface, 800, 600));
+  c.surface.Refresh();
+  box = layout::FillBox(c.Image(), frame.plotWidth);
+  EXPECT_NEAR(static_cast<double>(box.Width()) / box.Height(), 860.0 / 610.0, 0.02 * 860.0 / 610.0);
+  // Stretched, the axes' ranges span equal lengths instead.
+  c.surface.Axes().SetKeepXYAspectRatio(false);
+  c.surface.SetZoom(detail::FittingZoom(c.surface, 800, 600));
+  c.surface.Refresh();
+  box = layout::FillBox(c.Image(), frame.plotWidth);
+  Axes& axes = c.surface.Axes();
+  const double stretched = 860.0 / (axes.XAxis().Max() - axes.XAxis().Min()) / (610.0 / (axes.YAxis().Max() - axes.YAxis().Min()));
+  EXPECT_NEAR(static_cast<double>(box.Width()) / box.Height(), stretched, 0.02 * stretched);
+}
+
+TEST(SurfacePicture, TheFittedCubeStaysInsideThePlotAreaAtAnySizeAndRotation) {
+  for (const auto& [w, h] : {std::pair{800, 600}, std::pair{400, 600}, std::pair{900, 300}}) {
+    Control c(w, h);
+    layout::Domain(c, 860.0, 610.0);
+    for (const auto& r : {std::array{60, 0, 30}, std::array{60, 0, 75}, std::array{90, 0, 0}, std::array{20, 30, 200}}) {
+      c.surface.SetRotationX(r[0]);
+      c.surface.SetRotationY(r[1]);
+      c.surface.SetRotationZ(r[2]);
+      c.surface.SetZoom(detail::FittingZoom(c.surface, w, h));
+      c.surface.Refresh();
+      const auto& frame = c.State().renderer.LastFrame();
+      for (int corner = 0; corner < 8; ++corner) {
+        const auto p = Project(c, corner & 1, (corner >> 1) & 1, (corner >> 2) & 1);
+        EXPECT_GE(p[0], 0) << w << "x" << h << " rotation " << r[0] << "," << r[1] << "," << r[2];
+        EXPECT_LT(p[0], frame.plotWidth);
+        EXPECT_GE(p[1], h - frame.plotHeight);
+        EXPECT_LT(p[1], h);
+      }
+    }
+  }
 }
 
 }  // namespace

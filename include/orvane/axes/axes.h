@@ -99,4 +99,9 @@ class Contouring;
 /// it once the axes' ranges and the levels are worked out (after a refresh).
 void FitLabelFormats(Axes& axes, const Contouring& contouring);
 
+/// Sets KeepXYAspectRatio for the data's shape: True (one unit as long on X as on Y)
+/// when the X and Y axes' spans are within a factor of 10 of each other, else False so
+/// that a long, thin domain still fills the plot. Call it once the ranges are worked out.
+void FitXYAspect(Axes& axes);
+
 }  // namespace orvane

@@ -183,6 +183,16 @@ class Surface {
   std::int32_t RotationZ() const;
   /// As SetRotationX. Key "ZRotation".
   void SetRotationZ(double degrees);
+  /// Samples per pixel the control draws with, 1 to 16 (1 when new: no antialiasing);
+  /// the driver may give fewer.
+  std::int32_t Samples() const noexcept;
+  /// Lets it (else error 5) and makes the drawing context again. Key "Samples".
+  void SetSamples(std::int32_t value);
+  /// Whether a 2-D map is centred in the plot area and shrunk to it, as a 3-D plot is
+  /// (False when new: the map is centred on the whole control).
+  bool FitPlotArea() const noexcept;
+  /// Lets it. Key "FitPlotArea".
+  void SetFitPlotArea(bool value);
   /// "Returns or sets the zoom level of the control." (1 when new)
   double Zoom() const noexcept;
   /// Lets it: a value not above 0 raises error 5, an infinite one too. Key "Zoom".
@@ -267,6 +277,8 @@ class Surface {
   void Recalculate();
   // The control's own target, made at its size on first need.
   void EnsureTarget();
+  // Makes the target again at its size and sample count, when it was made.
+  void RemakeTarget();
   // ReadProperties without the trial on a scratch control; with data, the data sets' data
   // too.
   void ReadPropertiesInPlace(const PropertyBag& bag, bool withData);
