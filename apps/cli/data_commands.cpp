@@ -11,6 +11,7 @@
 
 #include "commands.h"
 #include "input_options.h"
+#include "level_options.h"
 #include "numbers.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/core/error.h"
@@ -98,18 +99,11 @@ void RunTriangulate(const TriangulateOptions& options) {
 struct ContourOptions {
   std::string file;
   InputOptions input;
-  std::int64_t count = 10;
-  double interval = 0.0;
-  double offset = 0.0;
-  std::vector<double> levels;
+  LevelOptions level;
   bool bands = false;
   std::string ties = "above";  // how heights on a level are traced
   std::string output;
-  CLI::Option* intervalOption = nullptr;
 };
-
-// Most levels a contour map takes, however they are asked for.
-constexpr std::int64_t kMostLevels = 10000;
 
 // Writes GeoJSON text straight to a stream, numbers in shortest round-trip form.
 class GeoJsonWriter {
@@ -137,56 +131,12 @@ class GeoJsonWriter {
 
 std::string JsonNumberOrNull(bool present, double v) { return present ? Number(v) : "null"; }
 
-// The levels the options ask for, refused before any work when they make no sense:
-// ascending, each rounded to 15 significant digits, none at the Z minimum or maximum
-// (a level there outlines nothing but the extreme points).
-std::vector<double> Levels(const ContourOptions& options, double zMin, double zMax) {
-  std::vector<double> raw;
-  if (!options.levels.empty()) {
-    if (static_cast<std::int64_t>(options.levels.size()) > kMostLevels) {
-      throw Error(5, "orvane", "--levels takes at most " + std::to_string(kMostLevels) + " levels");
-    }
-    for (double v : options.levels) {
-      if (!std::isfinite(v)) throw Error(5, "orvane", "--levels: the level " + Number(v) + " is not a finite number");
-    }
-    raw = options.levels;
-  } else if (options.intervalOption->count() > 0) {
-    const double d = options.interval, o = options.offset;
-    if (!(std::isfinite(d) && d > 0.0)) throw Error(5, "orvane", "--interval must be a finite number above 0");
-    if (!std::isfinite(o)) throw Error(5, "orvane", "--offset must be a finite number");
-    // Every O + k D between the limits, as gdal_contour puts them.
-    const double first = std::ceil((zMin - o) / d), last = std::floor((zMax - o) / d);
-    if (!(last - first < static_cast<double>(kMostLevels))) {
-      throw Error(5, "orvane", "--interval " + Number(d) + " gives more than " + std::to_string(kMostLevels) +
-                                   " levels between the Z limits");
-    }
-    for (double k = first; k <= last; ++k) raw.push_back(o + k * d);
-  } else {
-    if (options.count < 1 || options.count > kMostLevels) {
-      throw Error(5, "orvane", "--count must be between 1 and " + std::to_string(kMostLevels));
-    }
-    Contouring contouring;
-    contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(options.count));
-    contouring.AutoSetContours(zMin, zMax);
-    for (std::int32_t i = 0; i < contouring.Contours().Count(); ++i) raw.push_back(contouring.Contours().Item(i)->Value());
-  }
-  std::vector<double> levels;
-  for (double v : raw) {
-    const double level = RoundedValue(v);
-    if (level == zMin || level == zMax || level == RoundedValue(zMin) || level == RoundedValue(zMax)) continue;
-    levels.push_back(level);
-  }
-  std::sort(levels.begin(), levels.end());
-  levels.erase(std::unique(levels.begin(), levels.end()), levels.end());
-  return levels;
-}
-
 void RunContour(const ContourOptions& options) {
   if (options.ties != "above" && options.ties != "exact") throw Error(5, "orvane", "--ties must be above or exact");
   OutputFile file(options.output);
   DataSet data;
   Load(options.file, options.input, data);
-  const std::vector<double> levels = Levels(options, data.ZMin(), data.ZMax());
+  const std::vector<double> levels = Levels(options.level, data.ZMin(), data.ZMax());
   const bool tiesAbove = options.ties == "above";
   const std::vector<std::vector<Polyline>> lines = data.ContourLines(levels, tiesAbove);
 
@@ -252,17 +202,7 @@ void AddContourCommand(CLI::App& app) {
       "contour", "Trace contour lines (and with --bands filled bands) of an XYZ file into GeoJSON");
   contour->add_option("FILE", options->file, "XYZ text file")->required();
   AddInputOptions(*contour, options->input);
-  CLI::Option* count = contour->add_option("--count", options->count,
-                                           "Number of equal intervals between the Z limits (1 to 10000, default 10)");
-  CLI::Option* interval = contour->add_option(
-      "--interval", options->interval, "Level spacing D above 0: levels at O + k D (see --offset), at most 10000");
-  CLI::Option* offset = contour->add_option("--offset", options->offset, "With --interval: the offset O (default 0)");
-  offset->needs(interval);
-  options->intervalOption = interval;
-  CLI::Option* levels = contour->add_option("--levels", options->levels, "Levels given one by one: a,b,c (at most 10000)")
-                            ->delimiter(',');
-  count->excludes(interval)->excludes(levels);
-  interval->excludes(levels);
+  AddLevelOptions(*contour, options->level, "--count", false);
   contour->add_flag("--bands", options->bands, "Also write one MultiPolygon per band between levels");
   contour->add_option("--ties", options->ties,
                       "above (default: a height equal to a level counts as above it; whole contours) or exact "

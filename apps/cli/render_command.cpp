@@ -12,17 +12,21 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "commands.h"
 #include "input_options.h"
+#include "level_options.h"
 #include "control/fitting_zoom.h"
 #include "control/surface_state.h"
 #include "orvane/control/surface.h"
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
+#include "orvane/contour/color_tables.h"
+#include "orvane/contour/contouring.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 #include "orvane/data/data_sets.h"
@@ -30,6 +34,7 @@
 #include "orvane/data/xyz_file.h"
 #include "orvane/host/headless_host.h"
 #include "orvane/render/device_context.h"
+#include "orvane/render/marker.h"
 #include "orvane/render/view.h"
 #include "output_file.h"
 #include "resample_options.h"
@@ -47,8 +52,8 @@ struct RenderOptions {
   std::vector<double> rotation;
   double zoom = 1.0;
   std::string title;
-  std::string colormap;
-  std::int64_t contours = 10;
+  std::string colormap;         // a map's name or a colour table file
+  LevelOptions level;
   bool interpolateColors = false;
   std::string fill = "bands";   // flat, bands or smooth
   std::string ties = "above";   // how heights on a level are traced: above or exact
@@ -70,7 +75,6 @@ struct RenderOptions {
   CLI::App* command = nullptr;  // to tell options given from defaults
   ResampleOptions resample;
   CLI::Option* titleOption = nullptr;
-  CLI::Option* contoursOption = nullptr;
   CLI::Option* zoomOption = nullptr;
 };
 
@@ -171,7 +175,7 @@ void CheckOptions(const RenderOptions& o) {
     if (!std::isfinite(angle)) Refuse("--rotation angles must be finite numbers");
   }
   if (!(std::isfinite(o.zoom) && o.zoom > 0.0)) Refuse("--zoom must be a finite number above 0");
-  if (o.contours < 1 || o.contours > 10000) Refuse("--contours must be between 1 and 10000");
+  if (o.level.count < 1 || o.level.count > kMostLevels) Refuse("--contours must be between 1 and 10000");
   if (o.fill != "flat" && o.fill != "bands" && o.fill != "smooth") Refuse("--fill must be flat, bands or smooth");
   if (o.interpolateColors && o.command->count("--fill") > 0 && o.fill != "smooth") {
     Refuse("--interpolate-colors asks for --fill smooth, not --fill " + o.fill);
@@ -182,17 +186,40 @@ void CheckOptions(const RenderOptions& o) {
   if (o.projections != "none" && o.projections != "top" && o.projections != "bottom" && o.projections != "both") {
     Refuse("--projections must be none, top, bottom or both");
   }
-  if (!o.colormap.empty() && ColorMaps().count(o.colormap) == 0) {
+}
+
+bool IsPerceptual(const std::string& name) {
+  const std::vector<std::string>& names = PerceptualColorMapNames();
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// The colour table a --colormap that names no map reads, refused before any work.
+std::optional<ColorTable> ColorTableOf(const RenderOptions& o) {
+  if (o.colormap.empty() || ColorMaps().count(o.colormap) > 0 || IsPerceptual(o.colormap)) return std::nullopt;
+  if (!std::filesystem::exists(o.colormap)) {
     std::string names;
-    for (const auto& [name, value] : ColorMaps()) names += (names.empty() ? "" : ", ") + name;
-    Refuse("--colormap must be one of " + names);
+    for (const auto& [name, value] : ColorMaps()) names += name + ", ";
+    for (const std::string& name : PerceptualColorMapNames()) names += name + ", ";
+    Refuse("--colormap must be one of " + names + "or a colour table file (" + o.colormap + " is neither)");
   }
+  return ReadColorTable(o.colormap);
+}
+
+// This program's choice of map when none is given: terrain for elevations, named so by
+// the Z title or the file's name, viridis for anything else.
+std::string DefaultColorMap(const RenderOptions& o) {
+  std::string text = o.zlabel + " " + std::filesystem::path(o.file).filename().string();
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  for (const char* word : {"elev", "height", "altitude", "topo", "dem", "bathy", "terrain", "relief"}) {
+    if (text.find(word) != std::string::npos) return "terrain";
+  }
+  return "viridis";
 }
 
 // Gives the control its data and formatting: the file or the sample, then a saved State,
 // then the options. After a State only the options given on the command line apply, so
 // that their defaults do not undo what the State holds.
-void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
+void Prepare(const RenderOptions& o, const std::optional<ColorTable>& table, Surface& surface, Stopwatch& clock) {
   const auto given = [&o](const char* name) { return o.command->count(name) > 0; };
   if (o.sample) {
     surface.ShowSampleData();
@@ -231,10 +258,27 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
   // A map fills the area beside the legend and below the caption, as a cube does.
   if (!fromState) surface.SetFitPlotArea(true);
   Contouring& contouring = surface.Contouring();
-  if (!o.colormap.empty()) contouring.SetColorMapType(ColorMaps().at(o.colormap));
+  // Named maps of the control by type, the others through the user map; a table of data
+  // values is placed on the levels once they are known (ColourLevels).
+  const std::string map = !o.colormap.empty() ? o.colormap : fromState ? "" : DefaultColorMap(o);
+  if (ColorMaps().count(map) > 0) {
+    contouring.SetColorMapType(ColorMaps().at(map));
+  } else if (IsPerceptual(map)) {
+    LoadPerceptualColorMap(contouring.UserColorMap(), map);
+    contouring.SetColorMapType(orvColorMapUser);
+  } else if (table && table->relative) {
+    LoadColorTable(contouring.UserColorMap(), *table, 0.0, 1.0);
+    contouring.SetColorMapType(orvColorMapUser);
+  }
   if (given("--contours")) {
     contouring.SetAutoSetContoursType(orvAutoSetByIntervalCount);
-    contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(o.contours));
+    contouring.SetAutoSetIntervalCount(static_cast<std::int32_t>(o.level.count));
+  } else if (o.level.Explicit()) {
+    const DataSet& data = surface.DataSets().Item(0);
+    const std::vector<double> levels = Levels(o.level, data.ZMin(), data.ZMax());
+    contouring.SetAutoSetContoursType(orvAutoSetOff);
+    contouring.Contours().RemoveAll();
+    contouring.Contours().AddLevels(levels);
   }
   // The fill and the ties: this program's own defaults, unless a State brought its own.
   if (!fromState || given("--fill") || o.interpolateColors) {
@@ -251,6 +295,15 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
     surface.SetLightingIntensityAmbient(kHostAmbient);
     surface.SetLightingIntensitySpotlight(kHostSpotlight);
     surface.SetLightingMaterialShininess(kHostShininess);
+  }
+  // Contour labels as text on the background, breaking the line, not in yellow boxes.
+  if (!fromState) {
+    for (DataSet& data : surface.DataSets()) {
+      for (View* view : {&data.ViewMain(), &data.ViewTop(), &data.ViewBottom()}) {
+        view->SetContourLabelsFillColor(surface.BackColor());
+        view->SetContourLabelsEdgeVisible(false);
+      }
+    }
   }
   // The projections on the cube's faces: none unless asked for (or a State holds them).
   if (!fromState || given("--projections")) {
@@ -270,11 +323,49 @@ void Prepare(const RenderOptions& o, Surface& surface, Stopwatch& clock) {
   }
   View& view = surface.DataSets().Item(0).ViewMain();
   if (o.mesh) view.SetMeshVisible(true);
-  if (o.markers) view.DataMarkersMaster().SetVisible(true);
+  if (o.markers) {
+    // Small white dots with a dark edge, which leave the map readable under them.
+    Marker& markers = view.DataMarkersMaster();
+    markers.SetVisible(true);
+    if (!fromState) {
+      markers.SetShape(o.plotType == "2d" ? orvMarkerShape2DCircle : orvMarkerShape3DCube);
+      markers.SetFillColor(0xFFFFFF);
+      markers.SetSize(2.0);
+    }
+  }
   if (o.noFill) view.SetContourFillVisible(false);
   if (o.noLines) view.SetContourLinesVisible(false);
   if (o.labels) view.SetContourLabelsVisible(true);
   if (o.noLegend) surface.Legend().SetVisible(false);
+}
+
+// Colours that need the levels: a table of data values placed on the levels' range, and
+// log-spaced levels coloured by their order (by value they would crowd the map's low end
+// into a few levels). Comes after a recalculation.
+void ColourLevels(const RenderOptions& o, const std::optional<ColorTable>& table, Surface& surface) {
+  Contouring& contouring = surface.Contouring();
+  Contours& levels = contouring.Contours();
+  const std::int32_t n = levels.Count();
+  if (n == 0) return;
+  if (table && !table->relative) {
+    const double first = levels.Item(0)->Value(), last = levels.Item(n - 1)->Value();
+    // One level alone takes the table's colour at its value.
+    LoadColorTable(contouring.UserColorMap(), *table, n > 1 ? first : first - 1.0, n > 1 ? last : first + 1.0);
+    contouring.SetColorMapType(orvColorMapUser);
+    contouring.ApplyColorMap();
+  }
+  if (o.level.logOption->count() == 0) return;
+  if (contouring.ColorMapType() != orvColorMapUser) contouring.BuildColorMap();
+  const ColorMap& map =
+      contouring.ColorMapType() == orvColorMapUser ? contouring.UserColorMap() : contouring.WorkingColorMap();
+  std::vector<Color> colours;
+  for (std::int32_t k = 0; k < n; ++k) colours.push_back(map.Sample(n > 1 ? static_cast<double>(k) / (n - 1) : 0.5).value_or(0));
+  // The levels keep the colours given them: the map type that recolours nothing.
+  contouring.SetColorMapType(orvColorMapNone);
+  for (std::int32_t k = 0; k < n; ++k) {
+    levels.Item(k)->SetColor(colours[static_cast<std::size_t>(k)]);
+    levels.Item(k)->SetColorBelow(colours[static_cast<std::size_t>(k)]);
+  }
 }
 
 // X and Y at one scale (--aspect equal), or each stretched to the plot (auto); unless
@@ -290,6 +381,7 @@ void ChooseAspect(const RenderOptions& o, Surface& surface) {
 
 void RunRender(const RenderOptions& o) {
   CheckOptions(o);
+  const std::optional<ColorTable> table = ColorTableOf(o);
   const auto [width, height] = ParseSize(o.size);
   OutputFile file(o.output);  // a target that cannot be replaced is refused before any work
   Stopwatch clock;
@@ -302,12 +394,13 @@ void RunRender(const RenderOptions& o) {
   surface.OnResize(width, height);
   detail::SurfaceAccess::EnsureTarget(surface);
   clock.Lap("context");
-  Prepare(o, surface, clock);
+  Prepare(o, table, surface, clock);
 
   // The stages of Refresh one by one, so that --timings can tell them apart.
   detail::SurfaceAccess::Recalculate(surface);
   if (o.state.empty()) FitLabelFormats(surface.Axes(), surface.Contouring());
   ChooseAspect(o, surface);
+  ColourLevels(o, table, surface);
   clock.Lap("mesh and contours");
   // Unless a zoom was asked for (or a state brought one), the plot fills its area.
   if (o.command->count("--zoom") == 0 && o.state.empty()) surface.SetZoom(detail::FittingZoom(surface, width, height));
@@ -324,16 +417,18 @@ void RunRender(const RenderOptions& o) {
 
 void RunState(const RenderOptions& o) {
   CheckOptions(o);
+  const std::optional<ColorTable> table = ColorTableOf(o);
   OutputFile file(o.output);
   Stopwatch clock;
   ProgressHost host;
   Surface surface(host);
   surface.InitProperties();
-  Prepare(o, surface, clock);
+  Prepare(o, table, surface, clock);
   // The data's scales and levels are worked out, as a refresh would, before saving.
   detail::SurfaceAccess::Recalculate(surface);
   if (o.state.empty()) FitLabelFormats(surface.Axes(), surface.Contouring());
   ChooseAspect(o, surface);
+  ColourLevels(o, table, surface);
   const std::vector<std::uint8_t> bytes =
       surface.State(o.formattingOnly ? orvStateTypeFormatting : orvStateTypeFormattingAndData);
   file.Stream().write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -351,10 +446,11 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
   o.zoomOption = command.add_option("--zoom", o.zoom, "Zoom factor above 0 (default: the plot fills the image)");
   o.titleOption = command.add_option("--title", o.title, "Caption text over the plot (default: the file's name)");
   command.add_option("--colormap", o.colormap,
-                     "blue-red, red-blue, rainbow (default), rainbow-reverse, rainbow-striped, zebra-striped, "
-                     "land-sea-dark or land-sea-light");
-  o.contoursOption =
-      command.add_option("--contours", o.contours, "Number of equal contour intervals (1 to 10000, default 10)");
+                     "viridis, cividis, magma, diverging, terrain, blue-red, red-blue, rainbow, rainbow-reverse, "
+                     "rainbow-striped, zebra-striped, land-sea-dark, land-sea-light, or a colour table file (VALUE "
+                     "COLOR lines, or a GMT .cpt); default terrain when the Z title or file name says elevation, "
+                     "height, altitude, topo, DEM, bathymetry, terrain or relief, viridis otherwise");
+  AddLevelOptions(command, o.level, "--contours", true);
   command.add_option("--fill", o.fill,
                      "bands (default: each pixel in the colour of its band, edges on the levels), flat (one "
                      "colour a triangle, from its mean height) or smooth (colours interpolated between levels)");

@@ -127,6 +127,11 @@ void TakeViewerDefaults(Surface& surface) {
   for (DataSet& data : surface.DataSets()) {
     data.ViewTop().SetVisible(false);
     data.ViewBottom().SetVisible(false);
+    // Contour labels as text on the background, breaking the line, not in yellow boxes.
+    for (View* view : {&data.ViewMain(), &data.ViewTop(), &data.ViewBottom()}) {
+      view->SetContourLabelsFillColor(surface.BackColor());
+      view->SetContourLabelsEdgeVisible(false);
+    }
   }
 }
 

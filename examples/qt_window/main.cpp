@@ -26,6 +26,8 @@ int main(int argc, char** argv) {
   surface.SetLightingIntensityAmbient(0.45);
   surface.SetLightingIntensitySpotlight(0.6);
   surface.SetLightingMaterialShininess(1.0);
+  surface.DataSets().Item(0).ViewMain().SetContourLabelsFillColor(surface.BackColor());
+  surface.DataSets().Item(0).ViewMain().SetContourLabelsEdgeVisible(false);
   surface.DataSets().Item(0).ViewTop().SetVisible(false);
   surface.DataSets().Item(0).ViewBottom().SetVisible(false);
   surface.Refresh();

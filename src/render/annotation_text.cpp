@@ -137,6 +137,11 @@ std::int32_t PlotAnnotations::LegendRoom(std::int32_t width, std::int32_t height
   CFontMap& font = FontOf(o_.axes.ZAxis().LabelsFont());
   const double barWidth = std::clamp(std::round(font.Measure("0").height * 1.2), 10.0, 24.0);
   double room = 2 * kLegendMargin + barWidth + kTickPixels + kLabelGap + LegendLabelWidth();
+  // The title over the bar starts at the bar's left: room for the whole of it too.
+  Axis& z = o_.axes.ZAxis();
+  if (z.TitleVisible() && !z.Title().empty()) {
+    room = std::max(room, 2 * kLegendMargin + FontOf(z.TitleFont()).Measure(z.Title()).width);
+  }
   // Never more than a third of the control: the plot comes first.
   room = std::min(std::ceil(room), std::floor(width / 3.0));
   return static_cast<std::int32_t>(std::max(room, 0.0));

@@ -18,6 +18,7 @@
 #include <nlohmann/json.hpp>
 #include <png.h>
 
+#include "orvane/contour/contouring.h"
 #include "orvane/core/property_bag.h"
 #include "orvane/data/data_set.h"
 #include "orvane/data/xyz_file.h"
@@ -687,6 +688,64 @@ TEST_F(Cli, ProjectionsAreOffUnlessAskedForAndAxisTitlesComeFromTheOptions) {
   const Outcome bad = Orvane("render --sample --projections sideways -o " + (dir_ / "x.png").string());
   EXPECT_EQ(bad.status, 2);
   EXPECT_EQ(bad.out, "orvane: --projections must be none, top, bottom or both\n");
+}
+
+TEST_F(Cli, RenderLevelsColourMapsAspectAndSamples) {
+  // Z from 1 to 1000 over a square; the levels and colours the command stores.
+  const std::string points = Write("z.xyz", "0 0 1\n1 0 10\n0 1 100\n1 1 1000\n0.5 0.5 50\n");
+  const std::string state = (dir_ / "l.state").string();
+  auto bag = [&](const std::string& file, const std::string& options) {
+    const Outcome run = Orvane("state " + file + " " + options + " -o " + state);
+    EXPECT_EQ(run.status, 0) << options << "\n" << run.out;
+    return ReadStateBag(state);
+  };
+  auto levels = [](const orvane::PropertyBag& b) {
+    std::vector<std::pair<double, std::int32_t>> v;
+    for (std::int32_t i = 0; i < b.ReadProperty("Contouring.Contours.Count", std::int32_t{0}); ++i) {
+      const std::string key = "Contouring.Contours.Contour" + std::to_string(i) + ".";
+      v.emplace_back(b.ReadProperty(key + "Value", 0.0), b.ReadProperty(key + "Color", std::int32_t{0}));
+    }
+    return v;
+  };
+  // Evenly in log10 Z, two significant digits, coloured by order from viridis's ends
+  // (#440154, #21908C, #FDE725) rather than by value, which would crowd them at its foot.
+  const orvane::PropertyBag logged = bag(points, "--levels-log 3");
+  EXPECT_EQ(levels(logged), (std::vector<std::pair<double, std::int32_t>>{{5.6, 0x540144}, {32, 0x8C9021}, {180, 0x25E7FD}}));
+  // Spacing and offset as orvane contour puts them, a list as given.
+  auto values = [&](const std::string& options) {
+    std::vector<double> v;
+    for (const auto& [value, colour] : levels(bag(points, options))) v.push_back(value);
+    return v;
+  };
+  EXPECT_EQ(values("--interval 300 --offset 50"), (std::vector<double>{50, 350, 650, 950}));
+  EXPECT_EQ(values("--levels 700,2,40"), (std::vector<double>{2, 40, 700}));
+  // A table of data values colours each level at its value: 0 blue to 1000 red.
+  const std::string table = Write("t.txt", "# value colour\n0 #0000FF\n1000 #FF0000\n");
+  const auto tabled = levels(bag(points, "--levels 250,500,750 --colormap " + table));
+  EXPECT_EQ(tabled, (std::vector<std::pair<double, std::int32_t>>{{250, 0xBF0040}, {500, 0x800080}, {750, 0x4000BF}}));
+  EXPECT_EQ(ReadStateBag(state).ReadProperty("Contouring.ColorMap", std::int32_t{-1}), orvane::orvColorMapUser);
+
+  // Equal aspect and 4 samples unless told; a long, thin domain is stretched.
+  EXPECT_TRUE(logged.ReadProperty("Axes.KeepXYAspectRatio", false));
+  EXPECT_EQ(logged.ReadProperty("Samples", 0), 4);
+  EXPECT_TRUE(logged.ReadProperty("FitPlotArea", false));
+  const std::string thin = Write("thin.xyz", "0 0 1\n100 0 2\n0 1 3\n100 1 4\n");
+  EXPECT_FALSE(bag(thin, "").ReadProperty("Axes.KeepXYAspectRatio", true));
+  EXPECT_TRUE(bag(thin, "--aspect equal --samples 1").ReadProperty("Axes.KeepXYAspectRatio", false));
+  EXPECT_EQ(ReadStateBag(state).ReadProperty("Samples", 0), 1);
+
+  const std::string out = (dir_ / "r.png").string();
+  const std::pair<std::string, std::string> refused[] = {
+      {thin + " --levels-log 4 --contours 3", "orvane: --contours excludes --levels-log\norvane: run 'orvane --help' or 'orvane COMMAND --help' for the options\n"},
+      {Write("neg.xyz", "0 0 -1\n1 0 2\n0 1 3\n") + " --levels-log 4", "orvane: --levels-log needs Z above 0: the data's minimum is -1\n"},
+      {thin + " --samples 0", "orvane: --samples must be between 1 and 16\n"},
+      {thin + " --aspect square", "orvane: --aspect must be equal or auto\n"}};
+  for (const auto& [arguments, message] : refused) {
+    const Outcome run = Orvane("render " + arguments + " -o " + out);
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_EQ(run.out, message) << arguments;
+  }
+  EXPECT_FALSE(std::filesystem::exists(out));
 }
 
 TEST_F(Cli, LightingKeepsTheColourMapsHuesAndShadesTheSlopes) {
