@@ -10,7 +10,7 @@ SANITIZE := build/sanitize
 CLANG := build/clang
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps bench-deps release sanitize-build demo test sanitize bench clang clean
+.PHONY: all deps bench-deps release sanitize-build demo gallery test sanitize bench clang clean
 
 all: release
 
@@ -30,6 +30,10 @@ release: deps $(RELEASE)/build.ninja
 demo: release
 	$(RELEASE)/bin/orvane render --sample -o sample.png
 	@echo "demo: wrote $(CURDIR)/sample.png"
+
+# The pictures of docs/gallery, each beside matplotlib's picture of the same data.
+gallery: release
+	scripts/gallery.sh $(RELEASE)
 
 test: release
 	ctest --test-dir $(RELEASE) --output-on-failure -j $(JOBS)

@@ -31,13 +31,15 @@ double FittingZoom(Surface& surface, int width, int height) {
   const double extentX = aspect > 1.0 ? aspect : 1.0, extentY = aspect > 1.0 ? 1.0 : 1.0 / aspect;
   const double legend = s.passes->LegendRoom(width, height), band = s.passes->CaptionBand(width, height);
   const double plotW = std::max(width - legend, 1.0), plotH = std::max(height - band, 1.0);
-  // The share of the plot area the cube may span: the rest is for the labels and titles,
-  // which a flat map has on two sides only.
-  const double fill = !is3D && surface.FitPlotArea() ? 0.84 : 0.72;
+  // The share of the plot area the cube may span: the rest is for the labels and titles.
+  // A flat map has them on two sides only, and the Y title, written across, needs more
+  // room than the X title below.
+  const bool flatFitted = !is3D && surface.FitPlotArea();
+  const double fill = 0.72, fillX = flatFitted ? 0.68 : fill, fillY = flatFitted ? 0.80 : fill;
   double zoom = 0.0;
   if (is3D || surface.FitPlotArea()) {
     const double shrink = std::min(plotW / width, plotH / height);
-    zoom = std::min(fill * plotW / width * extentX / (halfX * shrink), fill * plotH / height * extentY / (halfY * shrink));
+    zoom = std::min(fillX * plotW / width * extentX / (halfX * shrink), fillY * plotH / height * extentY / (halfY * shrink));
   } else {
     // Centred on the control: as far as the nearer of the legend's edge and the band's.
     const double right = 2.0 * plotW / width - 1.0, top = 1.0 - 2.0 * band / height;
