@@ -36,7 +36,7 @@ PY
 
 run() { echo "gallery: $1"; shift; "$@"; }
 run sample.png "$orvane" render --sample -o "$out/sample.png"
-run volcano_3d.png "$orvane" render "$data/volcano.xyz" --lighting --interval 10 --title "Maunga Whau, lit" \
+run volcano_3d.png "$orvane" render "$data/volcano.xyz" --lighting --base --interval 10 --title "Maunga Whau, lit" \
   --xlabel "Easting (m)" --ylabel "Northing (m)" --zlabel "Height (m)" -o "$out/volcano_3d.png"
 run volcano_map.png "$orvane" render "$data/volcano.xyz" --plot-type 2d --interval 10 --labels \
   --title "Maunga Whau" --xlabel "Easting (m)" --ylabel "Northing (m)" --zlabel "Height (m)" -o "$out/volcano_map.png"

@@ -62,6 +62,7 @@ struct RenderOptions {
   std::int64_t samples = 4;   // per pixel: antialiasing
   std::string aspect;         // equal, auto, or empty: by the data's shape
   bool lighting = false;
+  bool base = false;            // a solid block under the 3-D surface
   bool mesh = false;
   bool markers = false;
   bool noFill = false;
@@ -333,6 +334,7 @@ void Prepare(const RenderOptions& o, const std::optional<ColorTable>& table, Sur
       markers.SetSize(2.0);
     }
   }
+  if (o.base) view.SetBaseVisible(true);
   if (o.noFill) view.SetContourFillVisible(false);
   if (o.noLines) view.SetContourLinesVisible(false);
   if (o.labels) view.SetContourLabelsVisible(true);
@@ -468,6 +470,7 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
   command.add_option("--xlabel", o.xlabel, "Title of the X axis");
   command.add_option("--ylabel", o.ylabel, "Title of the Y axis");
   command.add_option("--zlabel", o.zlabel, "Title of the Z axis (the legend takes it too)");
+  command.add_flag("--base", o.base, "Stand the 3-D surface on a solid block down to the cube's floor");
   command.add_flag("--mesh", o.mesh, "Draw the mesh");
   command.add_flag("--markers", o.markers, "Mark the data points");
   command.add_flag("--no-fill", o.noFill, "No colour fill");

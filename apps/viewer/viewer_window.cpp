@@ -236,6 +236,9 @@ void ViewerWindow::buildActions() {
   };
   lightingAction_ = toggle(tr("&Lighting"), QStringLiteral("lighting"),
                            [](Surface& s, bool on) { s.SetLightingOn(on); });
+  baseAction_ = toggle(tr("Solid &Base"), QStringLiteral("base"),
+                       [](Surface& s, bool on) { s.DataSets().Item(0).ViewMain().SetBaseVisible(on); });
+  baseAction_->setToolTip(tr("Stand the surface on a solid block down to the cube's floor"));
   meshAction_ = toggle(tr("&Mesh"), QStringLiteral("mesh"),
                        [](Surface& s, bool on) { s.DataSets().Item(0).ViewMain().SetMeshVisible(on); });
   markersAction_ = toggle(tr("Data Mar&kers"), QStringLiteral("markers"), [](Surface& s, bool on) {
@@ -373,6 +376,7 @@ void ViewerWindow::buildMenus() {
   plot->addAction(linesAction_);
   plot->addAction(labelsAction_);
   plot->addAction(meshAction_);
+  plot->addAction(baseAction_);
   plot->addAction(markersAction_);
 
   QMenu* resampling = menuBar()->addMenu(tr("&Resampling"));
@@ -498,6 +502,7 @@ void ViewerWindow::syncControls() {
   for (QAction* preset : presetActions_) preset->setEnabled(is3D);
   lightingAction_->setChecked(s.LightingOn());
   meshAction_->setChecked(dataSet.ViewMain().MeshVisible());
+  baseAction_->setChecked(dataSet.ViewMain().BaseVisible());
   markersAction_->setChecked(dataSet.ViewMain().DataMarkersMaster().Visible());
   legendAction_->setChecked(s.Legend().Visible());
   aspectAction_->setChecked(s.Axes().KeepXYAspectRatio());

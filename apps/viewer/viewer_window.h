@@ -166,6 +166,7 @@ class ViewerWindow : public QMainWindow {
   QAction* plot2DAction_ = nullptr;
   QAction* lightingAction_ = nullptr;
   QAction* aspectAction_ = nullptr;
+  QAction* baseAction_ = nullptr;
   QAction* meshAction_ = nullptr;
   QAction* markersAction_ = nullptr;
   QAction* legendAction_ = nullptr;

@@ -62,6 +62,8 @@ struct View::Properties {
   static constexpr P<double> kTransparency{"Transparency", &View::transparency_, 0.5,
                                            CheckTransparency};
   static constexpr P<bool> kTransparencyOn{"TransparencyOn", &View::transparencyOn_, false};
+  static constexpr P<bool> kBaseVisible{"BaseVisible", &View::baseVisible_, false};
+  static constexpr P<Color> kBaseColor{"BaseColor", &View::baseColor_, 0xA0A0A0};
 
   static constexpr auto kStored = std::tuple{
       kVisible,
@@ -86,7 +88,9 @@ struct View::Properties {
       kUserHullClipping,
       kTransparency,
       kTransparencyOn,
-      SubMarker{"DataMarkerMaster.", &View::dataMarkersMaster_}};
+      SubMarker{"DataMarkerMaster.", &View::dataMarkersMaster_},
+      kBaseVisible,
+      kBaseColor};
 };
 
 View::View() {
@@ -123,6 +127,8 @@ void View::SetDataMarkersMaster(const orvane::Marker& marker) {
   dataMarkersMaster_.CopyFrom(marker);
 }
 void View::SetTransparencyOn(bool value) { Properties::kTransparencyOn.Let(*this, value); }
+void View::SetBaseVisible(bool value) { Properties::kBaseVisible.Let(*this, value); }
+void View::SetBaseColor(Color value) { Properties::kBaseColor.Let(*this, value); }
 void View::SetTransparency(double value) { Properties::kTransparency.Let(*this, value); }
 void View::SetContourLabelsVisible(bool value) {
   Properties::kContourLabelsVisible.Let(*this, value);

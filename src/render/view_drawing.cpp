@@ -33,6 +33,7 @@
 #include "data/data_set_state.h"
 #include "data/geometry.h"
 #include "gl_line.h"
+#include "view_access.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/data/data_set.h"
 #include "orvane/render/marker.h"
@@ -461,6 +462,70 @@ void DrawMesh(const DataSetState& s, const View& view, const CCoordMapper& map) 
   glPopAttrib();
 }
 
+// The solid block under a 3-D surface: a wall from every boundary edge of the mesh down
+// to the cube's floor, in the view's base colour. Lit, the walls take the light like the
+// surface; unlit, walls facing X are shaded darker than those facing Y, so that the
+// block reads as a solid. Edges with a corner of no height (blanked cells) get no wall.
+void DrawBase(const DataSetState& s, const View& view, const CCoordMapper& map, const ViewContext& context) {
+  const MeshGeometry mesh = Mesh(s);
+  const std::size_t triangles = mesh.TriangleCount();
+  if (triangles == 0) return;
+  std::vector<std::array<std::size_t, 2>> edges;
+  if (mesh.gridY > 0) {
+    const std::size_t nx = mesh.gridX, ny = mesh.gridY;
+    for (std::size_t i = 0; i + 1 < nx; ++i) {
+      edges.push_back({i * ny, (i + 1) * ny});                    // y minimum
+      edges.push_back({(i + 1) * ny + ny - 1, i * ny + ny - 1});  // y maximum
+    }
+    for (std::size_t j = 0; j + 1 < ny; ++j) {
+      edges.push_back({j + 1, j});                                // x minimum
+      edges.push_back({(nx - 1) * ny + j, (nx - 1) * ny + j + 1});  // x maximum
+    }
+  } else {
+    for (std::size_t t = 0; t < triangles; ++t) {
+      std::size_t v[3];
+      mesh.Corners(t, v);
+      for (std::size_t e = 0; e < 3; ++e) {
+        if (mesh.neighbours[3 * t + e] < 0) edges.push_back({v[e], v[(e + 1) % 3]});
+      }
+    }
+  }
+  const Color base = view.BaseColor();
+  const double red = base & 0xFF, green = (base >> 8) & 0xFF, blue = (base >> 16) & 0xFF;
+  const GLubyte alpha = Alpha(view);
+  glPushAttrib(GL_CURRENT_BIT | GL_ENABLE_BIT | GL_POLYGON_BIT | GL_LIGHTING_BIT);
+  glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+  glShadeModel(GL_SMOOTH);  // the other model first: a list may drop a repeated one
+  glShadeModel(GL_FLAT);
+  if (context.lightingOn) {
+    // Matt walls: no highlight to tell them from the surface's sheen.
+    const GLfloat black[4] = {0.0F, 0.0F, 0.0F, 1.0F};
+    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, black);
+    glEnable(GL_LIGHTING);
+  } else {
+    glDisable(GL_LIGHTING);
+  }
+  glDisable(GL_TEXTURE_1D);
+  glBegin(GL_QUADS);
+  for (const auto& [a, b] : edges) {
+    if (!std::isfinite(mesh.z[a]) || !std::isfinite(mesh.z[b])) continue;
+    const double xa = map.NormalisedToCubeX(mesh.x[a]), ya = map.NormalisedToCubeY(mesh.y[a]);
+    const double xb = map.NormalisedToCubeX(mesh.x[b]), yb = map.NormalisedToCubeY(mesh.y[b]);
+    const double dx = xb - xa, dy = yb - ya, length = std::hypot(dx, dy);
+    if (!(length > 0.0)) continue;
+    const double shade = context.lightingOn ? 1.0 : 0.7 + 0.3 * std::fabs(dx) / length;
+    glNormal3d(dy / length, -dx / length, 0.0);
+    glColor4ub(static_cast<GLubyte>(std::lround(red * shade)), static_cast<GLubyte>(std::lround(green * shade)),
+               static_cast<GLubyte>(std::lround(blue * shade)), alpha);
+    glVertex3d(xa, ya, map.NormalisedToCubeZ(mesh.z[a]));
+    glVertex3d(xb, yb, map.NormalisedToCubeZ(mesh.z[b]));
+    glVertex3d(xb, yb, 0.0);
+    glVertex3d(xa, ya, 0.0);
+  }
+  glEnd();
+  glPopAttrib();
+}
+
 void DrawClosedPolyline(std::span<const double> x, std::span<const double> y, const CCoordMapper& map) {
   glBegin(GL_LINE_LOOP);
   for (std::size_t k = 0; k < x.size() && k < y.size(); ++k) {
@@ -615,6 +680,7 @@ void DrawView(DataSet& data, const View& view, const ViewContext& context) {
   map.Init(data, context.axes);
   if (view.DataMarkersMaster().Visible() && context.is3D) DrawMarkers(s, view.DataMarkersMaster(), map, context);
   if (view.ContourFillVisible()) DrawFill(s, view, map, context);
+  if (view.BaseVisible() && context.is3D && ViewAccess::PlotPosition(view) == kPlotMain) DrawBase(s, view, map, context);
   if (view.ContourLinesVisible()) DrawContourLines(s, view, map, context);
   if (view.MeshVisible()) DrawMesh(s, view, map);
   if (context.is3D) DrawHulls(s, view, map, true);

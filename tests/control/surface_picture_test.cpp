@@ -534,5 +534,57 @@ TEST(SurfacePicture, TheFittedCubeStaysInsideThePlotAreaAtAnySizeAndRotation) {
   }
 }
 
+TEST(SurfacePicture, ABaseStandsTheSurfaceOnABlockDownToTheFloorAlongItsBoundary) {
+  // A plane at z = 1 over a Z axis of 0 to 2, on a grid and triangulated: the walls fill
+  // the space between its front edges and the floor, in the base colour (shaded) alone.
+  for (const bool grid : {true, false}) {
+    Control c(200, 200);
+    BareViews(c);
+    DataSet& data = c.surface.DataSets().Item(0);
+    if (grid) {
+      Plane(data, 1.0, 0.0);
+    } else {
+      data.DataAsSparseGridSet(4, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1});
+    }
+    c.surface.Axes().ZAxis().SetAutoRangeType(orvAutoRangeOff);
+    c.surface.Axes().ZAxis().SetMin(0.0);
+    c.surface.Axes().ZAxis().SetMax(2.0);
+    data.ViewMain().SetContourLinesVisible(false);
+    data.ViewMain().SetDataHullVisible(false);
+    c.surface.Refresh();
+    auto wall = [&] {
+      std::set<Color> seen;
+      for (const auto& [x, y] : {std::pair{0.5, 0.0}, std::pair{0.0, 0.5}, std::pair{1.0, 0.5}, std::pair{0.5, 1.0}}) {
+        for (const double z : {0.1, 0.25, 0.4}) {
+          const auto p = Project(c, 0.05 + 0.9 * x, 0.05 + 0.9 * y, z);
+          seen.insert(c.Image().Pixel(p[0], p[1]));
+        }
+      }
+      return seen;
+    };
+    EXPECT_EQ(wall().count(0xFFFFFF), 1u) << "no block: the background shows under the plane";
+    data.ViewMain().SetBaseVisible(true);
+    c.surface.Refresh();
+    Dump(c, grid ? "base_grid" : "base_triangles");
+    // Under the back edges the top may show instead; the front walls are the block's.
+    const std::set<Color> seen = wall();
+    const Color top = c.surface.Contouring().FindColor(1.0, false);
+    EXPECT_EQ(seen.count(0xFFFFFF), 0u);
+    int walls = 0;
+    for (const Color colour : seen) {
+      const int r = colour & 0xFF, g = (colour >> 8) & 0xFF, b = (colour >> 16) & 0xFF;
+      walls += colour != top;
+      EXPECT_TRUE(colour == top || (r == g && g == b && r >= 112 && r <= 160)) << std::hex << colour;  // #A0A0A0 shaded 0.7 to 1
+    }
+    EXPECT_EQ(walls, 2);  // two walls face the viewer, each one shade
+    // Kept with the view; a State without it has no block.
+    const std::vector<std::uint8_t> state = c.surface.State();
+    Control d(60, 60);
+    d.surface.SetState(state);
+    EXPECT_TRUE(d.surface.DataSets().Item(0).ViewMain().BaseVisible());
+    EXPECT_EQ(d.surface.DataSets().Item(0).ViewMain().BaseColor(), 0xA0A0A0u);
+  }
+}
+
 }  // namespace
 }  // namespace orvane

@@ -365,6 +365,8 @@ TEST(View, PersistsEveryKeyInItsStoredOrder) {
     expected.push_back(key);
   }
   line("DataMarkerMaster.EdgeLine.");
+  expected.push_back("BaseVisible");
+  expected.push_back("BaseColor");
   for (std::string& key : expected) key = "Datasets.DataSet1.ViewMain." + key;
   EXPECT_EQ(Keys(bag), expected);
 

@@ -106,6 +106,15 @@ class View {
   double Transparency() const noexcept { return transparency_; }
   /// Lets it (0 to 1; outside, or NaN, error 5); raises "Transparency".
   void SetTransparency(double value);
+  /// Whether a 3-D surface stands on a solid block: walls from the data's boundary down
+  /// to the cube's floor (False: the surface alone).
+  bool BaseVisible() const noexcept { return baseVisible_; }
+  /// Lets it; raises "BaseVisible".
+  void SetBaseVisible(bool value);
+  /// The block's colour (a neutral grey, #A0A0A0).
+  Color BaseColor() const noexcept { return baseColor_; }
+  /// Lets it; raises "BaseColor".
+  void SetBaseColor(Color value);
   /// "Returns or sets whether contour labels are visible." (False)
   bool ContourLabelsVisible() const noexcept { return contourLabelsVisible_; }
   /// Lets it; raises "ContourLabelsVisible".
@@ -166,6 +175,8 @@ class View {
   bool userHullClipping_ = false;
   bool transparencyOn_ = false;
   double transparency_ = 0.5;
+  bool baseVisible_ = false;
+  Color baseColor_ = 0xA0A0A0;
   bool contourLabelsVisible_ = false;
   bool contourLabelsRotation_ = true;
   bool contourLabelsEdgeVisible_ = true;
