@@ -357,6 +357,7 @@ void ColourLevels(const RenderOptions& o, const std::optional<ColorTable>& table
     contouring.ApplyColorMap();
   }
   if (o.level.logOption->count() == 0) return;
+  surface.Legend().SetEvenBands(true);  // every band the same height, as the colours go
   if (contouring.ColorMapType() != orvColorMapUser) contouring.BuildColorMap();
   const ColorMap& map =
       contouring.ColorMapType() == orvColorMapUser ? contouring.UserColorMap() : contouring.WorkingColorMap();

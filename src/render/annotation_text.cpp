@@ -124,6 +124,32 @@ void PlotAnnotations::DrawCaption(const FrameState& frame) {
 // ---------------------------------------------------------------------------------------
 // Legend
 
+namespace {
+
+// Where the bar's swatches are cut: its foot, the levels inside it, its top.
+std::vector<double> BarCuts(double lo, double hi, const std::vector<double>& levels) {
+  std::vector<double> cuts{lo};
+  for (const double v : levels) {
+    if (v > lo && v < hi) cuts.push_back(v);
+  }
+  cuts.push_back(hi);
+  return cuts;
+}
+
+// Where a value lies up the bar, 0 at its foot and 1 at its top: in proportion to Z, or
+// with even bands every swatch the same height and the value in proportion within its own.
+double BarFraction(double v, const std::vector<double>& cuts, bool even) {
+  const double lo = cuts.front(), hi = cuts.back();
+  if (!even) return (v - lo) / (hi - lo);
+  const auto k = static_cast<std::size_t>(std::upper_bound(cuts.begin(), cuts.end(), v) - cuts.begin());
+  if (k == 0) return 0.0;
+  if (k >= cuts.size()) return 1.0;
+  const double within = (v - cuts[k - 1]) / (cuts[k] - cuts[k - 1]);
+  return (static_cast<double>(k - 1) + within) / static_cast<double>(cuts.size() - 1);
+}
+
+}  // namespace
+
 double PlotAnnotations::LegendLabelWidth() {
   Axis& z = o_.axes.ZAxis();
   CFontMap& font = FontOf(z.LabelsFont());
@@ -175,9 +201,10 @@ LegendLayout PlotAnnotations::Layout(std::int32_t roomWidth, std::int32_t roomHe
   l.titleY = l.barTop + labelHeight / 2.0 + 4.0 + FontOf(z.TitleFont()).Descent();
   const std::pair<double, double> range = BarRange(o_.axes, levels);
   const double lo = range.first, hi = range.second;
+  const std::vector<double> cuts = BarCuts(lo, hi, levels);
   for (const double v : levels) {
     if (v < lo || v > hi) continue;
-    l.ticks.push_back({v, l.barBottom + (v - lo) / (hi - lo) * (l.barTop - l.barBottom), false, {}});
+    l.ticks.push_back({v, l.barBottom + BarFraction(v, cuts, o_.legend.EvenBands()) * (l.barTop - l.barBottom), false, {}});
   }
   // Thin the labels: every step-th tick, the step growing 1, 2, 5, 10, 20, 50, ... until
   // neighbouring labels clear each other by two pixels.
@@ -223,12 +250,9 @@ void PlotAnnotations::DrawLegend(const FrameState& frame) {
   glDisable(GL_LIGHTING);
   glDisable(GL_LINE_STIPPLE);
   // Swatches from the bar's bottom (the Z axis's minimum) to its top, cut at each level.
-  std::vector<double> cuts{lo};
-  for (const double v : levels) {
-    if (v > lo && v < hi) cuts.push_back(v);
-  }
-  cuts.push_back(hi);
-  auto yOf = [&](double v) { return l.barBottom + (v - lo) / (hi - lo) * (l.barTop - l.barBottom); };
+  const std::vector<double> cuts = BarCuts(lo, hi, levels);
+  const bool even = o_.legend.EvenBands();
+  auto yOf = [&](double v) { return l.barBottom + BarFraction(v, cuts, even) * (l.barTop - l.barBottom); };
   const bool gradient = o_.contouring.InterpolateColors();
   glShadeModel(gradient ? GL_SMOOTH : GL_FLAT);
   glBegin(GL_QUADS);

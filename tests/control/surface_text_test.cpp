@@ -10,6 +10,8 @@
 #include "control/surface_state.h"
 #include "control_fixture.h"
 #include "orvane/axes/axes.h"
+#include "orvane/axes/axis.h"
+#include "orvane/core/property_bag.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/render/caption.h"
 #include "orvane/render/faces.h"
@@ -163,6 +165,39 @@ TEST(SurfaceText, LegendSwatchesShowTheLevelColoursAndTheRoomComesOffThePlot) {
   c.surface.Contouring().Contours().RemoveAll();
   c.surface.Refresh();
   EXPECT_EQ(c.State().renderer.LastFrame().plotWidth, 400);
+}
+
+TEST(SurfaceText, EvenLegendBandsShareTheBarEquallyAndKeepTheirColours) {
+  // Levels 2, 10, 50, 250 over Z from 1 to 1000 (log-like): in proportion to Z the three
+  // lower bands would share a sliver of the bar.
+  Control c(400, 300);
+  DataSet& data = c.surface.DataSets().Item(0);
+  data.DataAsRectangularGridSet({0.0, 1.0}, 2, {0.0, 1.0}, 2, Array2D(std::vector<double>{1, 1000, 1000, 1}, 2, 2));
+  Contouring& contouring = c.surface.Contouring();
+  contouring.SetAutoSetContoursType(orvAutoSetOff);
+  contouring.Contours().AddLevels(std::vector<double>{2, 10, 50, 250});
+  c.surface.Axes().ZAxis().SetAutoRangeType(orvAutoRangeExact);
+  c.surface.Legend().SetEvenBands(true);
+  c.surface.Refresh();
+  const auto& frame = c.State().renderer.LastFrame();
+  const int room = frame.width - frame.plotWidth;
+  const detail::LegendLayout l = Passes(c).Layout(room, frame.plotHeight);
+  ASSERT_EQ(l.ticks.size(), 4u);
+  const double band = (l.barTop - l.barBottom) / 5.0;  // five bands: foot, 4 levels, top
+  for (std::size_t k = 0; k < 4; ++k) EXPECT_NEAR(l.ticks[k].y, l.barBottom + band * static_cast<double>(k + 1), 1e-9);
+  for (std::size_t k = 0; k + 1 < l.ticks.size(); ++k) {
+    const int px = frame.plotWidth + static_cast<int>((l.barLeft + l.barRight) / 2.0);
+    const int py = frame.height - 1 - static_cast<int>((l.ticks[k].y + l.ticks[k + 1].y) / 2.0);
+    EXPECT_EQ(c.Image().Pixel(px, py), contouring.FindColor((l.ticks[k].value + l.ticks[k + 1].value) / 2.0, false));
+  }
+  // Stored with the legend; absent, the bar is in proportion to Z.
+  PropertyBag bag;
+  c.surface.WriteProperties(bag);
+  EXPECT_TRUE(bag.ReadProperty("LegendEvenBands", false));
+  c.surface.Legend().SetEvenBands(false);
+  c.surface.Refresh();
+  const detail::LegendLayout z = Passes(c).Layout(room, frame.plotHeight);
+  EXPECT_NEAR(z.ticks[3].y - z.barBottom, (250.0 - 1.0) / 999.0 * (z.barTop - z.barBottom), 1e-9);
 }
 
 TEST(SurfaceText, LegendLabelsNeverOverlapAndStayInsideTheControl) {

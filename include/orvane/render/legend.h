@@ -15,18 +15,24 @@ class Legend {
   bool Visible() const noexcept { return visible_; }
   /// Lets it; raises "Visible".
   void SetVisible(bool value);
+  /// Whether every band takes the same height on the bar, as for levels spaced by a log
+  /// or by hand (False when new: heights in proportion to Z).
+  bool EvenBands() const noexcept { return evenBands_; }
+  /// Lets it; raises "EvenBands".
+  void SetEvenBands(bool value);
 
-  /// Writes "Visible" under prefix.
+  /// Writes "Visible" and "EvenBands" under prefix.
   void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
-  /// Reads "Visible" (default True).
+  /// Reads them (defaults True and False).
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
 
-  /// Raised with "Visible" after a change.
+  /// Raised with "Visible" or "EvenBands" after a change.
   Event<const std::string&> PropertyChanged;
 
  private:
   struct Properties;
   bool visible_ = true;
+  bool evenBands_ = false;
 };
 
 }  // namespace orvane
