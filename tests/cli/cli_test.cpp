@@ -685,6 +685,17 @@ TEST_F(Cli, ProjectionsAreOffUnlessAskedForAndAxisTitlesComeFromTheOptions) {
   EXPECT_EQ(titled.ReadProperty("LightingIntensityAmbient", 0.0), 0.45);
   EXPECT_EQ(titled.ReadProperty("LightingIntensitySpotlight", 0.0), 0.6);
   EXPECT_EQ(titled.ReadProperty("LightingMaterialShininess", 0.0), 1.0);
+  // By pixels: the default draws what none draws; both put maps on the cube's faces.
+  const std::string a = (dir_ / "a.png").string(), b = (dir_ / "b.png").string(), both = (dir_ / "c.png").string();
+  for (const auto& [options, out] : {std::pair{std::string(), a}, std::pair{std::string("--projections none"), b},
+                                     std::pair{std::string("--projections both"), both}}) {
+    ASSERT_EQ(Orvane("render --sample --size 240x180 " + options + " -o " + out).status, 0) << options;
+  }
+  EXPECT_EQ(ReadPng(a).rgb, ReadPng(b).rgb);
+  const Png plain = ReadPng(a), projected = ReadPng(both);
+  std::size_t differing = 0;
+  for (std::size_t i = 0; i < plain.rgb.size(); i += 3) differing += plain.rgb[i] != projected.rgb[i] || plain.rgb[i + 1] != projected.rgb[i + 1];
+  EXPECT_GT(differing, 1000u);
   const Outcome bad = Orvane("render --sample --projections sideways -o " + (dir_ / "x.png").string());
   EXPECT_EQ(bad.status, 2);
   EXPECT_EQ(bad.out, "orvane: --projections must be none, top, bottom or both\n");

@@ -205,6 +205,27 @@ TEST_F(ViewerTest, ProjectionsAreOffUntilTheMenuTurnsThemOn) {
   EXPECT_FALSE(top->isEnabled());
 }
 
+TEST_F(ViewerTest, SmoothEdgesEqualAspectAndASolidBaseFromTheMenus) {
+  ViewerWindow window;
+  ASSERT_TRUE(window.openFile(WriteHills("hills.xyz")));
+  Surface& s = window.plot().surface();
+  EXPECT_EQ(s.Samples(), 4);
+  EXPECT_TRUE(s.FitPlotArea());
+  auto* aspect = window.findChild<QAction*>(QStringLiteral("equalAspect"));
+  auto* base = window.findChild<QAction*>(QStringLiteral("base"));
+  ASSERT_TRUE(aspect != nullptr && base != nullptr);
+  // The hills' X and Y spans are alike: one scale for both, by the viewer's rule.
+  EXPECT_TRUE(s.Axes().KeepXYAspectRatio());
+  EXPECT_TRUE(aspect->isChecked());
+  aspect->trigger();
+  EXPECT_FALSE(s.Axes().KeepXYAspectRatio());
+  EXPECT_FALSE(base->isChecked());
+  base->trigger();
+  EXPECT_TRUE(s.DataSets().Item(0).ViewMain().BaseVisible());
+  s.Axes().SetKeepXYAspectRatio(true);  // from elsewhere: the menu follows
+  EXPECT_TRUE(aspect->isChecked());
+}
+
 TEST_F(ViewerTest, SavedSettingsRestoreTheColourMapAndViewInANewViewer) {
   const QString settings = Path("look.state");
   {
