@@ -209,12 +209,7 @@ std::optional<ColorTable> ColorTableOf(const RenderOptions& o) {
 // This program's choice of map when none is given: terrain for elevations, named so by
 // the Z title or the file's name, viridis for anything else.
 std::string DefaultColorMap(const RenderOptions& o) {
-  std::string text = o.zlabel + " " + std::filesystem::path(o.file).filename().string();
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  for (const char* word : {"elev", "height", "altitude", "topo", "dem", "bathy", "terrain", "relief"}) {
-    if (text.find(word) != std::string::npos) return "terrain";
-  }
-  return "viridis";
+  return PerceptualColorMapFor(o.zlabel + " " + std::filesystem::path(o.file).filename().string());
 }
 
 // Gives the control its data and formatting: the file or the sample, then a saved State,

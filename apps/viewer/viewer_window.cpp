@@ -45,6 +45,7 @@
 #include "orvane/axes/axes.h"
 #include "orvane/core/format.h"
 #include "orvane/axes/axis.h"
+#include "orvane/contour/color_tables.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/error.h"
@@ -123,6 +124,9 @@ void TakeViewerDefaults(Surface& surface) {
   surface.Contouring().SetExactBands(true);
   surface.Contouring().SetTiesAbove(true);
   surface.SetSamples(4);  // smooth edges
+  // Viridis through the user map (openFile takes terrain for elevations).
+  LoadPerceptualColorMap(surface.Contouring().UserColorMap(), "viridis");
+  surface.Contouring().SetColorMapType(orvColorMapUser);
   surface.SetFitPlotArea(true);
   for (DataSet& data : surface.DataSets()) {
     data.ViewTop().SetVisible(false);
@@ -581,9 +585,15 @@ bool ViewerWindow::openFile(const QString& path) {
     change(tr("The data"), [&surface] { surface.DataSets().Item(0).Resampling().SetResamplerType(orvResamplerTypeNone); });
   }
   data_ = std::move(file);
-  change(tr("The labels"), [&surface] {
+  const std::string name = QFileInfo(path).fileName().toStdString();
+  change(tr("The labels"), [&surface, &name] {
     FitLabelFormats(surface.Axes(), surface.Contouring());
     FitXYAspect(surface.Axes());
+    // A map of the viewer's choosing gives way to terrain for elevations.
+    if (surface.Contouring().ColorMapType() == orvColorMapUser) {
+      LoadPerceptualColorMap(surface.Contouring().UserColorMap(), PerceptualColorMapFor(name));
+      surface.Contouring().ApplyColorMap();
+    }
   });
   fitPlot();
   addRecentFile(QFileInfo(path).absoluteFilePath());

@@ -35,6 +35,7 @@
 #include "orvane/contour/color_tables.h"
 
 #include <algorithm>
+#include <cctype>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -155,6 +156,15 @@ void LoadPerceptualColorMap(ColorMap& map, std::string_view name) {
   if (name == "terrain") return loadPositions(kTerrain);
   throw Error(5, kSource,
               Quote(name) + " is not a colour map; the known ones are viridis, cividis, magma, diverging and terrain.");
+}
+
+std::string PerceptualColorMapFor(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  for (const char* word : {"elev", "height", "altitude", "topo", "dem", "bathy", "terrain", "relief"}) {
+    if (lower.find(word) != std::string::npos) return "terrain";
+  }
+  return "viridis";
 }
 
 // ---------------------------------------------------------------------------------------

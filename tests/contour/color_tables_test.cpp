@@ -39,6 +39,13 @@ std::vector<double> Values(const ColorMap& map) {
 // Named maps
 // ---------------------------------------------------------------------------------------
 
+TEST(ColorTableNamed, ElevationsTakeTerrainAndOtherDataViridis) {
+  for (const char* text : {"Height (m)", "ELEVATION", "dem.grd", "bathymetry", "topo.xyz volcano"}) {
+    EXPECT_EQ(PerceptualColorMapFor(text), "terrain") << text;
+  }
+  for (const char* text : {"", "Zinc (ppm)", "meuse.csv", "temperature"}) EXPECT_EQ(PerceptualColorMapFor(text), "viridis") << text;
+}
+
 TEST(ColorTableNamed, EveryMapRunsFrom0To1BetweenItsPublishedEnds) {
   EXPECT_EQ(PerceptualColorMapNames(),
             (std::vector<std::string>{"viridis", "cividis", "magma", "diverging", "terrain"}));

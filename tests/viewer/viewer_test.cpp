@@ -211,6 +211,9 @@ TEST_F(ViewerTest, SmoothEdgesEqualAspectAndASolidBaseFromTheMenus) {
   Surface& s = window.plot().surface();
   EXPECT_EQ(s.Samples(), 4);
   EXPECT_TRUE(s.FitPlotArea());
+  // Viridis through the user map, from its first stop (#440154).
+  EXPECT_EQ(s.Contouring().ColorMapType(), orvColorMapUser);
+  EXPECT_EQ(s.Contouring().UserColorMap().Item(0)->Color(), 0x540144u);
   auto* aspect = window.findChild<QAction*>(QStringLiteral("equalAspect"));
   auto* base = window.findChild<QAction*>(QStringLiteral("base"));
   ASSERT_TRUE(aspect != nullptr && base != nullptr);

@@ -17,6 +17,10 @@ const std::vector<std::string>& PerceptualColorMapNames();
 /// Replaces map's stops with the named map on 0..1; error 5 for a name not in
 /// PerceptualColorMapNames (names are case-sensitive).
 void LoadPerceptualColorMap(ColorMap& map, std::string_view name);
+/// The perceptual map for data described by text (a Z title, a file name): "terrain"
+/// when it holds elevation, height, altitude, topo, dem, bathy, terrain or relief in any
+/// case, otherwise "viridis".
+std::string PerceptualColorMapFor(std::string_view text);
 
 /// Colour stops read from a file, on the file's own value scale.
 struct ColorTable {
