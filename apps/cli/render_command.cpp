@@ -22,6 +22,7 @@
 #include "level_options.h"
 #include "control/fitting_zoom.h"
 #include "control/surface_state.h"
+#include "orvane/control/host_defaults.h"
 #include "orvane/control/surface.h"
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
@@ -97,11 +98,6 @@ class Stopwatch {
 };
 
 [[noreturn]] void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
-
-// The lighting this program draws with (the control's own: 0.5, 1 and 0.5).
-constexpr double kHostAmbient = 0.45;
-constexpr double kHostSpotlight = 0.6;
-constexpr double kHostShininess = 1.0;
 
 // The built-in colour maps by the names a user types.
 const std::map<std::string, std::int32_t>& ColorMaps() {
@@ -243,6 +239,8 @@ void Prepare(const RenderOptions& o, const std::optional<ColorTable>& table, Sur
     surface.Header().SetText(o.title);
     surface.Header().SetVisible(!o.title.empty());
   }
+  // This program's look, unless a State brought its own; the options below change it.
+  if (!fromState) TakeHostDefaults(surface);
   if (!fromState || given("--plot-type")) surface.SetPlotType(o.plotType == "2d" ? orvPlotType2D : orvPlotType3D);
   if (!o.rotation.empty()) {
     surface.SetRotationX(o.rotation[0]);
@@ -250,9 +248,7 @@ void Prepare(const RenderOptions& o, const std::optional<ColorTable>& table, Sur
     surface.SetRotationZ(o.rotation[2]);
   }
   if (!fromState || given("--zoom")) surface.SetZoom(o.zoom);
-  if (!fromState || given("--samples")) surface.SetSamples(static_cast<std::int32_t>(o.samples));
-  // A map fills the area beside the legend and below the caption, as a cube does.
-  if (!fromState) surface.SetFitPlotArea(true);
+  if (given("--samples")) surface.SetSamples(static_cast<std::int32_t>(o.samples));
   Contouring& contouring = surface.Contouring();
   // Named maps of the control by type, the others through the user map; a table of data
   // values is placed on the levels once they are known (ColourLevels).
@@ -276,33 +272,14 @@ void Prepare(const RenderOptions& o, const std::optional<ColorTable>& table, Sur
     contouring.Contours().RemoveAll();
     contouring.Contours().AddLevels(levels);
   }
-  // The fill and the ties: this program's own defaults, unless a State brought its own.
-  if (!fromState || given("--fill") || o.interpolateColors) {
+  if (given("--fill") || o.interpolateColors) {
     const std::string fill = o.interpolateColors ? "smooth" : o.fill;
     contouring.SetInterpolateColors(fill == "smooth");
     contouring.SetExactBands(fill == "bands");
   }
-  if (!fromState || given("--ties")) contouring.SetTiesAbove(o.ties == "above");
+  if (given("--ties")) contouring.SetTiesAbove(o.ties == "above");
   if (o.lighting) surface.SetLightingOn(true);
-  // Light that keeps the colour map's hues: ambient and spotlight adding up to about one,
-  // so ground facing the light shows its own colour, not one pushed towards white, and
-  // the narrowest highlight. Slopes turned away darken.
-  if (!fromState) {
-    surface.SetLightingIntensityAmbient(kHostAmbient);
-    surface.SetLightingIntensitySpotlight(kHostSpotlight);
-    surface.SetLightingMaterialShininess(kHostShininess);
-  }
-  // Contour labels as text on the background, breaking the line, not in yellow boxes.
-  if (!fromState) {
-    for (DataSet& data : surface.DataSets()) {
-      for (View* view : {&data.ViewMain(), &data.ViewTop(), &data.ViewBottom()}) {
-        view->SetContourLabelsFillColor(surface.BackColor());
-        view->SetContourLabelsEdgeVisible(false);
-      }
-    }
-  }
-  // The projections on the cube's faces: none unless asked for (or a State holds them).
-  if (!fromState || given("--projections")) {
+  if (given("--projections")) {
     for (DataSet& data : surface.DataSets()) {
       data.ViewTop().SetVisible(o.projections == "top" || o.projections == "both");
       data.ViewBottom().SetVisible(o.projections == "bottom" || o.projections == "both");

@@ -47,6 +47,7 @@
 #include "orvane/axes/axis.h"
 #include "orvane/contour/color_tables.h"
 #include "orvane/contour/contouring.h"
+#include "orvane/control/host_defaults.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/error.h"
 #include "orvane/data/data_set.h"
@@ -109,38 +110,6 @@ const std::vector<std::pair<std::int32_t, QString>>& ViewerWindow::ColorMapNames
   return names;
 }
 
-namespace {
-
-// What the viewer draws with beyond the control's own defaults: lighting that keeps the
-// colours, exact band edges (the sample's interpolated colours too), whole contours, and
-// no copies of the map on the cube's faces.
-void TakeViewerDefaults(Surface& surface) {
-  // Light that keeps the colour map's hues where the ground faces it (ambient and
-  // spotlight adding up to about one) and darkens the slopes, as orvane render lights.
-  surface.SetLightingIntensityAmbient(0.45);
-  surface.SetLightingIntensitySpotlight(0.6);
-  surface.SetLightingMaterialShininess(1.0);
-  surface.Contouring().SetInterpolateColors(false);
-  surface.Contouring().SetExactBands(true);
-  surface.Contouring().SetTiesAbove(true);
-  surface.SetSamples(4);  // smooth edges
-  // Viridis through the user map (openFile takes terrain for elevations).
-  LoadPerceptualColorMap(surface.Contouring().UserColorMap(), "viridis");
-  surface.Contouring().SetColorMapType(orvColorMapUser);
-  surface.SetFitPlotArea(true);
-  for (DataSet& data : surface.DataSets()) {
-    data.ViewTop().SetVisible(false);
-    data.ViewBottom().SetVisible(false);
-    // Contour labels as text on the background, breaking the line, not in yellow boxes.
-    for (View* view : {&data.ViewMain(), &data.ViewTop(), &data.ViewBottom()}) {
-      view->SetContourLabelsFillColor(surface.BackColor());
-      view->SetContourLabelsEdgeVisible(false);
-    }
-  }
-}
-
-}  // namespace
-
 ViewerWindow::ViewerWindow(QWidget* parent) : QMainWindow(parent) {
   setObjectName(QStringLiteral("orvaneViewer"));
   setWindowTitle(tr("Orvane Viewer"));
@@ -151,7 +120,7 @@ ViewerWindow::ViewerWindow(QWidget* parent) : QMainWindow(parent) {
   plot_->setMouseTracking(true);
   plot_->installEventFilter(this);
   setCentralWidget(plot_);
-  TakeViewerDefaults(plot_->surface());
+  TakeHostDefaults(plot_->surface());
   connect(plot_, &orvane::qt::SurfaceWidget::progress, this, &ViewerWindow::onProgress);
   connect(plot_, &orvane::qt::SurfaceWidget::mouseMove, this, &ViewerWindow::onMouseMove);
   connect(plot_, &orvane::qt::SurfaceWidget::errorOccurred, this, &ViewerWindow::onControlError);
@@ -610,7 +579,7 @@ void ViewerWindow::showSample() {
   data_.reset();
   change(tr("The sample"), [this] {
     plot_->surface().ShowSampleData();
-    TakeViewerDefaults(plot_->surface());
+    TakeHostDefaults(plot_->surface());
     fitZoom(plot_->surface(), plot_->plotPixelSize());
   });
   change(tr("The labels"), [this] { FitLabelFormats(plot_->surface().Axes(), plot_->surface().Contouring()); });

@@ -4,8 +4,8 @@
 #include <QApplication>
 #include <QMainWindow>
 
+#include "orvane/control/host_defaults.h"
 #include "orvane/qt/surface_widget.h"
-#include "orvane/render/view.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -16,20 +16,7 @@ int main(int argc, char** argv) {
   window.setCentralWidget(plot);
   orvane::Surface& surface = plot->surface();
   surface.ShowSampleData();
-  // Beyond the control's own defaults: smooth edges, exact band edges, whole contours,
-  // lighting that keeps the colours, no copies of the map on the cube's faces.
-  surface.SetSamples(4);
-  surface.SetFitPlotArea(true);
-  surface.Contouring().SetInterpolateColors(false);
-  surface.Contouring().SetExactBands(true);
-  surface.Contouring().SetTiesAbove(true);
-  surface.SetLightingIntensityAmbient(0.45);
-  surface.SetLightingIntensitySpotlight(0.6);
-  surface.SetLightingMaterialShininess(1.0);
-  surface.DataSets().Item(0).ViewMain().SetContourLabelsFillColor(surface.BackColor());
-  surface.DataSets().Item(0).ViewMain().SetContourLabelsEdgeVisible(false);
-  surface.DataSets().Item(0).ViewTop().SetVisible(false);
-  surface.DataSets().Item(0).ViewBottom().SetVisible(false);
+  orvane::TakeHostDefaults(surface);  // the look Orvane's own programs draw with
   surface.Refresh();
 
   window.resize(800, 600);

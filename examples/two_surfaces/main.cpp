@@ -38,27 +38,15 @@ int main(int argc, char** argv) {
     orvane::HeadlessHost host;
     orvane::Surface surface(host);
     surface.InitProperties();
-    surface.SetSamples(4);
     surface.DataSets().SetCount(2);
+    orvane::TakeHostDefaults(surface);  // smooth edges, exact bands, viridis, no projections
     // A saddle below, a bump above it, see-through.
     Grid(surface.DataSets().Item(0), 41, [](double x, double y) { return 0.15 * (x * x - y * y); });
     Grid(surface.DataSets().Item(1), 41, [](double x, double y) { return 1.2 * std::exp(-(x * x + y * y)) + 0.4; });
-    for (orvane::DataSet& data : surface.DataSets()) {
-      data.ViewTop().SetVisible(false);
-      data.ViewBottom().SetVisible(false);
-    }
     orvane::View& upper = surface.DataSets().Item(1).ViewMain();
     upper.SetTransparencyOn(true);
     upper.SetTransparency(0.45);
-    orvane::Contouring& contouring = surface.Contouring();
-    orvane::LoadPerceptualColorMap(contouring.UserColorMap(), "viridis");
-    contouring.SetColorMapType(orvane::orvColorMapUser);
-    contouring.SetExactBands(true);
-    contouring.SetTiesAbove(true);
     surface.SetLightingOn(true);
-    surface.SetLightingIntensityAmbient(0.45);
-    surface.SetLightingIntensitySpotlight(0.6);
-    surface.SetLightingMaterialShininess(1.0);
     surface.Header().SetText("A saddle under a see-through bump");
     surface.Header().SetVisible(true);
     orvane::ImageDC image(width, height);

@@ -8,6 +8,7 @@
 #include "orvane/contour/color_tables.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/contour/named_colors.h"
+#include "orvane/control/host_defaults.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/array.h"
 #include "orvane/core/color.h"

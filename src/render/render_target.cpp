@@ -587,11 +587,10 @@ void RenderTarget::ReadBack() noexcept {
   CurrentGuard current(Display().display, context_);
   if (!current.Made()) return;
   const FramebufferApi& fb = Framebuffers();
-  GLint readFramebuffer = 0;
   GLint packBuffer = 0;
-  glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &readFramebuffer);
   glGetIntegerv(GL_PIXEL_PACK_BUFFER_BINDING, &packBuffer);
-  BindForReading(0, 0, bitmap_.header.biWidth, bitmap_.header.biHeight, GL_COLOR_BUFFER_BIT);
+  const std::uint32_t readFramebuffer =
+      BindForReading(0, 0, bitmap_.header.biWidth, bitmap_.header.biHeight, GL_COLOR_BUFFER_BIT);
   fb.bindBuffer(GL_PIXEL_PACK_BUFFER, 0);
   glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
   glPixelStorei(GL_PACK_ALIGNMENT, 4);
@@ -603,7 +602,7 @@ void RenderTarget::ReadBack() noexcept {
                bitmap_.bits.data());
   glPopClientAttrib();
   fb.bindBuffer(GL_PIXEL_PACK_BUFFER, static_cast<GLuint>(packBuffer));
-  fb.bindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(readFramebuffer));
+  fb.bindFramebuffer(GL_READ_FRAMEBUFFER, readFramebuffer);
 }
 
 void RenderTarget::CopyTo(DeviceContext& dc, int left, int top) const {
