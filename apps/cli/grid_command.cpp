@@ -38,67 +38,6 @@ void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 
 bool Blank(double z) { return !(std::fabs(z) < kDsaaBlank); }
 
-// The convex hull of the points, counter-clockwise, first vertex not repeated.
-void ConvexHull(const XyzPoints& points, std::vector<double>& hx, std::vector<double>& hy) {
-  hx.clear();
-  hy.clear();
-  if (points.x.empty()) return;
-  std::vector<std::pair<double, double>> p;
-  p.reserve(points.x.size());
-  for (std::size_t i = 0; i < points.x.size(); ++i) p.emplace_back(points.x[i], points.y[i]);
-  std::sort(p.begin(), p.end());
-  p.erase(std::unique(p.begin(), p.end()), p.end());
-  const auto turn = [](const auto& o, const auto& a, const auto& b) {
-    return (a.first - o.first) * (b.second - o.second) - (a.second - o.second) * (b.first - o.first);
-  };
-  std::vector<std::pair<double, double>> h(2 * p.size());
-  std::size_t k = 0;
-  for (std::size_t i = 0; i < p.size(); ++i) {  // lower chain
-    while (k >= 2 && turn(h[k - 2], h[k - 1], p[i]) <= 0) --k;
-    h[k++] = p[i];
-  }
-  for (std::size_t i = p.size() - 1, lower = k + 1; i-- > 0;) {  // upper chain
-    while (k >= lower && turn(h[k - 2], h[k - 1], p[i]) <= 0) --k;
-    h[k++] = p[i];
-  }
-  h.resize(p.size() > 1 ? k - 1 : p.size());
-  for (const auto& v : h) {
-    hx.push_back(v.first);
-    hy.push_back(v.second);
-  }
-}
-
-// Blanks the grid values outside the hull: each node must lie on the inner side of
-// every hull edge, or within tolerance of it.
-void BlankOutside(const XyzPoints& points, GridFile& grid) {
-  std::vector<double> hx, hy;
-  ConvexHull(points, hx, hy);
-  const double span = std::max({grid.x.back() - grid.x.front(), grid.y.back() - grid.y.front(),
-                                hx.empty() ? 0.0 : *std::max_element(hx.begin(), hx.end()) - *std::min_element(hx.begin(), hx.end()),
-                                hy.empty() ? 0.0 : *std::max_element(hy.begin(), hy.end()) - *std::min_element(hy.begin(), hy.end())});
-  const double tolerance = 1e-12 * span;
-  const std::size_t n = hx.size(), ny = grid.y.size();
-  for (std::size_t i = 0; i < grid.x.size(); ++i) {
-    for (std::size_t j = 0; j < ny; ++j) {
-      const double x = grid.x[i], y = grid.y[j];
-      bool inside = n > 0;
-      if (n == 1) inside = std::hypot(x - hx[0], y - hy[0]) <= tolerance;
-      for (std::size_t e = 0; inside && n > 1 && e < n; ++e) {
-        const std::size_t f = (e + 1) % n;
-        if (n == 2 && e == 1) break;  // a segment: one edge, and the ends
-        const double ex = hx[f] - hx[e], ey = hy[f] - hy[e];
-        const double length = std::hypot(ex, ey);
-        const double side = (ex * (y - hy[e]) - ey * (x - hx[e])) / length;  // left of the edge: positive
-        inside = n == 2 ? std::fabs(side) <= tolerance &&
-                              (x - hx[e]) * ex + (y - hy[e]) * ey >= -tolerance * length &&
-                              (x - hx[f]) * ex + (y - hy[f]) * ey <= tolerance * length
-                        : side >= -tolerance;
-      }
-      if (!inside) grid.z[i * ny + j] = kDsaaBlank;
-    }
-  }
-}
-
 void WriteCsv(std::ostream& out, const GridFile& g) {
   std::string line;
   const std::size_t ny = g.y.size();
@@ -158,11 +97,7 @@ void RunGrid(const GridOptions& options) {
   DataSet data;
   ConfigureResampling(options.resample, options.file, points, data.Resampling());
   const bool natural = options.resample.method == "nn";
-  if (natural && !options.extrapolate) {
-    // The natural-neighbour method knows its hull: it gives Nuldat beyond it.
-    data.Resampling().NNGridR().SetParameter("Extrap", 0.0);
-    data.Resampling().NNGridR().SetParameter("Nuldat", kDsaaBlank);
-  }
+  data.Resampling().SetBlankOutsideHull(options.blankOutsideHull || (natural && !options.extrapolate));
   data.DataAsSparseGridSet(points.x, points.y, points.z);
 
   GridFile grid;
@@ -173,7 +108,6 @@ void RunGrid(const GridOptions& options) {
     grid = data.ResampledGrid();
     data.SetResamplingProgress(nullptr);
   }
-  if (options.blankOutsideHull && !natural) BlankOutside(points, grid);
   if (extension == ".csv") {
     WriteCsv(file.Stream(), grid);
   } else {

@@ -326,12 +326,13 @@ ContourTrace CContourer::TraceGrid(std::span<const double> gx, std::span<const d
         const double z01 = gz[i * ny + j + 1], z11 = gz[(i + 1) * ny + j + 1];
         const double xa[3] = {gx[i], gx[i + 1], gx[i + 1]};
         const double ya[3] = {gy[j], gy[j], gy[j + 1]};
+        // A triangle with a blank (NaN) corner has no surface: lines end at its edge.
         const double za[3] = {z00, z10, z11};
-        visit(xa, ya, za);
+        if (!std::isnan(z00 + z10 + z11)) visit(xa, ya, za);
         const double xb[3] = {gx[i], gx[i + 1], gx[i]};
         const double yb[3] = {gy[j], gy[j + 1], gy[j + 1]};
         const double zb[3] = {z00, z11, z01};
-        visit(xb, yb, zb);
+        if (!std::isnan(z00 + z11 + z01)) visit(xb, yb, zb);
       }
     }
   };

@@ -53,15 +53,16 @@ void CheckCount(std::int32_t count, const char* name) {
   }
 }
 
-// NaN is refused outright; infinities and magnitudes of 1e300 or more exceed the range.
-void CheckValues(std::span<const double> values, const char* axis) {
+// NaN is refused outright, unless it marks blank cells; infinities and magnitudes of
+// 1e300 or more exceed the range.
+void CheckValues(std::span<const double> values, const char* axis, bool blanks = false) {
   for (double v : values) {
-    if (std::isnan(v)) {
+    if (std::isnan(v) && !blanks) {
       throw Error(5, kSource, std::string("The ") + axis + " values contain NaN (not a number).");
     }
   }
   for (double v : values) {
-    if (!(std::fabs(v) < kMaximumMagnitude)) throw Error(5, kSource, kRangeMessage);
+    if (!(std::fabs(v) < kMaximumMagnitude) && !std::isnan(v)) throw Error(5, kSource, kRangeMessage);
   }
 }
 
@@ -69,16 +70,19 @@ std::span<const double> First(const Array& a, std::int32_t count) {
   return std::span<const double>(a.Values()).first(static_cast<std::size_t>(count));
 }
 
-// Limits of the first count values on one axis; 0 with range 1 when there are none.
+// Limits of the first count values on one axis, blanks (NaN) left out; 0 with range 1
+// when there are none.
 void AxisLimits(const std::vector<double>& values, std::int32_t count, double& min, double& max,
                 double& range) {
   min = std::numeric_limits<double>::max();
   max = -min;
   const std::size_t n = std::max<std::size_t>(1, static_cast<std::size_t>(count));
   for (std::size_t i = 0; i < n && i < values.size(); ++i) {
+    if (std::isnan(values[i])) continue;
     min = std::min(min, values[i]);
     max = std::max(max, values[i]);
   }
+  if (min > max) min = max = 0.0;
   range = max - min;
   if (std::fabs(range) < kEpsilon) range = 1.0;
 }
@@ -141,6 +145,7 @@ void DataSetState::Reset(bool keepUserHull) {
   gridY.clear();
   resampled = false;
   resampledZ.clear();
+  blankCount = 0;
   geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
   contourLines.assign(1, CLineList{});
   contourGeneration = NextContourGeneration();
@@ -182,13 +187,24 @@ void DataSetState::Resample() {
   resampling.SetDataLimits(xMin, xMax, yMin, yMax);
   std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(resampling);
   resampler->SetProgressCallback(progress ? progress : ownProgress);
+  // A grid's blank cells are no data to resample from.
+  std::vector<double> px, py, pz;
   const auto n = static_cast<std::size_t>(pointCount);
-  resampler->SetInputData(pointCount, std::vector<double>(inputX.begin(), inputX.begin() + static_cast<long>(n)),
-                          std::vector<double>(inputY.begin(), inputY.begin() + static_cast<long>(n)),
-                          std::vector<double>(inputZ.begin(), inputZ.begin() + static_cast<long>(n)));
+  for (std::size_t k = 0; k < n; ++k) {
+    if (std::isnan(inputZ[k])) continue;
+    px.push_back(inputX[k]);
+    py.push_back(inputY[k]);
+    pz.push_back(inputZ[k]);
+  }
+  if (px.empty()) throw Error(5, kSource, "Every cell of the grid is blank: there is nothing to resample.");
+  const auto used = static_cast<std::int32_t>(px.size());
+  std::vector<double> hullX, hullY;
+  if (resampling.BlankOutsideHull()) ConvexHull(px, py, hullX, hullY);
+  resampler->SetInputData(used, std::move(px), std::move(py), std::move(pz));
   std::vector<double> x, y, z;
   resampler->GetOutputData(x, y, z);
   CheckValues(z, "resampled Z");
+  if (resampling.BlankOutsideHull()) BlankOutside(hullX, hullY, x, y, z);
 
   gridX = std::move(x);
   gridY = std::move(y);
@@ -197,6 +213,7 @@ void DataSetState::Resample() {
   AxisLimits(gridX, static_cast<std::int32_t>(gridX.size()), min[0], max[0], range[0]);
   AxisLimits(gridY, static_cast<std::int32_t>(gridY.size()), min[1], max[1], range[1]);
   AxisLimits(resampledZ, static_cast<std::int32_t>(resampledZ.size()), min[2], max[2], range[2]);
+  blankCount = std::count_if(resampledZ.begin(), resampledZ.end(), [](double v) { return std::isnan(v); });
   const std::size_t nx = gridX.size();
   const std::size_t ny = gridY.size();
   meshX.resize(nx * ny);
@@ -222,6 +239,7 @@ void DataSetState::RebuildMeshIfNeeded() {
     const bool wasResampled = resampled;
     resampled = false;
     resampledZ.clear();
+    blankCount = std::count_if(inputZ.begin(), inputZ.begin() + pointCount, [](double v) { return std::isnan(v); });
     const auto n = static_cast<std::size_t>(pointCount);
     ComputeLimits();
     if (wasResampled) NormaliseDataHull();
@@ -343,9 +361,11 @@ void DataSetState::Join(std::int32_t position) {
 
 namespace {
 
-// The checked input of DataAsRectangularGridSet (X and Y already checked), stored.
-void StoreGrid(DataSetState& s, std::span<const double> x, std::span<const double> y, std::vector<double> z) {
-  CheckValues(z, "Z");
+// The checked input of DataAsRectangularGridSet (X and Y already checked), stored; with
+// blanks, NaN in Z marks a blank cell.
+void StoreGrid(DataSetState& s, std::span<const double> x, std::span<const double> y, std::vector<double> z,
+               bool blanks = false) {
+  CheckValues(z, "Z", blanks);
   const std::size_t nx = x.size(), ny = y.size();
   s.xCount = static_cast<std::int32_t>(nx);
   s.yCount = static_cast<std::int32_t>(ny);
@@ -534,6 +554,29 @@ void DataSet::DataAsRectangularGridSet(std::span<const double> x, std::span<cons
   StoreGrid(s, x, y, std::vector<double>(z.begin(), z.end()));
 }
 
+void DataSet::DataAsBlankedGridSet(std::span<const double> x, std::span<const double> y, std::span<const double> z) {
+  DataSetState& s = *state_;
+  s.Reset(true);
+  constexpr auto kMostCount = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
+  if (x.size() > kMostCount || y.size() > kMostCount || x.size() < 2 || z.size() / x.size() != y.size() ||
+      z.size() % x.size() != 0) {
+    throw Error(5, kSource, kUpperBoundsMessage);
+  }
+  if (x.size() * y.size() > kMostCount) {
+    throw Error(5, kSource, "A grid of " + std::to_string(x.size()) + " by " + std::to_string(y.size()) +
+                                " points is too large.");
+  }
+  CheckValues(x, "X");
+  CheckValues(y, "Y");
+  StoreGrid(s, x, y, std::vector<double>(z.begin(), z.end()), true);
+}
+
+std::int64_t DataSet::BlankCount() const {
+  DataSetState& s = *state_;
+  s.RebuildMeshIfNeeded();
+  return s.blankCount;
+}
+
 void DataSet::DataAsSparseGridSet(std::int32_t count, const Array& xValues, const Array& yValues,
                                   const Array& zValues) {
   DataSetState& s = *state_;
@@ -674,12 +717,12 @@ bool DataSet::ZValueInterpolate(double xValue, double yValue, double& zValue) {
   const std::size_t j1 = std::min(j + 1, ny - 1);
   const std::vector<double>& gridZ = s.GridZ();
   const auto z = [&](std::size_t a, std::size_t b) { return gridZ[a * ny + b]; };
-  // The cell's two triangles meet along the diagonal from (i, j) to (i + 1, j + 1).
-  if (u >= v) {
-    zValue = z(i, j) + u * (z(i1, j) - z(i, j)) + v * (z(i1, j1) - z(i1, j));
-  } else {
-    zValue = z(i, j) + v * (z(i, j1) - z(i, j)) + u * (z(i1, j1) - z(i, j1));
-  }
+  // The cell's two triangles meet along the diagonal from (i, j) to (i + 1, j + 1). A
+  // triangle with a blank corner has no surface: NaN carries through the sum.
+  const double value = u >= v ? z(i, j) + u * (z(i1, j) - z(i, j)) + v * (z(i1, j1) - z(i1, j))
+                              : z(i, j) + v * (z(i, j1) - z(i, j)) + u * (z(i1, j1) - z(i, j1));
+  if (std::isnan(value)) return false;
+  zValue = value;
   return true;
 }
 
@@ -717,6 +760,7 @@ std::vector<double> DataSet::MeshTriangles() const {
             y[k] = s.gridY[b];
             z[k] = gz[a * ny + b];
           }
+          if (std::isnan(z[0] + z[1] + z[2])) continue;  // a blank corner
           AppendTriangle(out, x, y, z);
         }
       }
@@ -837,7 +881,9 @@ void DataSet::WriteContents(PropertyBag& bag, const std::string& prefix) const {
   }
   bag.WriteProperty(prefix + "X", std::move(x));
   bag.WriteProperty(prefix + "Y", std::move(y));
+  const bool blanks = std::any_of(z.begin(), z.end(), [](double v) { return std::isnan(v); });
   bag.WriteProperty(prefix + "Z", std::move(z));
+  if (blanks) bag.WriteProperty(prefix + "Blanks", true);
   if (s.userHullInputCount > 0) {
     const auto n = static_cast<std::size_t>(s.userHullInputCount);
     bag.WriteProperty(prefix + "UserHull.X",
@@ -874,6 +920,7 @@ void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
   std::vector<double> x = bag.ReadProperty(prefix + "X", std::vector<double>{});
   std::vector<double> y = bag.ReadProperty(prefix + "Y", std::vector<double>{});
   std::vector<double> z = bag.ReadProperty(prefix + "Z", std::vector<double>{});
+  const bool blanks = bag.ReadProperty(prefix + "Blanks", false);
   const std::vector<double> hullX = bag.ReadProperty(prefix + "UserHull.X", std::vector<double>{});
   const std::vector<double> hullY = bag.ReadProperty(prefix + "UserHull.Y", std::vector<double>{});
 
@@ -902,7 +949,8 @@ void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
   }
   CheckValues(x, "X");
   CheckValues(y, "Y");
-  CheckValues(z, "Z");
+  if (blanks && dataType != detail::kRectangularGrid) refuse("only a grid can hold blank cells");
+  CheckValues(z, "Z", blanks);
   CheckValues(hullX, "user hull X");
   CheckValues(hullY, "user hull Y");
   ReadFormatting(bag, prefix);
@@ -914,9 +962,12 @@ void DataSet::ReadContents(const PropertyBag& bag, const std::string& prefix) {
     // setter wants at least two.
     const std::size_t rows = std::max<std::size_t>(x.size(), 2);
     const std::size_t columns = y.size();
-    z.resize(rows * columns, 0.0);
-    DataAsRectangularGridSet(std::move(x), nx, std::move(y), ny,
-                             Array2D(std::move(z), rows, columns));
+    if (blanks) {
+      DataAsBlankedGridSet(x, y, z);
+    } else {
+      z.resize(rows * columns, 0.0);
+      DataAsRectangularGridSet(std::move(x), nx, std::move(y), ny, Array2D(std::move(z), rows, columns));
+    }
   } else if (dataType == detail::kSparse) {
     DataAsSparseGridSet(count, std::move(x), std::move(y), std::move(z));
   } else {

@@ -41,6 +41,8 @@ struct DataSetState {
   // The grid mesh comes from the resampler; its Z in data units (X index outer).
   bool resampled = false;
   std::vector<double> resampledZ;
+  // Blank nodes (NaN) of the grid mesh: a blanked input grid's, or the resampled grid's.
+  std::int64_t blankCount = 0;
   std::unique_ptr<CTriangulate> triangulation;  // made on first use
 
   // Data hull and user hull, normalised; the user hull also as the host gave it.

@@ -171,6 +171,16 @@ FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const
     g.position[3 * k + 2] = static_cast<GLfloat>(map.NormalisedToCubeZ(mesh.z[k]));
     zData[k] = map.NormalisedToDataZ(mesh.z[k]);
   }
+  // Triangles with a blank corner (NaN height) are left out of the drawing.
+  g.hasBlanks = std::any_of(mesh.z.begin(), mesh.z.end(), [](double z) { return std::isnan(z); });
+  if (g.hasBlanks) {
+    g.blank.assign(triangles, false);
+    for (std::size_t t = 0; t < triangles; ++t) {
+      std::size_t v[3];
+      mesh.Corners(t, v);
+      g.blank[t] = std::isnan(mesh.z[v[0]] + mesh.z[v[1]] + mesh.z[v[2]]);
+    }
+  }
   // Colours: each vertex's own when interpolating, else one per triangle from the mean
   // of its corners' heights; or, for exact bands, each vertex's place in the texture.
   g.interpolated = context.contouring.InterpolateColors();
@@ -202,6 +212,7 @@ FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const
     std::vector<double> sum(3 * n, 0.0);
     const auto c = [&](std::size_t k, std::size_t axis) { return static_cast<double>(g.position[3 * k + axis]); };
     for (std::size_t t = 0; t < triangles; ++t) {
+      if (g.hasBlanks && g.blank[t]) continue;
       std::size_t v[3];
       mesh.Corners(t, v);
       const double ux = c(v[1], 0) - c(v[0], 0), uy = c(v[1], 1) - c(v[0], 1), uz = c(v[1], 2) - c(v[0], 2);
@@ -229,7 +240,7 @@ const std::vector<bool>& OutsideUserHull(const DataSetState& s, const MeshGeomet
     for (std::size_t t = 0; t < triangles; ++t) {
       std::size_t v[3];
       mesh.Corners(t, v);
-      g.outside[t] = !IsPointInPolygonInclusive((mesh.x[v[0]] + mesh.x[v[1]] + mesh.x[v[2]]) / 3.0,
+      g.outside[t] = (g.hasBlanks && g.blank[t]) || !IsPointInPolygonInclusive((mesh.x[v[0]] + mesh.x[v[1]] + mesh.x[v[2]]) / 3.0,
                                                 (mesh.y[v[0]] + mesh.y[v[1]] + mesh.y[v[2]]) / 3.0, hx, hy);
     }
     g.outsideReady = true;
@@ -245,7 +256,11 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
   FillGeometry& g = PrepareFill(s, mesh, map, context, context.fillCache != nullptr ? *context.fillCache : ownCache);
   const bool lit = context.lightingOn;
   const std::vector<bool>* skip = nullptr;
-  if (view.UserHullClipping() && s.userHullInputCount >= 3) skip = &OutsideUserHull(s, mesh, g);
+  if (view.UserHullClipping() && s.userHullInputCount >= 3) {
+    skip = &OutsideUserHull(s, mesh, g);
+  } else if (g.hasBlanks) {
+    skip = &g.blank;
+  }
 
   glPushAttrib(GL_ALL_ATTRIB_BITS);
   glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
@@ -453,7 +468,7 @@ void DrawMesh(const DataSetState& s, const View& view, const CCoordMapper& map) 
         else draw = e != 1 || j + 2 == mesh.gridY;        // top side: the next cell's bottom
         if (!lower && e == 0) draw = false;               // the diagonal, drawn by the lower
       }
-      if (!draw) continue;
+      if (!draw || std::isnan(mesh.z[v[e]] + mesh.z[v[(e + 1) % 3]])) continue;
       vertex(v[e]);
       vertex(v[(e + 1) % 3]);
     }
@@ -647,6 +662,7 @@ void DrawMarkers(const DataSetState& s, const Marker& marker, const CCoordMapper
   glPushAttrib(GL_CURRENT_BIT | GL_LINE_BIT | GL_ENABLE_BIT | GL_POLYGON_BIT);
   glMatrixMode(GL_MODELVIEW);
   for (std::size_t k = 0; k < count; ++k) {
+    if (std::isnan(s.inputZ[k])) continue;  // a blank cell: no data to mark
     glPushMatrix();
     glTranslated(map.DataToCubeX(s.inputX[k]), map.DataToCubeY(s.inputY[k]), map.DataToCubeZ(s.inputZ[k]));
     if (fill) {

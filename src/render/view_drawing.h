@@ -47,8 +47,10 @@ struct FillGeometry {
   bool bands = false;
   std::vector<float> texel;
   BandTexture texture;
+  bool hasBlanks = false;     // some vertex has no height (NaN): a blanked grid
+  std::vector<bool> blank;    // then the triangles with such a corner
   bool outsideReady = false;
-  std::vector<bool> outside;  // triangles outside the user hull
+  std::vector<bool> outside;  // triangles outside the user hull, or blank
 };
 // The fills of one frame, by data set.
 using FillCache = std::unordered_map<const DataSetState*, FillGeometry>;

@@ -158,6 +158,11 @@ void Resampling::SetIntervalCount(std::int32_t value) {
 void Resampling::SetResamplerType(std::int32_t value) {
   Properties::kResamplerType.Let(*this, value);
 }
+void Resampling::SetBlankOutsideHull(bool value) {
+  if (value == blankOutsideHull_) return;
+  blankOutsideHull_ = value;
+  PropertyChanged.Raise("BlankOutsideHull");
+}
 void Resampling::SetXMax(double value) { Properties::kXMax.Let(*this, value); }
 void Resampling::SetXMin(double value) { Properties::kXMin.Let(*this, value); }
 void Resampling::SetYMax(double value) { Properties::kYMax.Let(*this, value); }
@@ -174,6 +179,7 @@ void Resampling::Reset() {
   autoRange_ = true;
   intervalCount_ = 10;
   resamplerType_ = orvResamplerTypeNone;
+  blankOutsideHull_ = false;
   xMax_ = xMin_ = yMax_ = yMin_ = 0.0;
   xInterval_ = yInterval_ = 0.0;
   dataLimits_ = kNoDataLimits;
@@ -202,12 +208,15 @@ std::vector<double> Resampling::GridY() const { return Axis(yMin_, yInterval_, i
 
 void Resampling::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
   detail::WriteAll(bag, prefix, *this, Properties::kStored);
+  // Absent means false: states saved before it existed read as they did.
+  if (blankOutsideHull_) bag.WriteProperty(prefix + "BlankOutsideHull", true);
 }
 
 void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
   const bool autoRange = bag.ReadProperty(prefix + "AutoRange", true);
   const std::int32_t count = bag.ReadProperty(prefix + "IntervalCount", std::int32_t{10});
   const std::int32_t type = bag.ReadProperty(prefix + "ResamperType", std::int32_t{0});
+  const bool blankOutsideHull = bag.ReadProperty(prefix + "BlankOutsideHull", false);
   const double limits[4] = {bag.ReadProperty(prefix + "XMax", 0.0), bag.ReadProperty(prefix + "XMin", 0.0),
                             bag.ReadProperty(prefix + "YMax", 0.0), bag.ReadProperty(prefix + "YMin", 0.0)};
   const double power = bag.ReadProperty(prefix + "InverseDistance.Weighting", 2.0);
@@ -233,6 +242,7 @@ void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefi
   ApplyAutoRange();
   ComputeIntervals();
   if (autoRange != wasAutoRange) PropertyChanged.Raise("AutoRange");
+  SetBlankOutsideHull(blankOutsideHull);
   inverseDistance_.SetWeightingPower(power);
   nnGridR_.SetTaughtness(taughtness);
   nnGridR_.SetUseGradients(gradients);

@@ -68,6 +68,13 @@ class DataSet {
   /// DataAsSparseGridSet from plain lists, one point per element; lists of different
   /// lengths raise error 5 "Upper bounds ..."; the other checks are the Array setter's.
   void DataAsSparseGridSet(std::span<const double> x, std::span<const double> y, std::span<const double> z);
+  /// DataAsRectangularGridSet from plain lists, with blank cells: a NaN in z marks a node
+  /// with no data. Triangles with a blank corner are not drawn, contoured or interpolated,
+  /// and the limits leave blanks out (all blank: an empty plot). Other checks as above.
+  void DataAsBlankedGridSet(std::span<const double> x, std::span<const double> y, std::span<const double> z);
+  /// The blank nodes of the grid that is drawn: the input grid's, or the resampled grid's
+  /// (see Resampling::BlankOutsideHull). Rebuilds a stale mesh first.
+  std::int64_t BlankCount() const;
   /// "Returns the input data in rectangular grid format." Error 394 unless the data was
   /// set with DataAsRectangularGridSet.
   void DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Array& yValues,
@@ -113,7 +120,7 @@ class DataSet {
   /// Levels, tiesAbove and errors as for ContourLines.
   std::vector<std::vector<Polygon>> ContourBands(std::span<const double> levels, bool tiesAbove = false) const;
   /// The resampled grid in data units: the node X and Y values and z[i * y.size() + j] at
-  /// (x[i], y[j]). Resamples first when the data or the settings changed; errors as for
+  /// (x[i], y[j]), NaN at blank nodes. Resamples first when the data or the settings changed; errors as for
   /// ResampledDataAsRectangularGridGet.
   GridFile ResampledGrid() const;
   /// Where resampling runs started by this data set's own getters (ResampledGrid,
@@ -158,8 +165,8 @@ class DataSet {
   /// The same, read-only.
   const orvane::View& ViewBottom() const noexcept;
 
-  /// Writes the data under prefix: "DataType", "Count", "X", "Y", "Z" and, with a user
-  /// hull, "UserHull.X" and "UserHull.Y"; then the views under "ViewMain.", "ViewTop.",
+  /// Writes the data under prefix: "DataType", "Count", "X", "Y", "Z", "Blanks" (true
+  /// when the grid has blank cells) and, with a user hull, "UserHull.X" and "UserHull.Y"; then the views under "ViewMain.", "ViewTop.",
   /// "ViewBottom." and the resampling under "Resampling.".
   void WriteContents(PropertyBag& bag, const std::string& prefix) const;
   /// Restores what WriteContents wrote, the data through the setters. Inconsistent stored

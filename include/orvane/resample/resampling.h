@@ -194,6 +194,12 @@ class Resampling {
   /// Lets it (finite); as SetXMax. Raises "YMin".
   void SetYMin(double value);
 
+  /// Whether the resampled grid's nodes outside the convex hull of the data are blank
+  /// (NaN, not drawn) rather than extrapolated. False by default.
+  bool BlankOutsideHull() const noexcept { return blankOutsideHull_; }
+  /// Lets it; raises "BlankOutsideHull".
+  void SetBlankOutsideHull(bool value);
+
   /// "Returns a reference to the InverseDistance resampler associated with this object."
   orvane::InverseDistance& InverseDistance() noexcept { return inverseDistance_; }
   /// The same, read-only.
@@ -219,7 +225,7 @@ class Resampling {
   std::vector<double> GridY() const;
 
   /// Writes "AutoRange", "IntervalCount", "ResamperType", "XMax", "XMin", "YMax", "YMin",
-  /// then the resamplers' parameters under "Kriging.", "InverseDistance." and "NNGridr".
+  /// "BlankOutsideHull" (only when true), then the resamplers' parameters under "Kriging.", "InverseDistance." and "NNGridr".
   void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
   /// Reads them with the defaults; a bad bag changes nothing.
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
@@ -238,6 +244,7 @@ class Resampling {
   bool autoRange_ = true;
   std::int32_t intervalCount_ = 10;
   std::int32_t resamplerType_ = orvResamplerTypeNone;
+  bool blankOutsideHull_ = false;
   double xMax_ = 0.0, xMin_ = 0.0, yMax_ = 0.0, yMin_ = 0.0;
   double xInterval_ = 0.0, yInterval_ = 0.0;
   // The data's limits; empty (minimums above maximums) until a data set hands them over.
