@@ -27,8 +27,9 @@ packages=(
   qt6-base-dev xvfb xauth
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
-  # GDAL's ogrinfo checks the GeoJSON the command writes
-  gdal-bin
+  # data files: GDAL reads and writes rasters and vector sources; its utilities (gdalinfo,
+  # ogrinfo) check what the command writes
+  libgdal-dev gdal-bin
   # pdftoppm reads back the PDF the print test writes
   poppler-utils
   # the Python tests (pytest on Debian's python3)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -16,6 +17,7 @@
 #include "orvane/contour/contouring.h"
 #include "orvane/core/error.h"
 #include "orvane/data/data_sets.h"
+#include "orvane/data/data_file.h"
 #include "orvane/data/xyz_file.h"
 #include "output_file.h"
 
@@ -23,9 +25,9 @@ namespace orvane::cli {
 
 namespace {
 
-// Loads the file into a data set; returns the number of points it holds.
+// Loads the file's points into a data set; returns how many it holds.
 std::size_t Load(const std::string& path, const InputOptions& input, DataSet& data) {
-  const XyzPoints points = ReadPoints(path, input);
+  const XyzPoints points = PointsOf(ReadData(path, input));
   data.DataAsSparseGridSet(points.x, points.y, points.z);
   return points.x.size();
 }
@@ -36,10 +38,46 @@ struct InfoOptions {
   bool json = false;
 };
 
+// The size, extent, Z range and blank cells of a grid file.
+void InfoOfGrid(const InfoOptions& options, const DataFile& file) {
+  DataSet data;
+  ShowDataFile(file, data);
+  const std::size_t blanks = file.BlankCount();
+  const std::string epsg = CrsEpsgCode(file.crs);
+  const std::string crs = !epsg.empty() ? epsg : file.crs.empty() ? "" : "(WKT)";
+  const bool empty = blanks == file.grid.z.size();
+  if (options.json) {
+    nlohmann::json facts = {{"format", file.format},
+                            {"columns", file.grid.x.size()}, {"rows", file.grid.y.size()},
+                            {"blanks", blanks},
+                            {"xmin", RoundedValue(data.XMin())}, {"xmax", RoundedValue(data.XMax())},
+                            {"ymin", RoundedValue(data.YMin())}, {"ymax", RoundedValue(data.YMax())}};
+    facts["zmin"] = empty ? nlohmann::json() : nlohmann::json(RoundedValue(data.ZMin()));
+    facts["zmax"] = empty ? nlohmann::json() : nlohmann::json(RoundedValue(data.ZMax()));
+    facts["crs"] = file.crs.empty() ? nlohmann::json() : nlohmann::json(file.crs);
+    std::cout << facts.dump() << "\n";
+    return;
+  }
+  std::cout << "file       " << options.file << "\n"
+            << "format     " << file.format << "\n"
+            << "grid       " << file.grid.x.size() << " x " << file.grid.y.size() << " nodes\n"
+            << "x          " << Rounded(data.XMin()) << " .. " << Rounded(data.XMax()) << "\n"
+            << "y          " << Rounded(data.YMin()) << " .. " << Rounded(data.YMax()) << "\n"
+            << "z          " << (empty ? std::string("none (every cell is blank)") : Rounded(data.ZMin()) + " .. " + Rounded(data.ZMax())) << "\n"
+            << "blank      " << blanks << (blanks == 1 ? " cell" : " cells") << "\n";
+  if (!crs.empty()) std::cout << "crs        " << crs << "\n";
+}
+
 void RunInfo(const InfoOptions& options) {
+  const DataFile file = ReadData(options.file, options.input);
+  if (file.isGrid) {
+    InfoOfGrid(options, file);
+    return;
+  }
   DataSets sets;
   DataSet& data = sets.Item(0);
-  const std::size_t points = Load(options.file, options.input, data);
+  ShowDataFile(file, data);
+  const std::size_t points = file.points.x.size();
   const std::size_t triangles = data.MeshTriangleVertices().size() / 3;
   std::int32_t hullCount = 0;
   Array hullX, hullY;
@@ -68,6 +106,8 @@ void RunInfo(const InfoOptions& options) {
   for (std::int32_t k = 0; k < hullCount; ++k) {
     std::cout << "  " << Rounded(hullX.At(k)) << " " << Rounded(hullY.At(k)) << "\n";
   }
+  const std::string epsg = CrsEpsgCode(file.crs);
+  if (!file.crs.empty()) std::cout << "crs        " << (epsg.empty() ? "(WKT)" : epsg) << "\n";
 }
 
 struct TriangulateOptions {
@@ -99,6 +139,7 @@ void RunTriangulate(const TriangulateOptions& options) {
 struct ContourOptions {
   std::string file;
   InputOptions input;
+  std::string crs;  // --crs: the coordinates' system, when the file names none or another
   LevelOptions level;
   bool bands = false;
   std::string ties = "above";  // how heights on a level are traced
@@ -133,15 +174,31 @@ std::string JsonNumberOrNull(bool present, double v) { return present ? Number(v
 
 void RunContour(const ContourOptions& options) {
   if (options.ties != "above" && options.ties != "exact") throw Error(5, "orvane", "--ties must be above or exact");
+  const std::string extension = std::filesystem::path(options.output).extension().string();
+  if (options.output != "-" && extension != ".geojson" && extension != ".json") {
+    throw Error(5, "orvane", options.output + ": cannot write " +
+                                 (extension.empty() ? std::string("a file without an extension") : extension + " files") +
+                                 "; orvane contour writes .geojson or .json");
+  }
+  const std::string givenCrs = CrsAsWkt(options.crs);  // refused before any work
   OutputFile file(options.output);
   DataSet data;
-  Load(options.file, options.input, data);
+  const DataFile source = ReadData(options.file, options.input);
+  ShowDataFile(source, data);
+  const std::string crs = !givenCrs.empty() ? givenCrs : source.crs;
+  const std::string epsg = CrsEpsgCode(crs);
   const std::vector<double> levels = Levels(options.level, data.ZMin(), data.ZMax());
   const bool tiesAbove = options.ties == "above";
   const std::vector<std::vector<Polyline>> lines = data.ContourLines(levels, tiesAbove);
 
   GeoJsonWriter json(file.Stream());
-  json.Raw() << "{\"type\":\"FeatureCollection\",\"features\":[";
+  json.Raw() << "{\"type\":\"FeatureCollection\",";
+  // The system by its EPSG name in the crs member GDAL reads; any other in a ".prj".
+  if (!epsg.empty()) {
+    json.Raw() << "\"crs\":{\"type\":\"name\",\"properties\":{\"name\":\"urn:ogc:def:crs:EPSG::"
+               << epsg.substr(5) << "\"}},";
+  }
+  json.Raw() << "\"features\":[";
   bool firstFeature = true;
   auto beginFeature = [&]() {
     json.Raw() << (firstFeature ? "\n" : ",\n");
@@ -180,6 +237,11 @@ void RunContour(const ContourOptions& options) {
   }
   json.Raw() << "\n]}\n";
   file.Commit();
+  if (!crs.empty() && epsg.empty() && options.output != "-") {
+    OutputFile prj(std::filesystem::path(options.output).replace_extension(".prj").string());
+    prj.Stream() << CrsAsEsriWkt(crs) << "\n";
+    prj.Commit();
+  }
 }
 
 }  // namespace
@@ -187,10 +249,9 @@ void RunContour(const ContourOptions& options) {
 void AddInfoCommand(CLI::App& app) {
   auto options = std::make_shared<InfoOptions>();
   CLI::App* info = app.add_subcommand(
-      "info", "Load an XYZ file as scattered points and report its size, limits, triangles and data hull");
-  info->add_option("FILE", options->file,
-                   "XYZ text: one point per line, X Y Z separated by commas, semicolons, tabs or spaces")
-      ->required();
+      "info", "Report a data file: a grid's size, extent, Z range and blank cells, or scattered points' "
+              "count, limits, triangles and data hull");
+  info->add_option("FILE", options->file, kDataFileHelp)->required();
   AddInputOptions(*info, options->input);
   info->add_flag("--json", options->json, "Print one JSON object instead of text");
   info->callback([options] { RunInfo(*options); });
@@ -199,15 +260,18 @@ void AddInfoCommand(CLI::App& app) {
 void AddContourCommand(CLI::App& app) {
   auto options = std::make_shared<ContourOptions>();
   CLI::App* contour = app.add_subcommand(
-      "contour", "Trace contour lines (and with --bands filled bands) of an XYZ file into GeoJSON");
-  contour->add_option("FILE", options->file, "XYZ text file")->required();
+      "contour", "Trace contour lines (and with --bands filled bands) of a data file into GeoJSON");
+  contour->add_option("FILE", options->file, kDataFileHelp)->required();
   AddInputOptions(*contour, options->input);
+  contour->add_option("--crs", options->crs,
+                      "The coordinates' reference system (EPSG:n, WKT or PROJ), written into the GeoJSON; "
+                      "default: the file's own");
   AddLevelOptions(*contour, options->level, "--count", false);
   contour->add_flag("--bands", options->bands, "Also write one MultiPolygon per band between levels");
   contour->add_option("--ties", options->ties,
                       "above (default: a height equal to a level counts as above it; whole contours) or exact "
                       "(exact signs: a level along mesh edges is traced twice)");
-  contour->add_option("-o,--output", options->output, "GeoJSON file to write")->required();
+  contour->add_option("-o,--output", options->output, "GeoJSON file to write (.geojson or .json; - for standard output)")->required();
   contour->callback([options] { RunContour(*options); });
 }
 
@@ -215,9 +279,9 @@ void AddTriangulateCommand(CLI::App& app) {
   auto options = std::make_shared<TriangulateOptions>();
   CLI::App* triangulate = app.add_subcommand(
       "triangulate",
-      "Write the Delaunay triangles of an XYZ file, one per line as three zero-based point indices "
-      "(points after duplicates are merged)");
-  triangulate->add_option("FILE", options->file, "XYZ text file")->required();
+      "Write the Delaunay triangles of a data file's points (a grid's nodes that are not blank), one per "
+      "line as three zero-based point indices (points after duplicates are merged)");
+  triangulate->add_option("FILE", options->file, kDataFileHelp)->required();
   AddInputOptions(*triangulate, options->input);
   triangulate->add_option("-o,--output", options->output, "CSV file to write")->required();
   triangulate->callback([options] { RunTriangulate(*options); });

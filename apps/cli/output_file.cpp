@@ -90,6 +90,15 @@ class OutputFile::Buffer : public std::streambuf {
 
 OutputFile::OutputFile(std::string target) : target_(std::move(target)) {
   if (target_.empty()) throw Error(5, kSource, "The output file name is empty.");
+  if (target_ == "-") {
+    // Standard output: written as it comes, with nothing to rename.
+    const int fd = ::dup(STDOUT_FILENO);
+    if (fd < 0) Fail("standard output", "cannot write", errno);
+    buffer_ = std::make_unique<Buffer>(fd, target_);
+    stream_ = std::make_unique<std::ostream>(buffer_.get());
+    stream_->exceptions(std::ios::badbit);
+    return;
+  }
   const mode_t mask = ::umask(0);
   ::umask(mask);
   mode_t mode = 0666 & ~mask;
@@ -129,7 +138,7 @@ OutputFile::~OutputFile() {
   if (committed_) return;
   stream_.reset();
   buffer_.reset();
-  ::unlink(temporary_.c_str());
+  if (!temporary_.empty()) ::unlink(temporary_.c_str());
 }
 
 std::ostream& OutputFile::Stream() { return *stream_; }
@@ -137,6 +146,10 @@ std::ostream& OutputFile::Stream() { return *stream_; }
 void OutputFile::Commit() {
   stream_->flush();
   buffer_->Close();
+  if (target_ == "-") {
+    committed_ = true;
+    return;
+  }
   if (::rename(temporary_.c_str(), target_.c_str()) != 0) Fail(target_, "cannot replace the file", errno);
   committed_ = true;
 }

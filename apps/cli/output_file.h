@@ -3,7 +3,7 @@
 // Output files of the orvane command. Everything is written to a temporary file in the
 // target's folder, which is flushed to disk, closed and only then renamed over the
 // target: a full disk, a file-size limit, an interrupt or any other failure leaves the
-// old target as it was and no temporary file behind.
+// old target as it was and no temporary file behind. The target "-" is standard output.
 
 #include <memory>
 #include <ostream>

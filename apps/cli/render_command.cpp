@@ -1,4 +1,4 @@
-// orvane render: draw a data file (XYZ points or a DSAA grid), or the built-in sample,
+// orvane render: draw a data file (scattered points or a grid), or the built-in sample,
 // through the control to a PNG image; orvane state: save the same control's State.
 
 #include <algorithm>
@@ -31,7 +31,7 @@
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
 #include "orvane/data/data_sets.h"
-#include "orvane/data/grid_file.h"
+#include "orvane/data/data_file.h"
 #include "orvane/data/xyz_file.h"
 #include "orvane/host/headless_host.h"
 #include "orvane/render/device_context.h"
@@ -64,6 +64,8 @@ struct RenderOptions {
   std::string aspect;         // equal, auto, or empty: by the data's shape
   bool lighting = false;
   bool base = false;            // a solid block under the 3-D surface
+  bool blankOutsideHull = false;  // resampled cells beyond the data's hull left blank
+  bool extrapolate = false;       // nn: fill them
   bool mesh = false;
   bool markers = false;
   bool noFill = false;
@@ -133,18 +135,17 @@ class ProgressHost : public HeadlessHost {
 
 void LoadData(const RenderOptions& o, Surface& surface) {
   DataSet& data = surface.DataSets().Item(0);
-  if (std::filesystem::path(o.file).extension() == ".grd") {
-    if (!o.resample.method.empty()) Refuse(o.file + ": a grid file is drawn as it is; --resample takes XYZ points");
-    const GridFile grid = ReadDsaaFile(o.file);
-    const auto nx = static_cast<std::int32_t>(grid.x.size()), ny = static_cast<std::int32_t>(grid.y.size());
-    data.DataAsRectangularGridSet(grid.x, nx, grid.y, ny, Array2D(grid.z, grid.x.size(), grid.y.size()));
-    return;
+  const DataFile file = ReadData(o.file, o.input);
+  if (file.isGrid && !o.resample.method.empty()) {
+    Refuse(o.file + ": a grid file is drawn as it is; --resample takes scattered points");
   }
-  XyzPoints points = ReadPoints(o.file, o.input);
-  if (points.x.empty()) Refuse(o.file + ": the file holds no points.");
-  if (!o.resample.method.empty()) ConfigureResampling(o.resample, o.file, points, data.Resampling());
-  const auto count = static_cast<std::int32_t>(points.x.size());
-  data.DataAsSparseGridSet(count, std::move(points.x), std::move(points.y), std::move(points.z));
+  if (!o.resample.method.empty()) {
+    ConfigureResampling(o.resample, o.file, file.points, data.Resampling());
+    // Natural neighbour knows no more than its hull: beyond it the map stays empty.
+    const bool natural = o.resample.method == "nn";
+    data.Resampling().SetBlankOutsideHull(o.blankOutsideHull || (natural && !o.extrapolate));
+  }
+  ShowDataFile(file, data);
 }
 
 // Reads a saved State file, refusing what is not one.
@@ -166,6 +167,11 @@ void CheckOptions(const RenderOptions& o) {
     if (o.file.empty()) Refuse(name + " applies to a data FILE only");
     if (o.resample.method.empty()) Refuse(name + " applies with --resample only");
   }
+  if ((o.blankOutsideHull || o.extrapolate) && o.resample.method.empty()) {
+    Refuse(std::string(o.extrapolate ? "--extrapolate" : "--blank-outside-hull") + " applies with --resample only");
+  }
+  if (o.blankOutsideHull && o.extrapolate) Refuse("--extrapolate and --blank-outside-hull contradict each other.");
+  if (o.extrapolate && o.resample.method != "nn") Refuse("--extrapolate applies to --resample nn only");
   if (o.plotType != "3d" && o.plotType != "2d") Refuse("--plot-type must be 3d or 2d");
   if (!o.rotation.empty() && o.rotation.size() != 3) Refuse("--rotation takes three angles: X,Y,Z");
   for (double angle : o.rotation) {
@@ -356,6 +362,12 @@ void ChooseAspect(const RenderOptions& o, Surface& surface) {
 
 void RunRender(const RenderOptions& o) {
   CheckOptions(o);
+  const std::string extension = std::filesystem::path(o.output).extension().string();
+  if (o.output != "-" && extension != ".png") {
+    Refuse(o.output + ": cannot write " +
+           (extension.empty() ? std::string("a file without an extension") : extension + " files") +
+           "; orvane render writes .png (or - for standard output)");
+  }
   const std::optional<ColorTable> table = ColorTableOf(o);
   const auto [width, height] = ParseSize(o.size);
   OutputFile file(o.output);  // a target that cannot be replaced is refused before any work
@@ -412,7 +424,7 @@ void RunState(const RenderOptions& o) {
 
 // The options render and state share: what to draw and how.
 void AddPlotOptions(CLI::App& command, RenderOptions& o) {
-  command.add_option("FILE", o.file, "XYZ text (scattered points) or a DSAA .grd grid");
+  command.add_option("FILE", o.file, kDataFileHelp);
   AddInputOptions(command, o.input);
   command.add_flag("--sample", o.sample, "The built-in sample surface instead of a file");
   command.add_option("--state", o.state, "A saved state (orvane state) to apply first; with no FILE its data too");
@@ -451,6 +463,9 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
   command.add_flag("--labels", o.labels, "Label the contour lines with their levels");
   command.add_flag("--no-legend", o.noLegend, "No legend");
   AddResampleOptions(command, o.resample, "--resample", false);
+  command.add_flag("--blank-outside-hull", o.blankOutsideHull,
+                   "Leave resampled cells outside the data's convex hull blank (the default for nn)");
+  command.add_flag("--extrapolate", o.extrapolate, "--resample nn: fill the cells outside the data's hull too");
   o.command = &command;
 }
 
@@ -459,9 +474,9 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
 void AddRenderCommand(CLI::App& app) {
   auto o = std::make_shared<RenderOptions>();
   CLI::App* render = app.add_subcommand(
-      "render", "Draw an XYZ file, a DSAA grid (.grd) or the built-in sample as a 3-D surface or contour map to PNG");
+      "render", "Draw a data file (points or a grid) or the built-in sample as a 3-D surface or contour map to PNG");
   AddPlotOptions(*render, *o);
-  render->add_option("-o,--output", o->output, "PNG file to write")->required();
+  render->add_option("-o,--output", o->output, "PNG file to write (- for standard output)")->required();
   render->add_option("--size", o->size, "Image size WIDTHxHEIGHT (default 800x600)");
   render->add_flag("--timings", o->timings, "Print the seconds each stage took to standard error");
   render->callback([o] { RunRender(*o); });

@@ -2,6 +2,7 @@
 // a contour map. With --export and --quit it renders a file to a PNG without a window.
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QCommandLineParser>
 #include <QRegularExpression>
 #include <QTimer>
@@ -49,9 +50,9 @@ int main(int argc, char** argv) {
   parser.setApplicationDescription(QStringLiteral("Grids and plots XYZ data as 3-D surfaces and contour maps."));
   parser.addHelpOption();
   parser.addVersionOption();
-  parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("An XYZ point file or a DSAA grid to open."));
-  const QCommandLineOption exportOption(QStringLiteral("export"), QStringLiteral("Render the plot to a PNG file."),
-                                        QStringLiteral("OUT.png"));
+  parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("A data file to open: XYZ text, a DSAA grid, a GDAL raster (GeoTIFF, NetCDF as FILE.nc:VAR, ...) or vector points."));
+  const QCommandLineOption exportOption(QStringLiteral("export"), QStringLiteral("Render the plot to a PNG or PDF file."),
+                                        QStringLiteral("OUT.png|OUT.pdf"));
   const QCommandLineOption sizeOption(QStringLiteral("size"),
                                       QStringLiteral("The exported picture's size (default 1200x900)."),
                                       QStringLiteral("WxH"), QStringLiteral("1200x900"));
@@ -74,6 +75,14 @@ int main(int argc, char** argv) {
     return 2;
   }
   const bool quit = parser.isSet(quitOption);
+  const QString exportPath = parser.value(exportOption);
+  const QString exportKind = QFileInfo(exportPath).suffix().toLower();
+  if (parser.isSet(exportOption) && exportKind != QStringLiteral("png") && exportKind != QStringLiteral("pdf")) {
+    std::cerr << "orvane-viewer: " << exportPath.toStdString() << ": cannot export "
+              << (exportKind.isEmpty() ? std::string("a file without an extension") : "." + exportKind.toStdString() + " files")
+              << "; the viewer exports .png and .pdf\n";
+    return 2;
+  }
 
   orvane::viewer::ViewerWindow window;
   window.setQuiet(quit);
@@ -84,7 +93,9 @@ int main(int argc, char** argv) {
     ok = window.openFile(files.front());
   }
   if (ok && parser.isSet(settingsOption)) ok = window.openSettings(parser.value(settingsOption));
-  if (ok && parser.isSet(exportOption)) ok = window.exportPng(parser.value(exportOption), size);
+  if (ok && parser.isSet(exportOption)) {
+    ok = exportKind == QStringLiteral("pdf") ? window.exportPdf(exportPath) : window.exportPng(exportPath, size);
+  }
   if (quit) return ok ? 0 : 1;
   window.setQuiet(false);
   window.show();

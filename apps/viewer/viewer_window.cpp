@@ -505,7 +505,7 @@ void ViewerWindow::syncControls() {
     action->setChecked(action->data().toInt() == resampler);
     action->setEnabled(points);
   }
-  const QString name = data_ ? QFileInfo(FromStd(data_->path)).fileName() : tr("Sample");
+  const QString name = data_ ? QFileInfo(FromStd(data_->name)).fileName() : tr("Sample");
   setWindowTitle(tr("%1 - Orvane Viewer").arg(name));
   QString summary = data_ ? FromStd(data_->Summary()) : tr("Sample: 30 x 30 grid");
   if (resampler != orvResamplerTypeNone && points) {
@@ -545,7 +545,9 @@ bool ViewerWindow::openFile(const QString& path) {
     // Resampled points get a grid fine enough to look smooth, unless one was chosen.
     Resampling& resampling = surface.DataSets().Item(0).Resampling();
     if (!file.isGrid && resampling.IntervalCount() == kControlIntervals) resampling.SetIntervalCount(kViewerIntervals);
-    ShowDataFile(file, surface);
+    DataSet& target = surface.DataSets().Item(0);
+    target.UserHullClear();  // a hull drawn for the data shown before would cut the new data
+    ShowDataFile(file, target);
     surface.Header().SetText(QFileInfo(path).fileName().toStdString());
     surface.Header().SetVisible(true);
   });

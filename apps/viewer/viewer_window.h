@@ -13,7 +13,7 @@
 #include <optional>
 #include <vector>
 
-#include "data_file.h"
+#include "orvane/data/data_file.h"
 #include "resampling_dialog.h"
 #include "orvane/core/event.h"
 

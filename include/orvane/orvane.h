@@ -18,6 +18,7 @@
 #include "orvane/core/font.h"
 #include "orvane/core/format.h"
 #include "orvane/core/property_bag.h"
+#include "orvane/data/data_file.h"
 #include "orvane/data/data_set.h"
 #include "orvane/data/data_sets.h"
 #include "orvane/data/grid_file.h"

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <streambuf>
 #include <string>
 #include <string_view>
@@ -141,8 +142,7 @@ GridFile ReadDsaaText(std::istream& in, const std::string& name) {
     for (std::size_t i = 0; i < cols; ++i) {
       const double v = tokens.Number("a grid value");
       if (!std::isfinite(v)) tokens.Fail("grid values must be finite numbers");
-      if (std::fabs(v) >= kBlank) tokens.Fail("the grid has blank cells, which cannot be drawn");
-      grid.z[i * rows + j] = v;
+      grid.z[i * rows + j] = std::fabs(v) >= kBlank ? std::numeric_limits<double>::quiet_NaN() : v;
     }
   }
   std::string_view extra;

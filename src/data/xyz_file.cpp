@@ -20,6 +20,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <memory>
 #include <span>
@@ -40,16 +41,19 @@ constexpr std::size_t kMaxLine = std::size_t{1} << 20;
 // Characters of a line quoted in an error message.
 constexpr std::size_t kQuotedCharacters = 80;
 
-bool IsSeparator(char c) { return c == ',' || c == ' ' || c == '\t' || c == ';'; }
+// Commas separate fields, unless the file writes its decimals with them.
+bool IsSeparator(char c, bool decimalComma) {
+  return (c == ',' && !decimalComma) || c == ' ' || c == '\t' || c == ';';
+}
 
 // Splits line into fields, keeping the first kept.size(); returns how many there are.
-std::size_t Fields(std::string_view line, std::span<std::string_view> kept) {
+std::size_t Fields(std::string_view line, std::span<std::string_view> kept, bool decimalComma = false) {
   std::size_t count = 0;
   std::size_t i = 0;
   while (i < line.size()) {
-    while (i < line.size() && IsSeparator(line[i])) ++i;
+    while (i < line.size() && IsSeparator(line[i], decimalComma)) ++i;
     const std::size_t start = i;
-    while (i < line.size() && !IsSeparator(line[i])) ++i;
+    while (i < line.size() && !IsSeparator(line[i], decimalComma)) ++i;
     if (i > start) {
       if (count < kept.size()) kept[count] = line.substr(start, i - start);
       ++count;
@@ -62,6 +66,24 @@ bool ParseNumber(std::string_view text, double& value) {
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   return result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+// A number written with a decimal comma ("12,5"); a decimal point is refused.
+bool ParseCommaNumber(std::string_view text, double& value) {
+  if (text.find('.') != std::string_view::npos) return false;
+  const std::size_t comma = text.find(',');
+  if (comma == std::string_view::npos) return ParseNumber(text, value);
+  if (text.size() > 64 || text.find(',', comma + 1) != std::string_view::npos) return false;
+  char buffer[64];
+  text.copy(buffer, text.size());
+  buffer[comma] = '.';
+  return ParseNumber(std::string_view(buffer, text.size()), value);
+}
+
+// Whether a line ends in an empty field after its last separator, as "x,y," does.
+bool EndsEmpty(std::string_view line) {
+  while (!line.empty() && line.back() == ' ') line.remove_suffix(1);
+  return !line.empty() && (line.back() == ',' || line.back() == ';' || line.back() == '\t');
 }
 
 // Length of the well-formed UTF-8 sequence at text[i], or 0 when it is not one.
@@ -228,6 +250,9 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOp
     throw Error(5, kSource, shownName + ":" + std::to_string(number) + ": " + what);
   };
   std::vector<std::string_view> fields(used);
+  // Whether numbers are written with decimal commas, fields then separated by semicolons
+  // or tabs: decided by the first line that holds a comma, for the whole file.
+  enum class Commas { kUndecided, kSeparate, kDecimal } commas = Commas::kUndecided;
   std::string_view line;
   for (;;) {
     const LineReader::Result result = reader.Next(line);
@@ -237,15 +262,42 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOp
     }
     ++number;
     if (result == LineReader::Result::kTooLong) fail("the line is longer than 1 MiB");
-    const std::size_t count = Fields(line, fields);
+    const bool decimal = commas == Commas::kDecimal;
+    std::size_t count = Fields(line, fields, decimal);
     if (count == 0 || fields[0].front() == '#') continue;
+    const auto parse = decimal ? ParseCommaNumber : ParseNumber;
     double values[3] = {0, 0, 0};
-    const bool enough = plain ? count == 3 : count >= used;
-    bool numeric = enough;
-    for (std::size_t k = 0; k < 3 && numeric; ++k) numeric = ParseNumber(fields[where[k]], values[k]);
-    const bool header = firstContent && !(where[0] < count && ParseNumber(fields[where[0]], values[0]));
+    const bool header = firstContent && !(where[0] < count && parse(fields[where[0]], values[0])) &&
+                        !(commas == Commas::kUndecided && where[0] < count && ParseCommaNumber(fields[where[0]], values[0]));
     firstContent = false;
     if (header) continue;
+    if (commas == Commas::kUndecided && line.find(',') != std::string_view::npos) {
+      commas = Commas::kSeparate;
+      if (line.find(';') != std::string_view::npos || line.find('\t') != std::string_view::npos) {
+        std::vector<std::string_view> split(used);
+        const std::size_t n = Fields(line, split, true);
+        bool all = plain ? n == 3 : n >= used;
+        for (std::size_t k = 0; k < 3 && all; ++k) all = ParseCommaNumber(split[where[k]], values[k]);
+        if (all) {
+          commas = Commas::kDecimal;
+          fields.swap(split);
+          count = n;
+        }
+      }
+    }
+    const auto number3 = commas == Commas::kDecimal ? ParseCommaNumber : ParseNumber;
+    // "x,y," is a place with no Z: kept as a blank, NaN.
+    if (plain && count == 2 && EndsEmpty(line) && number3(fields[0], values[0]) && number3(fields[1], values[1]) &&
+        std::isfinite(values[0]) && std::isfinite(values[1])) {
+      points.x.push_back(values[0]);
+      points.y.push_back(values[1]);
+      points.z.push_back(std::numeric_limits<double>::quiet_NaN());
+      ++points.blanks;
+      continue;
+    }
+    const bool enough = plain ? count == 3 : count >= used;
+    bool numeric = enough;
+    for (std::size_t k = 0; k < 3 && numeric; ++k) numeric = number3(fields[where[k]], values[k]);
     const bool finite = numeric && std::isfinite(values[0]) && std::isfinite(values[1]) && std::isfinite(values[2]);
     if (!finite && options.skipInvalid) {
       ++points.skipped;
@@ -256,6 +308,10 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOp
       fail("expected at least " + std::to_string(used) + " fields, found " + std::to_string(count));
     }
     if (!numeric) {
+      if (commas == Commas::kDecimal && line.find('.') != std::string_view::npos) {
+        fail("\"" + Printable(line, kQuotedCharacters) +
+             "\" has a decimal point, but the file writes its decimals with commas");
+      }
       fail("\"" + Printable(line, kQuotedCharacters) + "\" is not " +
            (plain ? std::string("three numbers") : "numbers in the X, Y and Z columns"));
     }

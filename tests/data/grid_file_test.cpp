@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <iomanip>
 #include <sstream>
 #include <string>
@@ -26,7 +27,11 @@ TEST(GridFile, ReadsRowsFromTheLowestYWithXAlongEachRow) {
   EXPECT_EQ(Read("DSAA\n4 2\n0.1 0.7\n0 1\n0 0\n0 0 0 0 0 0 0 0\n").x.back(), 0.7);
 }
 
-TEST(GridFile, RefusesWhatItCannotDraw) {
+TEST(GridFile, RefusesWhatIsNotAGridAndReadsBlanksAsNaN) {
+  const GridFile blanked = Read("DSAA\n2 2\n0 1\n0 1\n0 0\n1 1.70141E+38\n3 4\n");
+  ASSERT_EQ(blanked.z.size(), 4U);
+  EXPECT_TRUE(std::isnan(blanked.z[2]));  // column 1 of the first row
+  EXPECT_EQ(blanked.z[1], 3.0);
   const std::pair<std::string, std::string> cases[] = {
       {"DSBB\n", "g.grd:1: not a DSAA grid (the first word must be DSAA)"},
       {"DSAA\n1 2\n", "g.grd:2: the grid must have 2 to 10001 columns and rows"},
@@ -35,8 +40,7 @@ TEST(GridFile, RefusesWhatItCannotDraw) {
       {"DSAA\n2 2\n0 1\n0 nan\n", "g.grd:4: the Y maximum must be a finite number"},
       {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 2\n3 x\n", "g.grd:7: a grid value is not a number"},
       {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 2\n3\n", "g.grd:8: the file ends before a grid value"},
-      {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 2\n3 4 5\n", "g.grd:7: more values than the grid's 4"},
-      {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 1.70141e38\n3 4\n", "g.grd:6: the grid has blank cells, which cannot be drawn"}};
+      {"DSAA\n2 2\n0 1\n0 1\n0 0\n1 2\n3 4 5\n", "g.grd:7: more values than the grid's 4"}};
   for (const auto& c : cases) {
     const std::string& text = c.first;
     EXPECT_ORVANE_ERROR(Read(text), 5, "GridFile", c.second) << text;

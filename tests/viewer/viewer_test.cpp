@@ -26,7 +26,7 @@
 #include <utility>
 
 #include "color_map_icons.h"
-#include "data_file.h"
+#include "orvane/data/data_file.h"
 #include "export_dialog.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/control/surface.h"
@@ -110,13 +110,13 @@ TEST_F(ViewerTest, ReadsGridsByTheirHeaderAndPointsOtherwiseAndRefusesWhatCannot
     ADD_FAILURE() << "a Z of 1e301 was taken";
   } catch (const Error& e) {
     EXPECT_EQ(e.Number(), 5);
-    EXPECT_NE(e.Description().find("huge.xyz: a Z value 2 is too large to draw"), std::string::npos) << e.Description();
+    EXPECT_NE(e.Description().find("huge.xyz: the Z of point 2 is too large to draw (the limit is 1e300)"), std::string::npos) << e.Description();
   }
   try {
     ReadDataFile(Write("empty.xyz", "\n").toStdString());
     ADD_FAILURE() << "an empty file was taken";
   } catch (const Error& e) {
-    EXPECT_NE(e.Description().find("empty.xyz: the file holds no points."), std::string::npos) << e.Description();
+    EXPECT_NE(e.Description().find("empty.xyz: no points were found"), std::string::npos) << e.Description();
   }
 }
 
@@ -138,7 +138,7 @@ TEST_F(ViewerTest, ABadFileShowsTheErrorWithItsLineAndKeepsWhatIsShown) {
   EXPECT_EQ(data.MeshTriangles(), before);
   EXPECT_EQ(window.plot().surface().State(orvStateTypeFormattingAndData), state);
   ASSERT_TRUE(window.dataFile().has_value());
-  EXPECT_EQ(window.dataFile()->path, good.toStdString());
+  EXPECT_EQ(window.dataFile()->name, good.toStdString());
 
   // A file that is not there, and settings bytes that are not settings, likewise.
   CloseNextMessageBox(shown);

@@ -14,6 +14,7 @@ struct XyzPoints {
   std::vector<double> y;  ///< Y of each point
   std::vector<double> z;  ///< Z of each point
   std::size_t skipped = 0;  ///< rows left out by XyzReadOptions::skipInvalid
+  std::size_t blanks = 0;   ///< rows with X and Y and an empty Z ("x,y,"), kept with a NaN Z
 };
 
 /// How XYZ text is read beyond the defaults.
@@ -27,7 +28,10 @@ struct XyzReadOptions {
 
 /// Reads XYZ text: one point per line as three numbers separated by commas, semicolons,
 /// tabs or spaces; blank lines and lines starting with '#' are skipped, and a first line that is
-/// not numeric is a header. A UTF-8 byte-order mark at the start is skipped; lines end in
+/// not numeric is a header. A file whose first line with a comma separates its fields by
+/// semicolons or tabs writes its decimals with commas ("1,5;2,5;3"), every line alike. A
+/// line of X and Y whose Z field is empty ("1,2,") is a place with no data: NaN, counted
+/// in XyzPoints::blanks. A UTF-8 byte-order mark at the start is skipped; lines end in
 /// "\n", "\r\n" or "\r\r\n". A malformed line raises error 5 (source "XyzFile") naming
 /// `name` and the line number, as in "data.xyz:7: expected 3 numbers (X, Y, Z), found 2
 /// fields"; a quoted line is cut to 80 characters and its control characters escaped
