@@ -388,6 +388,8 @@ void ReadVector(GDALDataset& source, const std::string& name, const DataReadOpti
 // Opens name with GDAL; false when GDAL does not know it.
 bool ReadGdal(const std::string& name, const DataReadOptions& options, DataFile& file) {
   QuietGdal quiet;
+  // ESRI ASCII grids read as 32-bit floats unless asked: their digits are kept whole.
+  CPLSetThreadLocalConfigOption("AAIGRID_DATATYPE", "Float64");
   const std::string gdalName = GdalName(name);
   GDALDatasetUniquePtr source(
       GDALDataset::Open(gdalName.c_str(), GDAL_OF_RASTER | GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr, nullptr, nullptr));
@@ -482,6 +484,48 @@ void WriteCsv(std::ostream& out, const GridFile& g) {
   }
 }
 
+// Golden Software ASCII grid: "DSAA", the counts, the X, Y and Z ranges (of the values
+// that are not blank), then one line per grid row from the lowest Y up, X increasing
+// along the line; blank cells hold 1.70141e+38. Written here rather than by GDAL, whose
+// writer keeps 14 significant digits: every value reads back as the same double.
+void WriteDsaa(std::ostream& out, const GridFile& g) {
+  double z0 = kDsaaBlank, z1 = kDsaaBlank;
+  bool any = false;
+  for (double z : g.z) {
+    if (std::isnan(z)) continue;
+    z0 = any ? std::min(z0, z) : z;
+    z1 = any ? std::max(z1, z) : z;
+    any = true;
+  }
+  out << "DSAA\n" << g.x.size() << ' ' << g.y.size() << '\n'
+      << ShortestText(g.x.front()) << ' ' << ShortestText(g.x.back()) << '\n'
+      << ShortestText(g.y.front()) << ' ' << ShortestText(g.y.back()) << '\n'
+      << ShortestText(z0) << ' ' << ShortestText(z1) << '\n';
+  std::string line;
+  const std::size_t ny = g.y.size();
+  for (std::size_t j = 0; j < ny; ++j) {
+    line.clear();
+    for (std::size_t i = 0; i < g.x.size(); ++i) {
+      if (i > 0) line += ' ';
+      const double z = g.z[i * ny + j];
+      line += ShortestText(std::isnan(z) ? kDsaaBlank : z);
+    }
+    line += '\n';
+    out << line;
+  }
+}
+
+// The CRS of a DSAA file, which has no place for one, in GDAL's ".aux.xml" beside it.
+void WriteAuxCrs(const std::string& file, const std::string& path, const std::string& crs) {
+  QuietGdal quiet;
+  GDALDatasetUniquePtr grid(GDALDataset::Open(file.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY));
+  if (!grid) Fail(path + ": cannot write the coordinate system" + QuietGdal::Why());
+  const OGRSpatialReference srs = ParseCrs(crs);
+  grid->SetSpatialRef(&srs);
+  grid.reset();
+  if (!fs::exists(file + ".aux.xml")) Fail(path + ": cannot write the coordinate system" + QuietGdal::Why());
+}
+
 // A folder beside target for the files of one write; removed with what is left in it.
 class Staging {
  public:
@@ -513,7 +557,7 @@ void WriteRaster(const std::string& file, const std::string& path, const std::st
     Fail(path + ": the grid is too large for a raster");
   }
   QuietGdal quiet;
-  const char* driverName = extension == ".tif" ? "GTiff" : extension == ".nc" ? "netCDF" : extension == ".asc" ? "AAIGrid" : "GSAG";
+  const char* driverName = extension == ".tif" ? "GTiff" : extension == ".nc" ? "netCDF" : "AAIGrid";
   GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(driverName);
   GDALDriver* memory = GetGDALDriverManager()->GetDriverByName("MEM");
   if (driver == nullptr || memory == nullptr) Fail(path + ": GDAL has no " + driverName + " driver");
@@ -525,11 +569,11 @@ void WriteRaster(const std::string& file, const std::string& path, const std::st
     const OGRSpatialReference srs = ParseCrs(crs);
     mem->SetSpatialRef(&srs);
   }
-  // The no-data value: NaN in GeoTIFF, the NetCDF default fill, -9999 in ESRI ASCII
-  // unless the data hold it, and any in DSAA, whose driver writes its own blank.
+  // The no-data value: NaN in GeoTIFF, the NetCDF default fill, and -9999 in ESRI
+  // ASCII unless the data hold it.
   double noData = kNan;
   if (extension == ".nc") noData = 9.969209968386869e36;
-  if (extension == ".asc" || extension == ".grd") {
+  if (extension == ".asc") {
     noData = -9999.0;
     while (std::find(grid.z.begin(), grid.z.end(), noData) != grid.z.end()) noData = noData * 10.0 - 9.0;
   }
@@ -654,11 +698,20 @@ void WriteGridFile(const std::string& path, const std::string& extension, const 
   if (!toOutput && fs::is_directory(target)) Fail(path + ": cannot replace the file (it is a folder)");
   Staging staging(folder, target.filename().string());
   const fs::path staged = staging.Path() / target.filename();
-  if (extension == ".csv") {
+  if (extension == ".csv" || extension == ".grd") {
+    if (extension == ".grd") {
+      EvenSpacing(grid.x, "X");
+      EvenSpacing(grid.y, "Y");
+    }
     std::ofstream out(staged, std::ios::binary);
-    WriteCsv(out, grid);
+    if (extension == ".csv") {
+      WriteCsv(out, grid);
+    } else {
+      WriteDsaa(out, grid);
+    }
     out.close();
     if (!out) Fail(path + ": cannot write the file (" + std::strerror(errno) + ")");
+    if (extension == ".grd" && !crs.empty() && !toOutput) WriteAuxCrs(staged.string(), path, crs);
   } else {
     WriteRaster(staged.string(), path, extension, grid, crs);
   }

@@ -586,5 +586,60 @@ TEST(SurfacePicture, ABaseStandsTheSurfaceOnABlockDownToTheFloorAlongItsBoundary
   }
 }
 
+TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
+  // z = x over [0, 1]^2 on 21 x 21 nodes, blank where 0.4 <= x, y <= 0.6.
+  std::vector<double> x, y, z;
+  for (int k = 0; k <= 20; ++k) {
+    x.push_back(k / 20.0);
+    y.push_back(k / 20.0);
+  }
+  for (int i = 0; i <= 20; ++i) {
+    for (int j = 0; j <= 20; ++j) {
+      z.push_back(i >= 8 && i <= 12 && j >= 8 && j <= 12 ? std::nan("") : i / 20.0);
+    }
+  }
+  for (const bool is3D : {false, true}) {
+    Control c(300, 300);
+    BareViews(c);
+    c.surface.SetPlotType(is3D ? orvPlotType3D : orvPlotType2D);
+    DataSet& data = c.surface.DataSets().Item(0);
+    data.DataAsBlankedGridSet(x, y, z);
+    data.ViewMain().SetUseMasterProperties(true);
+    data.ViewMain().ContourLinesMaster().SetColor(0x000000);
+    c.surface.Contouring().SetAutoSetContoursType(orvAutoSetOff);
+    c.surface.Contouring().Contours().RemoveAll();
+    c.surface.Contouring().Contours().AddLevels(std::vector<double>{0.25, 0.5, 0.75});
+    c.surface.Refresh();
+    Dump(c, is3D ? "hole3d" : "hole2d");
+    const Color background = c.Image().Pixel(1, 1);
+    // Everything over the hole is background; beside it the map is drawn.
+    int inside = 0, drawn = 0;
+    for (int a = 0; a <= 18; ++a) {
+      const double u = 0.41 + a / 100.0;
+      for (int b = 0; b <= 18; ++b) {
+        const auto p = Project(c, u, 0.41 + b / 100.0, u);
+        inside += c.Image().Pixel(p[0], p[1]) != background;
+      }
+      const auto p = Project(c, u, 0.2, u);
+      drawn += c.Image().Pixel(p[0], p[1]) != background;
+    }
+    EXPECT_EQ(inside, 0) << (is3D ? "3-D" : "2-D");
+    EXPECT_EQ(drawn, 19) << (is3D ? "3-D" : "2-D");
+    if (is3D) continue;
+    // The line at z = 0.5 runs up x = 0.5 to the hole's edge (y = 0.35) and on from 0.65.
+    const auto dark = [&c](double u, double v) {
+      const auto p = Project(c, u, v, u);
+      for (int dx = -1; dx <= 1; ++dx) {
+        const Color k = c.Image().Pixel(p[0] + dx, p[1]);
+        if ((k & 0xFF) + ((k >> 8) & 0xFF) + ((k >> 16) & 0xFF) < 150) return true;
+      }
+      return false;
+    };
+    EXPECT_TRUE(dark(0.5, 0.3));
+    EXPECT_TRUE(dark(0.5, 0.7));
+    EXPECT_FALSE(dark(0.5, 0.45));
+  }
+}
+
 }  // namespace
 }  // namespace orvane

@@ -1,0 +1,272 @@
+// Data files in and out: every grid format written is read back by GDAL itself (size,
+// geotransform, no-data, CRS) and by ReadDataFile; NetCDF variables, vector points, text
+// with decimal commas, blank rows and named columns; and the refusals, word for word.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gdal.h>
+#include <gdal_priv.h>
+#include <ogr_srs_api.h>
+
+#include "orvane/data/data_file.h"
+#include "orvane/data/data_set.h"
+#include "support/expect_error.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+constexpr double kBlank = std::numeric_limits<double>::quiet_NaN();
+
+class DataFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = fs::temp_directory_path() / ("orvane_data_file_" + std::to_string(::getpid()) + "_" +
+                                        ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::remove_all(dir_);
+    fs::create_directories(dir_);
+    GDALAllRegister();
+  }
+  void TearDown() override { fs::remove_all(dir_); }
+  std::string Path(const std::string& name) const { return (dir_ / name).string(); }
+  std::string Write(const std::string& name, const std::string& text) const {
+    std::ofstream(dir_ / name, std::ios::binary) << text;
+    return Path(name);
+  }
+  fs::path dir_;
+};
+
+// 5 x 4 nodes at X 100..140 and Y 200..230, values with all their digits, one blank.
+GridFile Sample() {
+  GridFile g{{100, 110, 120, 130, 140}, {200, 210, 220, 230}, {}};
+  for (int i = 0; i < 5; ++i) {
+    for (int j = 0; j < 4; ++j) g.z.push_back(i == 1 && j == 2 ? kBlank : 1.0 / 3.0 + i * 10 + j * 0.1);
+  }
+  return g;
+}
+
+// The EPSG code GDAL finds for a raster's CRS, 0 when none.
+int EpsgOf(GDALDatasetH raster) {
+  OGRSpatialReferenceH srs = GDALGetSpatialRef(raster);
+  if (srs == nullptr) return 0;
+  OGRSpatialReferenceH copy = OSRClone(srs);
+  OSRAutoIdentifyEPSG(copy);
+  const char* code = OSRGetAuthorityCode(copy, nullptr);
+  const int epsg = code != nullptr ? std::atoi(code) : 0;
+  OSRDestroySpatialReference(copy);
+  return epsg;
+}
+
+TEST_F(DataFileTest, EveryGridFormatReadsBackThroughGdalAndThroughReadDataFile) {
+  const GridFile grid = Sample();
+  const std::vector<std::pair<std::string, double>> formats = {
+      {".tif", kBlank}, {".nc", 9.969209968386869e36}, {".asc", -9999.0}, {".grd", kDsaaBlank}};
+  for (const auto& [extension, noData] : formats) {
+    const std::string path = Path("g" + extension);
+    WriteGridFile(path, extension, grid, "EPSG:28992");
+    GDALDatasetH raster = GDALOpen(path.c_str(), GA_ReadOnly);
+    ASSERT_NE(raster, nullptr) << extension;
+    EXPECT_EQ(GDALGetRasterXSize(raster), 5) << extension;
+    EXPECT_EQ(GDALGetRasterYSize(raster), 4) << extension;
+    double gt[6] = {};
+    ASSERT_EQ(GDALGetGeoTransform(raster, gt), CE_None) << extension;
+    // Cells centred on the nodes, north up.
+    EXPECT_NEAR(gt[0], 95.0, 1e-9) << extension;
+    EXPECT_NEAR(gt[1], 10.0, 1e-9) << extension;
+    EXPECT_NEAR(gt[3], 235.0, 1e-9) << extension;
+    EXPECT_NEAR(gt[5], -10.0, 1e-9) << extension;
+    EXPECT_EQ(gt[2], 0.0);
+    EXPECT_EQ(gt[4], 0.0);
+    GDALRasterBandH band = GDALGetRasterBand(raster, 1);
+    int has = 0;
+    const double written = GDALGetRasterNoDataValue(band, &has);
+    EXPECT_TRUE(has) << extension;
+    if (std::isnan(noData)) {
+      EXPECT_TRUE(std::isnan(written)) << extension;
+    } else {
+      EXPECT_NEAR(written, noData, 1e-9 * std::fabs(noData)) << extension;
+    }
+    double cell = 0.0;  // node (1, 2): column 1, row 1 from the top
+    ASSERT_EQ(GDALRasterIO(band, GF_Read, 1, 1, 1, 1, &cell, 1, 1, GDT_Float64, 0, 0), CE_None);
+    EXPECT_TRUE(std::isnan(noData) ? std::isnan(cell) : cell == written) << extension << " " << cell;
+    // ESRI ASCII keeps its CRS as ESRI WKT in a .prj, which names no EPSG code.
+    if (extension == ".asc") {
+      OGRSpatialReferenceH expected = OSRNewSpatialReference(nullptr);
+      OSRImportFromEPSG(expected, 28992);
+      EXPECT_TRUE(OSRIsSame(GDALGetSpatialRef(raster), expected));
+      OSRDestroySpatialReference(expected);
+    } else {
+      EXPECT_EQ(EpsgOf(raster), 28992) << extension;
+    }
+    GDALClose(raster);
+
+    const DataFile back = ReadDataFile(path);
+    ASSERT_TRUE(back.isGrid) << extension;
+    EXPECT_EQ(back.grid.x, grid.x) << extension;
+    EXPECT_EQ(back.grid.y, grid.y) << extension;
+    for (std::size_t k = 0; k < grid.z.size(); ++k) {
+      if (std::isnan(grid.z[k])) {
+        EXPECT_TRUE(std::isnan(back.grid.z[k])) << extension << " " << k;
+      } else {
+        EXPECT_EQ(back.grid.z[k], grid.z[k]) << extension << " " << k;  // every digit
+      }
+    }
+    EXPECT_EQ(back.BlankCount(), 1U);
+    if (extension != ".asc") {
+      EXPECT_EQ(CrsEpsgCode(back.crs), "EPSG:28992") << extension;
+    }
+  }
+  // CSV: x,y,z lines with an empty Z, read back as the lattice they fill.
+  WriteGridFile(Path("g.csv"), ".csv", grid);
+  const DataFile csv = ReadDataFile(Path("g.csv"));
+  ASSERT_TRUE(csv.isGrid);
+  EXPECT_EQ(csv.grid.x, grid.x);
+  EXPECT_EQ(csv.BlankCount(), 1U);
+  EXPECT_TRUE(std::isnan(csv.grid.z[1 * 4 + 2]));
+  EXPECT_EQ(csv.grid.z[0], grid.z[0]);
+}
+
+TEST_F(DataFileTest, NetcdfVariablesAreNamedAfterTheFile) {
+  // Two variables in one file, written through GDAL's multidimensional netCDF writer.
+  const std::string path = Path("two.nc");
+  {
+    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("netCDF");
+    std::unique_ptr<GDALDataset> file(driver->CreateMultiDimensional(path.c_str(), nullptr, nullptr));
+    ASSERT_TRUE(file);
+    const std::shared_ptr<GDALGroup> root = file->GetRootGroup();
+    const std::vector<std::shared_ptr<GDALDimension>> dimensions{root->CreateDimension("y", "", "", 2),
+                                                                 root->CreateDimension("x", "", "", 3)};
+    for (const char* name : {"depth", "temp"}) {
+      const auto type = GDALExtendedDataType::Create(GDT_Float64);
+      const std::shared_ptr<GDALMDArray> array = root->CreateMDArray(name, dimensions, type);
+      double values[6] = {1, 2, 3, 4, 5, 6};
+      if (std::string(name) == "temp") values[0] = 40;
+      const GUInt64 start[2] = {0, 0};
+      const std::size_t count[2] = {2, 3};
+      ASSERT_TRUE(array->Write(start, count, nullptr, nullptr, type, values));
+    }
+  }
+  EXPECT_ORVANE_ERROR(ReadDataFile(path), 5, "DataFile",
+                      path + ": the file holds several variables; name one as " + path + ":VARIABLE (depth, temp)");
+  const DataFile temp = ReadDataFile(path + ":temp");
+  ASSERT_TRUE(temp.isGrid);
+  EXPECT_EQ(temp.format, "netCDF");
+  EXPECT_EQ(temp.grid.x.size(), 3U);
+  EXPECT_EQ(temp.grid.y.size(), 2U);
+  EXPECT_NE(std::find(temp.grid.z.begin(), temp.grid.z.end(), 40.0), temp.grid.z.end());
+  EXPECT_ORVANE_ERROR(ReadDataFile(path + ":salinity"), 5, "DataFile",
+                      path + ":salinity: cannot open the variable (GDAL: NETCDF:\"" + path +
+                          "\":salinity is a netCDF file, but salinity is not a variable.)");
+}
+
+TEST_F(DataFileTest, VectorPointsTakeZFromAFieldOrTheirGeometry) {
+  const std::string flat = Write("p.geojson", R"({"type":"FeatureCollection",
+    "crs":{"type":"name","properties":{"name":"urn:ogc:def:crs:EPSG::28992"}},"features":[
+    {"type":"Feature","properties":{"zinc":1022,"name":"a"},"geometry":{"type":"Point","coordinates":[181072,333611]}},
+    {"type":"Feature","properties":{"zinc":null,"name":"b"},"geometry":{"type":"Point","coordinates":[181025,333558]}},
+    {"type":"Feature","properties":{"zinc":640,"name":"c"},"geometry":{"type":"MultiPoint","coordinates":[[181165,333537],[181298,333484]]}}]})");
+  DataReadOptions options;
+  options.zField = "zinc";
+  const DataFile points = ReadDataFile(flat, options);
+  ASSERT_FALSE(points.isGrid);
+  EXPECT_EQ(points.format, "GeoJSON");
+  EXPECT_EQ(points.points.x, (std::vector<double>{181072, 181165, 181298}));
+  EXPECT_EQ(points.points.z, (std::vector<double>{1022, 640, 640}));
+  EXPECT_EQ(points.dropped, 1U);  // the feature whose zinc is null
+  EXPECT_EQ(CrsEpsgCode(points.crs), "EPSG:28992");
+  EXPECT_ORVANE_ERROR(ReadDataFile(flat), 5, "DataFile", flat + ": the points have no Z; name the field that holds it (one of zinc)");
+  options.zField = "lead";
+  EXPECT_ORVANE_ERROR(ReadDataFile(flat, options), 5, "DataFile", flat + ": no field is named \"lead\" (its numeric fields: zinc)");
+  options.zField = "name";
+  EXPECT_ORVANE_ERROR(ReadDataFile(flat, options), 5, "DataFile",
+                      flat + ": the field \"name\" does not hold numbers (its numeric fields: zinc)");
+  // Points with a Z of their own need no field.
+  const std::string solid = Write("z.geojson", R"({"type":"FeatureCollection","features":[
+    {"type":"Feature","properties":{},"geometry":{"type":"Point","coordinates":[0,0,5]}},
+    {"type":"Feature","properties":{},"geometry":{"type":"Point","coordinates":[1,0,-9999]}},
+    {"type":"Feature","properties":{},"geometry":{"type":"LineString","coordinates":[[0,1,7],[1,1,8]]}}]})");
+  DataReadOptions noData;
+  noData.noData = -9999.0;
+  const DataFile z = ReadDataFile(solid, noData);
+  EXPECT_EQ(z.points.z, (std::vector<double>{5, 7, 8}));
+  EXPECT_EQ(z.dropped, 1U);
+}
+
+TEST_F(DataFileTest, TextTakesDecimalCommasBlankRowsNoDataAndNamedColumns) {
+  const DataFile comma = ReadDataFile(Write("c.csv", "x;y;z\n1;2;3\n1,5;2,5;3,25\n0\t1\t-0,5\n"));
+  EXPECT_EQ(comma.points.x, (std::vector<double>{1, 1.5, 0}));
+  EXPECT_EQ(comma.points.z, (std::vector<double>{3, 3.25, -0.5}));
+  const std::string mixed = Write("m.csv", "1,5;2,5;3\n1.5;2;3\n");
+  EXPECT_ORVANE_ERROR(ReadDataFile(mixed), 5, "XyzFile",
+                      mixed + ":2: \"1.5;2;3\" has a decimal point, but the file writes its decimals with commas");
+  // Rows without Z that do not fill a lattice are left out and counted.
+  const DataFile gaps = ReadDataFile(Write("g.csv", "0,0,1\n1,0,\n0,1,3\n2,2,4\n"));
+  ASSERT_FALSE(gaps.isGrid);
+  EXPECT_EQ(gaps.points.x.size(), 3U);
+  EXPECT_EQ(gaps.dropped, 1U);
+  DataReadOptions options;
+  options.noData = -9999.0;
+  const DataFile noData = ReadDataFile(Write("n.xyz", "0 0 1\n1 0 -9999\n0 1 3\n1 1 4\n"), options);
+  ASSERT_TRUE(noData.isGrid);  // with the no-data point the four fill a lattice
+  EXPECT_TRUE(std::isnan(noData.grid.z[2]));
+  options.zField = "ZINC";  // field names match in any case
+  const DataFile meuse = ReadDataFile(Write("meuse.csv", "x,y,cadmium,zinc\n181072,333611,11.7,1022\n181025,333558,8.6,1141\n"
+                                                        "181165,333537,6.5,640\n"),
+                                      options);
+  EXPECT_EQ(meuse.points.z, (std::vector<double>{1022, 1141, 640}));
+  options.zField = "lead";
+  EXPECT_ORVANE_ERROR(ReadDataFile(Path("meuse.csv"), options), 5, "DataFile",
+                      Path("meuse.csv") + ": no field is named \"lead\" (the header has x, y, cadmium, zinc)");
+}
+
+TEST_F(DataFileTest, WhatIsNoDataOrCannotBeWrittenIsRefusedByName) {
+  const std::pair<std::string, std::string> empty[] = {
+      {"", ": no points were found (no line holds X, Y and Z numbers)"},
+      {"hello world\n", ": no points were found (no line holds X, Y and Z numbers)"},
+      {"x,y,z\n1,2,\n", ": no points were found (1 had no data)"}};
+  for (const auto& entry : empty) {
+    const std::string path = Write("e.txt", entry.first);
+    EXPECT_ORVANE_ERROR(ReadDataFile(path), 5, "DataFile", path + entry.second) << entry.first;
+  }
+  EXPECT_ORVANE_ERROR(ReadDataFile(Path("absent.tif")), 5, "DataFile",
+                      Path("absent.tif") + ": cannot open the file (No such file or directory)");
+  const GridFile grid = Sample();
+  EXPECT_ORVANE_ERROR(WriteGridFile(Path("g.png"), ".png", grid), 5, "DataFile",
+                      Path("g.png") + ": cannot write .png files; the grid formats are .tif, .nc, .asc, .grd, .csv");
+  EXPECT_ORVANE_ERROR(WriteGridFile("-", ".tif", grid), 5, "DataFile",
+                      "GeoTIFF cannot be written to standard output; name a file");
+  GridFile uneven = grid;
+  uneven.x[2] = 121;
+  EXPECT_ORVANE_ERROR(WriteGridFile(Path("u.tif"), ".tif", uneven), 5, "DataFile",
+                      "the grid's X nodes are not evenly spaced; only .csv holds such a grid");
+  EXPECT_FALSE(fs::exists(Path("u.tif")));
+  EXPECT_EQ(std::distance(fs::directory_iterator(dir_), fs::directory_iterator()), 1);  // e.txt alone
+  EXPECT_ORVANE_ERROR(CrsAsWkt("EPSG:0"), 5, "DataFile",
+                      "the coordinate reference system \"EPSG:0\" is not known (give EPSG:n, WKT or a PROJ string)" +
+                          std::string(" (GDAL: PROJ: proj_create_from_database: crs not found)"));
+}
+
+TEST_F(DataFileTest, AGeoTiffWithAHoleLoadsIntoADataSet) {
+  WriteGridFile(Path("h.tif"), ".tif", Sample(), "EPSG:4326");
+  const DataFile file = ReadDataFile(Path("h.tif"));
+  DataSet data;
+  ShowDataFile(file, data);
+  EXPECT_EQ(data.BlankCount(), 1);
+  EXPECT_EQ(data.XMin(), 100.0);
+  EXPECT_EQ(data.YMax(), 230.0);
+  EXPECT_DOUBLE_EQ(data.ZMax(), 1.0 / 3.0 + 40.3);
+  // 24 cell triangles, less the 6 that touch the blank node.
+  EXPECT_EQ(data.MeshTriangles().size() / 9, 24U - 6U);
+}
+
+}  // namespace
+}  // namespace orvane
