@@ -193,10 +193,10 @@ void RunContour(const ContourOptions& options) {
 
   GeoJsonWriter json(file.Stream());
   json.Raw() << "{\"type\":\"FeatureCollection\",";
-  // The system by its EPSG name in the crs member GDAL reads; any other in a ".prj".
-  if (!epsg.empty()) {
-    json.Raw() << "\"crs\":{\"type\":\"name\",\"properties\":{\"name\":\"urn:ogc:def:crs:EPSG::"
-               << epsg.substr(5) << "\"}},";
+  // The system in the crs member GDAL reads: by its EPSG name, or any other as WKT.
+  if (!crs.empty()) {
+    const std::string name = !epsg.empty() ? "urn:ogc:def:crs:EPSG::" + epsg.substr(5) : CrsAsWkt(crs, "WKT1");
+    json.Raw() << "\"crs\":{\"type\":\"name\",\"properties\":{\"name\":" << nlohmann::json(name).dump() << "}},";
   }
   json.Raw() << "\"features\":[";
   bool firstFeature = true;
@@ -237,11 +237,6 @@ void RunContour(const ContourOptions& options) {
   }
   json.Raw() << "\n]}\n";
   file.Commit();
-  if (!crs.empty() && epsg.empty() && options.output != "-") {
-    OutputFile prj(std::filesystem::path(options.output).replace_extension(".prj").string());
-    prj.Stream() << CrsAsEsriWkt(crs) << "\n";
-    prj.Commit();
-  }
 }
 
 }  // namespace

@@ -733,10 +733,13 @@ void WriteGridFile(const std::string& path, const std::string& extension, const 
   }
 }
 
-std::string CrsAsWkt(const std::string& crs) {
+std::string CrsAsWkt(const std::string& crs, const std::string& version) {
   if (crs.empty()) return {};
+  if (version != "WKT2_2019" && version != "WKT1" && version != "WKT1_ESRI") {
+    Fail("WKT comes as WKT2_2019, WKT1 or WKT1_ESRI, not " + version);
+  }
   const OGRSpatialReference srs = ParseCrs(crs);
-  return Wkt(&srs);
+  return Wkt(&srs, version.c_str());
 }
 
 std::string CrsEpsgCode(const std::string& crs) {
@@ -748,12 +751,6 @@ std::string CrsEpsgCode(const std::string& crs) {
   const char* code = srs.GetAuthorityCode(nullptr);
   if (authority == nullptr || code == nullptr || !EQUAL(authority, "EPSG")) return {};
   return std::string("EPSG:") + code;
-}
-
-std::string CrsAsEsriWkt(const std::string& crs) {
-  if (crs.empty()) return {};
-  const OGRSpatialReference srs = ParseCrs(crs);
-  return Wkt(&srs, "WKT1_ESRI");
 }
 
 }  // namespace orvane

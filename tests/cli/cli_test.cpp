@@ -1153,4 +1153,151 @@ TEST_F(Cli, BareCommandAndMistypedNames) {
   EXPECT_FALSE(std::filesystem::exists(out));
 }
 
+
+// Points on a triangle over [0, 10]^2 (x + y <= 10) with z = x + 2y: a hull that leaves
+// half of its bounding box empty.
+std::string TrianglePoints() {
+  std::ostringstream text;
+  for (int i = 0; i <= 10; ++i) {
+    for (int j = 0; i + j <= 10; ++j) text << i << ' ' << j << ' ' << i + 2 * j + 0.25 * ((i * 7 + j * 3) % 5) << '\n';
+  }
+  return text.str();
+}
+
+TEST_F(Cli, GridFilesGoThroughEveryCommandWithTheirBlanksAndCrs) {
+  const std::string points = Write("tri.xyz", TrianglePoints());
+  const std::string grd = (dir_ / "t.grd").string();
+  const Outcome made = Orvane("grid " + points + " --method nn --intervals 10 --crs EPSG:28992 -o " + grd);
+  ASSERT_EQ(made.status, 0) << made.out;
+  // 11 x 11 nodes, those above the diagonal blank: 55 of them.
+  const Outcome info = Orvane("info " + grd);
+  ASSERT_EQ(info.status, 0) << info.out;
+  EXPECT_NE(info.out.find("grid       11 x 11 nodes\n"), std::string::npos) << info.out;
+  EXPECT_NE(info.out.find("x          0 .. 10\n"), std::string::npos) << info.out;
+  EXPECT_NE(info.out.find("blank      55 cells\ncrs        EPSG:28992\n"), std::string::npos) << info.out;
+  const nlohmann::json json = nlohmann::json::parse(Orvane("info --json " + grd).out);
+  EXPECT_EQ(json["blanks"], 55);
+  EXPECT_EQ(json["columns"], 11);
+  // The grid's own CSV and DSAA output read back as they are.
+  const std::string csv = (dir_ / "t.csv").string();
+  ASSERT_EQ(Orvane("grid " + grd + " --method idw --intervals 10 -o " + csv).status, 0);
+  EXPECT_EQ(Orvane("info " + csv).status, 0);
+  // Contours carry the grid's CRS into GeoJSON, where GDAL finds it.
+  const std::string geojson = (dir_ / "t.geojson").string();
+  const Outcome contour = Orvane("contour " + grd + " --count 5 -o " + geojson);
+  ASSERT_EQ(contour.status, 0) << contour.out;
+  const Outcome ogr = Shell("ogrinfo -so -al " + geojson + " 2>&1");
+  EXPECT_NE(ogr.out.find("ID[\"EPSG\",28992]]"), std::string::npos) << ogr.out;
+  // --crs gives another; one with no EPSG code goes in as WKT.
+  ASSERT_EQ(Orvane("contour " + grd + " --crs EPSG:4326 -o " + geojson).status, 0);
+  EXPECT_NE(Shell("ogrinfo -so -al " + geojson).out.find("ID[\"EPSG\",4326]]"), std::string::npos);
+  const std::string local = (dir_ / "local.geojson").string();
+  ASSERT_EQ(Orvane("contour " + grd + " --crs '+proj=tmerc +lat_0=0 +lon_0=7 +k=1 +x_0=0 +y_0=0 +ellps=GRS80' -o " + local).status, 0);
+  EXPECT_NE(Shell("ogrinfo -so -al " + local).out.find("METHOD[\"Transverse Mercator\""), std::string::npos);
+  // The grid draws as it is.
+  const std::string png = (dir_ / "t.png").string();
+  const Outcome render = Orvane("render " + grd + " --plot-type 2d --size 300x300 -o " + png);
+  ASSERT_EQ(render.status, 0) << render.out;
+}
+
+TEST_F(Cli, GridsAreWrittenInTheFormatTheirExtensionNames) {
+  const std::string points = Write("tri.xyz", TrianglePoints());
+  for (const std::string extension : {".tif", ".nc", ".asc", ".grd"}) {
+    const std::string out = (dir_ / ("g" + extension)).string();
+    const Outcome run = Orvane("grid " + points + " --method nn --intervals 20 --crs EPSG:28992 -o " + out);
+    ASSERT_EQ(run.status, 0) << extension << run.out;
+    const Outcome gdal = Shell("gdalinfo -json " + out);
+    ASSERT_EQ(gdal.status, 0) << gdal.out;
+    const nlohmann::json facts = nlohmann::json::parse(gdal.out);
+    EXPECT_EQ(facts["size"], nlohmann::json::array({21, 21})) << extension;
+    const std::vector<double> transform = facts["geoTransform"];
+    EXPECT_NEAR(transform[0], -0.25, 1e-12) << extension;
+    EXPECT_NEAR(transform[1], 0.5, 1e-12) << extension;
+    EXPECT_NEAR(transform[3], 10.25, 1e-12) << extension;
+    EXPECT_NEAR(transform[5], -0.5, 1e-12) << extension;
+    EXPECT_TRUE(facts["bands"][0].contains("noDataValue")) << extension;
+    EXPECT_NE(facts["coordinateSystem"]["wkt"].get<std::string>().find("Amersfoort / RD New"), std::string::npos) << extension;
+  }
+  EXPECT_NE(Shell("gdalinfo " + (dir_ / "g.tif").string()).out.find("COMPRESSION=DEFLATE"), std::string::npos);
+  // Formats it cannot write are named, and no work is done for them.
+  const Outcome jpg = Orvane("grid " + points + " --method idw -o " + (dir_ / "t.jpg").string());
+  EXPECT_EQ(jpg.status, 2);
+  EXPECT_EQ(jpg.out, "orvane: " + (dir_ / "t.jpg").string() +
+                         ": cannot write .jpg files; the grid formats are .tif, .nc, .asc, .grd, .csv\n");
+  const Outcome picture = Orvane("render --sample -o " + (dir_ / "t.jpg").string());
+  EXPECT_EQ(picture.out, "orvane: " + (dir_ / "t.jpg").string() +
+                             ": cannot write .jpg files; orvane render writes .png (or - for standard output)\n");
+  EXPECT_EQ(Orvane("contour " + points + " -o " + (dir_ / "c.txt").string()).out,
+            "orvane: " + (dir_ / "c.txt").string() + ": cannot write .txt files; orvane contour writes .geojson or .json\n");
+  EXPECT_FALSE(std::filesystem::exists(dir_ / "t.jpg"));
+  // Standard output: CSV by default, a text format on request, a PNG; never GeoTIFF.
+  const Outcome text = Shell(std::string(ORVANE_CLI_PATH) + " grid " + points + " --method idw --intervals 1 -o - 2>/dev/null");
+  EXPECT_EQ(text.status, 0);
+  EXPECT_EQ(text.out.rfind("0,0,", 0), 0u) << text.out;
+  EXPECT_EQ(std::count(text.out.begin(), text.out.end(), '\n'), 4);
+  const Outcome asc = Shell(std::string(ORVANE_CLI_PATH) + " grid " + points + " --method idw --intervals 1 -o - --format asc");
+  EXPECT_EQ(asc.out.rfind("ncols        2\n", 0), 0u) << asc.out;
+  EXPECT_EQ(Orvane("grid " + points + " --method idw -o - --format tif").out,
+            "orvane: GeoTIFF cannot be written to standard output; name a file\n");
+  const Outcome png = Shell(std::string(ORVANE_CLI_PATH) + " render --sample --size 64x48 -o - | head -c 8 | od -An -tx1");
+  EXPECT_EQ(png.out, " 89 50 4e 47 0d 0a 1a 0a\n");
+}
+
+TEST_F(Cli, InputThatIsNotDataIsRefusedWithTheOptionThatHelps) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"", "empty.xyz: no points were found (no line holds X, Y and Z numbers)\n"},
+      {"hello world\n", "empty.xyz: no points were found (no line holds X, Y and Z numbers)\n"},
+      {"1 2 3\n4 5 6 7\n", "empty.xyz:2: expected 3 numbers (X, Y, Z), found 4 fields; pick the X, Y and Z columns with --columns X,Y,Z\n"},
+      {"1 2 3\n4 5\n", "empty.xyz:2: expected 3 numbers (X, Y, Z), found 2 fields; leave out rows with missing values with --skip-invalid\n"}};
+  for (const auto& [text, message] : cases) {
+    const std::string file = Write("empty.xyz", text);
+    const Outcome run = Orvane("info " + file);
+    EXPECT_EQ(run.status, 2) << text;
+    EXPECT_EQ(run.out, "orvane: " + (dir_ / message).string()) << text;
+  }
+  // Decimal commas with semicolons; -9999 as no data; a vector layer's Z by name.
+  const Outcome comma = Orvane("info --json " + Write("c.csv", "x;y;z\n0;0;1,5\n1;0;2,5\n0;1;3,5\n"));
+  ASSERT_EQ(comma.status, 0) << comma.out;
+  EXPECT_EQ(nlohmann::json::parse(comma.out)["zmax"], 3.5);
+  const std::string missing = Write("m.xyz", "0 0 1\n1 0 -9999\n0 1 3\n2 2 4\n");
+  const Outcome nodata = Orvane("info --json --nodata -9999 " + missing);
+  ASSERT_EQ(nodata.status, 0) << nodata.out;
+  EXPECT_NE(nodata.out.find("orvane: " + missing + ": left out 1 point with no data\n"), std::string::npos);
+  EXPECT_NE(nodata.out.find("\"zmin\":1.0"), std::string::npos) << nodata.out;
+  const std::string layer = Write("p.geojson", R"({"type":"FeatureCollection","features":[
+    {"type":"Feature","properties":{"zinc":1},"geometry":{"type":"Point","coordinates":[0,0]}},
+    {"type":"Feature","properties":{"zinc":2},"geometry":{"type":"Point","coordinates":[1,0]}},
+    {"type":"Feature","properties":{"zinc":3},"geometry":{"type":"Point","coordinates":[0,1]}}]})");
+  EXPECT_EQ(Orvane("info " + layer).out,
+            "orvane: " + layer + ": the points have no Z; name the field that holds it (one of zinc); give it with --z-field NAME\n");
+  const Outcome zinc = Orvane("info --json --z-field zinc " + layer);
+  EXPECT_EQ(nlohmann::json::parse(zinc.out)["points"], 3);
+}
+
+TEST_F(Cli, NaturalNeighbourMapsStopAtTheDataHullUnlessTheyExtrapolate) {
+  const std::string points = Write("tri.xyz", TrianglePoints());
+  const auto coloured = [&](const std::string& options) {
+    const std::string out = (dir_ / "nn.png").string();
+    const Outcome run = Orvane("render " + points + " --plot-type 2d --size 300x300 --no-legend --resample nn --intervals 40 " +
+                               options + " -o " + out);
+    EXPECT_EQ(run.status, 0) << run.out;
+    const Png png = ReadPng(out);
+    int n = 0;
+    for (int y = 0; y < png.height; ++y) {
+      for (int x = 0; x < png.width; ++x) {
+        const std::uint32_t c = png.At(x, y);
+        const int r = static_cast<int>(c & 0xFF), g = static_cast<int>((c >> 8) & 0xFF), b = static_cast<int>(c >> 16);
+        n += std::max({r, g, b}) - std::min({r, g, b}) > 60;  // the map's colours, not greys
+      }
+    }
+    return n;
+  };
+  const int blank = coloured(""), full = coloured("--extrapolate"), asked = coloured("--blank-outside-hull");
+  // The hull is half the box: the blanked map about half the extrapolated one.
+  EXPECT_NEAR(static_cast<double>(blank) / full, 0.5, 0.06) << blank << " " << full;
+  EXPECT_EQ(asked, blank);
+  EXPECT_EQ(Orvane("render " + points + " --blank-outside-hull -o " + (dir_ / "x.png").string()).out,
+            "orvane: --blank-outside-hull applies with --resample only\n");
+}
+
 }  // namespace

@@ -66,14 +66,12 @@ const std::vector<std::string>& GridFileExtensions();
 void WriteGridFile(const std::string& path, const std::string& extension, const GridFile& grid,
                    const std::string& crs = {});
 
-/// The CRS given as "EPSG:n", WKT or a PROJ string, as WKT; error 5 (source "DataFile")
-/// when GDAL does not know it. Empty stays empty.
-std::string CrsAsWkt(const std::string& crs);
+/// The CRS given as "EPSG:n", WKT or a PROJ string, as WKT of the version named
+/// ("WKT2_2019", "WKT1" or "WKT1_ESRI"); error 5 (source "DataFile") when GDAL does not
+/// know it. Empty stays empty.
+std::string CrsAsWkt(const std::string& crs, const std::string& version = "WKT2_2019");
 
 /// The CRS's "EPSG:n" when it is one of EPSG's, otherwise empty.
 std::string CrsEpsgCode(const std::string& crs);
-
-/// The CRS as ESRI WKT, as a ".prj" file holds it.
-std::string CrsAsEsriWkt(const std::string& crs);
 
 }  // namespace orvane
