@@ -2,6 +2,7 @@
 // the levels, markers and hulls where a viewer expects them. Checked by pixels.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
 #include <cmath>
@@ -10,6 +11,7 @@
 #include <set>
 #include <string>
 #include <cstdlib>
+#include <filesystem>
 #include <vector>
 
 #include "control/fitting_zoom.h"
@@ -18,6 +20,7 @@
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
 #include "orvane/contour/contouring.h"
+#include "orvane/data/data_file.h"
 #include "orvane/render/faces.h"
 #include "orvane/render/marker.h"
 #include "orvane/render/view.h"
@@ -598,12 +601,18 @@ TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
       z.push_back(i >= 8 && i <= 12 && j >= 8 && j <= 12 ? std::nan("") : i / 20.0);
     }
   }
+  // The grid goes through a GeoTIFF, as a user's raster would.
+  const std::string tiff = (std::filesystem::temp_directory_path() / ("orvane_hole_" + std::to_string(::getpid()) + ".tif")).string();
+  WriteGridFile(tiff, ".tif", GridFile{x, y, z});
+  const DataFile file = ReadDataFile(tiff);
+  std::filesystem::remove(tiff);
+  ASSERT_EQ(file.BlankCount(), 25U);
   for (const bool is3D : {false, true}) {
     Control c(300, 300);
     BareViews(c);
     c.surface.SetPlotType(is3D ? orvPlotType3D : orvPlotType2D);
     DataSet& data = c.surface.DataSets().Item(0);
-    data.DataAsBlankedGridSet(x, y, z);
+    ShowDataFile(file, data);
     data.ViewMain().SetUseMasterProperties(true);
     data.ViewMain().ContourLinesMaster().SetColor(0x000000);
     c.surface.Contouring().SetAutoSetContoursType(orvAutoSetOff);

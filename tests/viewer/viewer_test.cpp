@@ -444,6 +444,26 @@ TEST_F(ViewerTest, TheProgramExportsAFileGivenOnItsCommandLineWithoutAWindow) {
   EXPECT_TRUE(bad.errors.contains(QStringLiteral("bad.xyz:2:"))) << bad.errors.toStdString();
   EXPECT_FALSE(QFile::exists(Path("never.png")));
 
+  // --export writes what its extension names, PNG or PDF, and refuses the others by name.
+  const QString pdf = Path("out.pdf");
+  EXPECT_EQ(RunViewer({QStringLiteral("--export"), pdf, QStringLiteral("--quit")}).status, 0);
+  QFile written(pdf);
+  ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+  EXPECT_EQ(written.read(5), QByteArray("%PDF-"));
+  const ProgramRun jpg = RunViewer({QStringLiteral("--export"), Path("out.jpg"), QStringLiteral("--quit")});
+  EXPECT_EQ(jpg.status, 2);
+  EXPECT_TRUE(jpg.errors.endsWith(QStringLiteral("orvane-viewer: ") + Path("out.jpg") +
+                                  QStringLiteral(": cannot export .jpg files; the viewer exports .png and .pdf\n")))
+      << jpg.errors.toStdString();
+  EXPECT_FALSE(QFile::exists(Path("out.jpg")));
+
+  // A grid with blank cells (what natural neighbour leaves beyond the data) opens and draws.
+  const QString holed = Write("holed.grd", "DSAA\n3 3\n0 2\n0 2\n1 9\n1 2 3\n4 1.70141e38 6\n7 8 9\n");
+  const QString map = Path("holed.png");
+  const ProgramRun blanks = RunViewer({holed, QStringLiteral("--export"), map, QStringLiteral("--quit")});
+  EXPECT_EQ(blanks.status, 0) << blanks.errors.toStdString();
+  EXPECT_GT(ColouredPixels(QImage(map)), 1000);
+
   const ProgramRun badSize = RunViewer({QStringLiteral("--size"), QStringLiteral("0x10"), QStringLiteral("--quit")});
   EXPECT_EQ(badSize.status, 2);
   EXPECT_TRUE(badSize.errors.contains(QStringLiteral("--size must be"))) << badSize.errors.toStdString();
