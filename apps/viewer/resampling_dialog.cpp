@@ -27,6 +27,7 @@ ResamplingSettings ResamplingSettings::Of(const Resampling& r) {
   s.sill = r.Kriging().Sill();
   s.tautness = r.NNGridR().Taughtness();
   s.gradients = r.NNGridR().UseGradients();
+  s.blankOutsideHull = r.BlankOutsideHull();
   return s;
 }
 
@@ -40,6 +41,7 @@ void ResamplingSettings::ApplyTo(Resampling& r) const {
   r.Kriging().SetSill(sill);
   r.NNGridR().SetTaughtness(tautness);
   r.NNGridR().SetUseGradients(gradients);
+  r.SetBlankOutsideHull(blankOutsideHull);
   r.SetResamplerType(type);
 }
 
@@ -76,6 +78,12 @@ ResamplingDialog::ResamplingDialog(const ResamplingSettings& settings, QWidget* 
   intervals_->setSuffix(tr(" intervals"));
   intervals_->setToolTip(tr("The grid has this many intervals along X and along Y."));
   common->addRow(tr("&Grid:"), intervals_);
+  blankOutsideHull_ = new QCheckBox(tr("Leave cells outside the data's hull &blank"));
+  blankOutsideHull_->setObjectName(QStringLiteral("blankOutsideHull"));
+  blankOutsideHull_->setToolTip(tr("Draw only where the points are: no values extrapolated beyond their convex hull."));
+  blankOutsideHull_->setChecked(settings.blankOutsideHull);
+  connect(blankOutsideHull_, &QCheckBox::clicked, this, [this] { blankTouched_ = true; });
+  common->addRow(QString(), blankOutsideHull_);
   layout->addLayout(common);
 
   constexpr double big = 1e12;
@@ -131,6 +139,9 @@ ResamplingDialog::ResamplingDialog(const ResamplingSettings& settings, QWidget* 
 
 void ResamplingDialog::showMethod(int index) {
   intervals_->setEnabled(index != 0);
+  blankOutsideHull_->setEnabled(index != 0);
+  // Natural neighbour knows nothing beyond the hull: blank there unless asked otherwise.
+  if (!blankTouched_ && index != 0 && index != initial_.type) blankOutsideHull_->setChecked(index == 3);
   for (int k = 0; k < 3; ++k) pages_[k]->setEnabled(index == k + 1);
 }
 
@@ -146,6 +157,7 @@ ResamplingSettings ResamplingDialog::settings() const {
   s.sill = sill_->value();
   s.tautness = tautness_->value();
   s.gradients = gradients_->isChecked();
+  s.blankOutsideHull = blankOutsideHull_->isChecked();
   return s;
 }
 

@@ -29,6 +29,7 @@ struct ResamplingSettings {
   double sill = 0.0;
   double tautness = 0.0;
   bool gradients = false;
+  bool blankOutsideHull = false;
 
   static ResamplingSettings Of(const Resampling& resampling);
   // Sets each value through its let (each may raise orvane::Error).
@@ -58,6 +59,8 @@ class ResamplingDialog : public QDialog {
   QDoubleSpinBox* sill_ = nullptr;
   QDoubleSpinBox* tautness_ = nullptr;
   QCheckBox* gradients_ = nullptr;
+  QCheckBox* blankOutsideHull_ = nullptr;
+  bool blankTouched_ = false;  // the user set it: a change of method leaves it
   QWidget* pages_[3] = {};
 };
 

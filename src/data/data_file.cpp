@@ -1,5 +1,5 @@
-// Reading and writing data files: Orvane's own readers for plain text and DSAA grids,
-// GDAL for every other raster and vector source, and for the grid formats written.
+// Reading and writing data files: Orvane's own reader for plain text, GDAL for every
+// raster and vector source, and for the grid formats written (CSV aside).
 //
 // GDAL's rasters are areas: a cell's value belongs to its centre, which is where the
 // grid node goes, so a raster of nx by ny cells is a grid of nx by ny nodes. Rows come
@@ -423,23 +423,6 @@ bool ReadGdal(const std::string& name, const DataReadOptions& options, DataFile&
   Fail(name + ": the file holds neither a raster nor features");
 }
 
-void ReadDsaa(const std::string& path, const DataReadOptions& options, DataFile& file) {
-  file.grid = ReadDsaaFile(path);
-  file.format = "DSAA";
-  file.isGrid = true;
-  if (options.noData) {
-    for (double& z : file.grid.z) {
-      if (z == *options.noData) z = kNan;
-    }
-  }
-  // A DSAA file names no CRS; GDAL keeps one beside it, in its ".aux.xml".
-  if (fs::exists(path + ".aux.xml")) {
-    QuietGdal quiet;
-    GDALDatasetUniquePtr source(GDALDataset::Open(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY));
-    if (source) file.crs = Wkt(source->GetSpatialRef());
-  }
-}
-
 // ---------------------------------------------------------------------------------------
 // Writing
 
@@ -484,48 +467,6 @@ void WriteCsv(std::ostream& out, const GridFile& g) {
   }
 }
 
-// Golden Software ASCII grid: "DSAA", the counts, the X, Y and Z ranges (of the values
-// that are not blank), then one line per grid row from the lowest Y up, X increasing
-// along the line; blank cells hold 1.70141e+38. Written here rather than by GDAL, whose
-// writer keeps 14 significant digits: every value reads back as the same double.
-void WriteDsaa(std::ostream& out, const GridFile& g) {
-  double z0 = kDsaaBlank, z1 = kDsaaBlank;
-  bool any = false;
-  for (double z : g.z) {
-    if (std::isnan(z)) continue;
-    z0 = any ? std::min(z0, z) : z;
-    z1 = any ? std::max(z1, z) : z;
-    any = true;
-  }
-  out << "DSAA\n" << g.x.size() << ' ' << g.y.size() << '\n'
-      << ShortestText(g.x.front()) << ' ' << ShortestText(g.x.back()) << '\n'
-      << ShortestText(g.y.front()) << ' ' << ShortestText(g.y.back()) << '\n'
-      << ShortestText(z0) << ' ' << ShortestText(z1) << '\n';
-  std::string line;
-  const std::size_t ny = g.y.size();
-  for (std::size_t j = 0; j < ny; ++j) {
-    line.clear();
-    for (std::size_t i = 0; i < g.x.size(); ++i) {
-      if (i > 0) line += ' ';
-      const double z = g.z[i * ny + j];
-      line += ShortestText(std::isnan(z) ? kDsaaBlank : z);
-    }
-    line += '\n';
-    out << line;
-  }
-}
-
-// The CRS of a DSAA file, which has no place for one, in GDAL's ".aux.xml" beside it.
-void WriteAuxCrs(const std::string& file, const std::string& path, const std::string& crs) {
-  QuietGdal quiet;
-  GDALDatasetUniquePtr grid(GDALDataset::Open(file.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY));
-  if (!grid) Fail(path + ": cannot write the coordinate system" + QuietGdal::Why());
-  const OGRSpatialReference srs = ParseCrs(crs);
-  grid->SetSpatialRef(&srs);
-  grid.reset();
-  if (!fs::exists(file + ".aux.xml")) Fail(path + ": cannot write the coordinate system" + QuietGdal::Why());
-}
-
 // A folder beside target for the files of one write; removed with what is left in it.
 class Staging {
  public:
@@ -557,7 +498,7 @@ void WriteRaster(const std::string& file, const std::string& path, const std::st
     Fail(path + ": the grid is too large for a raster");
   }
   QuietGdal quiet;
-  const char* driverName = extension == ".tif" ? "GTiff" : extension == ".nc" ? "netCDF" : "AAIGrid";
+  const char* driverName = extension == ".tif" ? "GTiff" : extension == ".nc" ? "netCDF" : extension == ".asc" ? "AAIGrid" : "GSAG";
   GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(driverName);
   GDALDriver* memory = GetGDALDriverManager()->GetDriverByName("MEM");
   if (driver == nullptr || memory == nullptr) Fail(path + ": GDAL has no " + driverName + " driver");
@@ -570,10 +511,10 @@ void WriteRaster(const std::string& file, const std::string& path, const std::st
     mem->SetSpatialRef(&srs);
   }
   // The no-data value: NaN in GeoTIFF, the NetCDF default fill, and -9999 in ESRI
-  // ASCII unless the data hold it.
+  // ASCII unless the data hold it; the DSAA writer puts its own blank for any.
   double noData = kNan;
   if (extension == ".nc") noData = 9.969209968386869e36;
-  if (extension == ".asc") {
+  if (extension == ".asc" || extension == ".grd") {
     noData = -9999.0;
     while (std::find(grid.z.begin(), grid.z.end(), noData) != grid.z.end()) noData = noData * 10.0 - 9.0;
   }
@@ -632,7 +573,7 @@ DataFile ReadDataFile(const std::string& name, const DataReadOptions& options) {
   if (exists && fs::is_directory(name)) {
     if (!ReadGdal(name, options, file)) Fail(name + ": cannot open a folder as data");
   } else if (exists && StartsWith(name, "DSAA")) {
-    ReadDsaa(name, options, file);
+    if (!ReadGdal(name, options, file)) Fail(name + ": not a readable DSAA grid" + QuietGdal::Why());
   } else if (exists && IsTextExtension(extension)) {
     ReadText(name, options, file);
   } else if (!ReadGdal(name, options, file)) {
@@ -698,20 +639,11 @@ void WriteGridFile(const std::string& path, const std::string& extension, const 
   if (!toOutput && fs::is_directory(target)) Fail(path + ": cannot replace the file (it is a folder)");
   Staging staging(folder, target.filename().string());
   const fs::path staged = staging.Path() / target.filename();
-  if (extension == ".csv" || extension == ".grd") {
-    if (extension == ".grd") {
-      EvenSpacing(grid.x, "X");
-      EvenSpacing(grid.y, "Y");
-    }
+  if (extension == ".csv") {
     std::ofstream out(staged, std::ios::binary);
-    if (extension == ".csv") {
-      WriteCsv(out, grid);
-    } else {
-      WriteDsaa(out, grid);
-    }
+    WriteCsv(out, grid);
     out.close();
     if (!out) Fail(path + ": cannot write the file (" + std::strerror(errno) + ")");
-    if (extension == ".grd" && !crs.empty() && !toOutput) WriteAuxCrs(staged.string(), path, crs);
   } else {
     WriteRaster(staged.string(), path, extension, grid, crs);
   }

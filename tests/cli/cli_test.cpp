@@ -453,7 +453,7 @@ TEST_F(Cli, GridWritesDsaaForEveryMethod) {
     EXPECT_EQ(lines[1], "5 5");
     EXPECT_EQ(lines[2], "0 2");
     EXPECT_EQ(lines[3], "0 1");
-    const orvane::GridFile grid = orvane::ReadDsaaFile(out);
+    const orvane::GridFile grid = orvane::ReadDataFile(out).grid;
     ASSERT_EQ(grid.z.size(), 25u);
     // Node (0, 0) and the middle of the first row (X = 1, Y = 0).
     EXPECT_NEAR(grid.z[0], 3.0, method.find("kriging --range") == 0 ? 1.0 : 1e-9) << method;
@@ -1178,10 +1178,13 @@ TEST_F(Cli, GridFilesGoThroughEveryCommandWithTheirBlanksAndCrs) {
   const nlohmann::json json = nlohmann::json::parse(Orvane("info --json " + grd).out);
   EXPECT_EQ(json["blanks"], 55);
   EXPECT_EQ(json["columns"], 11);
-  // The grid's own CSV and DSAA output read back as they are.
+  // The grid's own CSV and DSAA output read back as they are; the CRS carries through.
   const std::string csv = (dir_ / "t.csv").string();
-  ASSERT_EQ(Orvane("grid " + grd + " --method idw --intervals 10 -o " + csv).status, 0);
-  EXPECT_EQ(Orvane("info " + csv).status, 0);
+  ASSERT_EQ(Orvane("grid " + grd + " --method nn --intervals 10 -o " + csv).status, 0);
+  EXPECT_NE(Orvane("info " + csv).out.find("blank      55 cells\n"), std::string::npos);
+  const std::string tif = (dir_ / "t.tif").string();
+  ASSERT_EQ(Orvane("grid " + grd + " --method idw --intervals 10 -o " + tif).status, 0);
+  EXPECT_NE(Shell("gdalinfo " + tif).out.find("ID[\"EPSG\",28992]]"), std::string::npos);
   // Contours carry the grid's CRS into GeoJSON, where GDAL finds it.
   const std::string geojson = (dir_ / "t.geojson").string();
   const Outcome contour = Orvane("contour " + grd + " --count 5 -o " + geojson);

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <QCheckBox>
 #include <QProcess>
 #include <QProgressDialog>
 #include <QSpinBox>
@@ -28,6 +29,7 @@
 #include "color_map_icons.h"
 #include "orvane/data/data_file.h"
 #include "export_dialog.h"
+#include "resampling_dialog.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/control/surface.h"
 #include "orvane/core/color.h"
@@ -410,6 +412,24 @@ TEST(ViewerParts, TheExportSizeKeepsItsProportionsUnlessAskedNotTo) {
   EXPECT_EQ(dialog.size(), QSize(1600, 1200));
   height->setValue(30000);  // clamped to the largest picture
   EXPECT_EQ(height->value(), 16384);
+}
+
+TEST_F(ViewerTest, NaturalNeighbourBlanksBeyondTheHullUnlessTheBoxIsCleared) {
+  ResamplingDialog dialog(ResamplingSettings{});
+  auto* method = dialog.findChild<QComboBox*>(QStringLiteral("method"));
+  auto* blank = dialog.findChild<QCheckBox*>(QStringLiteral("blankOutsideHull"));
+  ASSERT_NE(method, nullptr);
+  ASSERT_NE(blank, nullptr);
+  method->setCurrentIndex(3);
+  EXPECT_TRUE(dialog.settings().blankOutsideHull);
+  method->setCurrentIndex(1);  // inverse distance extrapolates by default
+  EXPECT_FALSE(dialog.settings().blankOutsideHull);
+  blank->click();  // the user's choice stays whatever the method
+  method->setCurrentIndex(2);
+  EXPECT_TRUE(dialog.settings().blankOutsideHull);
+  DataSet data;
+  dialog.settings().ApplyTo(data.Resampling());
+  EXPECT_TRUE(data.Resampling().BlankOutsideHull());
 }
 
 // --- The program, as a script runs it ---------------------------------------------------

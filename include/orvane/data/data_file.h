@@ -25,7 +25,7 @@ struct DataReadOptions {
 /// Data read from a file: a grid, whose blank cells are NaN, or scattered points.
 struct DataFile {
   std::string name;    ///< the source as given (a path, or "file.nc:variable")
-  std::string format;  ///< what read it: "XYZ", "DSAA", or GDAL's driver ("GTiff", "netCDF", "GPKG", ...)
+  std::string format;  ///< what read it: "XYZ", or GDAL's driver ("GTiff", "netCDF", "GSAG", "GPKG", ...)
   bool isGrid = false;  ///< a grid (grid) or scattered points (points)
   GridFile grid;        ///< a grid's nodes, NaN in blank cells
   XyzPoints points;     ///< scattered points, exact duplicates merged into their mean Z
@@ -40,13 +40,12 @@ struct DataFile {
 };
 
 /// Reads a data file, the one way in for the command, the viewer and the bindings.
-/// DSAA grids and plain text (.xyz, .csv, .txt, .dat, .tsv) are read by Orvane's own
-/// readers; any other raster GDAL opens (GeoTIFF, NetCDF with "file.nc:variable", ESRI
-/// ASCII, ERDAS, ...) is a grid, honouring its no-data value, scale, offset, geotransform
-/// and CRS; a vector source (GeoPackage, Shapefile, GeoJSON) gives its points, Z from
+/// Plain text (.xyz, .csv, .txt, .dat, .tsv) is read by Orvane's XYZ reader; any raster
+/// GDAL opens (GeoTIFF, NetCDF with "file.nc:variable", ESRI ASCII, DSAA, ERDAS, ...) is
+/// a grid, honouring its no-data value, scale, offset, geotransform and CRS; a vector source (GeoPackage, Shapefile, GeoJSON) gives its points, Z from
 /// zField or the geometry. Text rows with an empty Z are no data; when they and the
 /// others together fill a regular lattice the file is a grid with those cells blank.
-/// Errors raise error 5, source "DataFile" (or the text readers' own), naming the file;
+/// Errors raise error 5, source "DataFile" (or the text reader's own), naming the file;
 /// a source with no points raises "FILE: no points were found ...".
 DataFile ReadDataFile(const std::string& name, const DataReadOptions& options = {});
 
