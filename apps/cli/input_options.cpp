@@ -1,8 +1,8 @@
 #include "input_options.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <iostream>
-#include <regex>
 
 #include "orvane/core/error.h"
 
@@ -13,11 +13,11 @@ namespace {
 // The option that helps with a file the readers refused, added to their message.
 std::string Hint(const Error& e) {
   const std::string& text = e.Description();
-  static const std::regex fields("found ([0-9]+) fields");
-  std::smatch match;
-  if (e.Source() == "XyzFile" && std::regex_search(text, match, fields)) {
-    return std::stoi(match[1].str()) > 3 ? "; pick the X, Y and Z columns with --columns X,Y,Z"
-                                          : "; leave out rows with missing values with --skip-invalid";
+  // "...: expected 3 numbers (X, Y, Z), found 4 fields"
+  const std::size_t found = text.rfind(", found ");
+  if (e.Source() == "XyzFile" && found != std::string::npos && text.find(" fields", found) != std::string::npos) {
+    return std::atoi(text.c_str() + found + 8) > 3 ? "; pick the X, Y and Z columns with --columns X,Y,Z"
+                                                    : "; leave out rows with missing values with --skip-invalid";
   }
   if (e.Source() == "XyzFile" && (text.find("is not three numbers") != std::string::npos ||
                                   text.find("must be finite numbers") != std::string::npos)) {
