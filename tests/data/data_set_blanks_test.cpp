@@ -44,7 +44,7 @@ struct Holed {
 TEST(DataSetBlanks, HolesLeaveTheMeshTheLimitsAndTheInterpolation) {
   const Holed g;
   DataSet data;
-  // The described setter keeps refusing NaN; the blanked one takes it as no data.
+  // The plain setter keeps refusing NaN; the blanked one takes it as no data.
   EXPECT_ORVANE_ERROR(data.DataAsRectangularGridSet(g.x, g.y, g.z), 5, "Orvadis.Dataset",
                       "The Z values contain NaN (not a number).");
   data.DataAsBlankedGridSet(g.x, g.y, g.z);
@@ -151,7 +151,7 @@ TEST(DataSetBlanks, TheResampledGridIsBlankBeyondTheDataHull) {
   r.SetBlankOutsideHull(false);
   PropertyBag off;
   r.WriteProperties(off, "R.");
-  EXPECT_FALSE(off.Contains("R.BlankOutsideHull"));  // absent: the described extrapolation
+  EXPECT_FALSE(off.Contains("R.BlankOutsideHull"));  // absent: the grid extrapolates, as before
 }
 
 }  // namespace
