@@ -3,7 +3,7 @@
 # packages that are missing are installed, and the package lists are refreshed
 # once, only when something has to be installed.
 #   --bench  installs only the peers the benchmarks and comparisons use (CGAL, contourpy,
-#            matplotlib); the tests compare with them where they are present
+#            matplotlib, R's gstat); the tests compare with them where they are present
 set -euo pipefail
 
 packages=(
@@ -37,7 +37,7 @@ packages=(
 )
 
 if [[ "${1:-}" == "--bench" ]]; then
-  packages=(libcgal-dev python3-contourpy python3-matplotlib)
+  packages=(libcgal-dev python3-contourpy python3-matplotlib r-cran-gstat)
 fi
 
 missing=()

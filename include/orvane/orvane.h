@@ -34,4 +34,5 @@
 #include "orvane/render/marker.h"
 #include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
+#include "orvane/resample/variogram.h"
 #include "orvane/version.h"
