@@ -17,5 +17,7 @@ void AddContourCommand(CLI::App& app);
 void AddGridCommand(CLI::App& app);
 // orvane render [FILE | --sample] -o OUT.png [options]: a plot of the data as PNG.
 void AddRenderCommand(CLI::App& app);
+// orvane variogram FILE [--json]: the experimental semi-variogram and the fitted models.
+void AddVariogramCommand(CLI::App& app);
 
 }  // namespace orvane::cli

@@ -2,15 +2,50 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <iostream>
+#include <vector>
 
 #include "numbers.h"
 #include "orvane/core/error.h"
+#include "orvane/resample/variogram.h"
 
 namespace orvane::cli {
 
 namespace {
 
 void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
+
+// The model the data's variogram fits best, told on standard error. The variogram of more
+// than 5,000 points is taken from every k-th, which keeps its pairs below 12.5 million.
+void FitKriging(const std::string& file, const XyzPoints& points, Kriging& kriging) {
+  constexpr std::size_t kMostPoints = 5000;
+  const std::size_t step = (points.x.size() + kMostPoints - 1) / kMostPoints;
+  std::vector<double> x, y, z;
+  for (std::size_t k = 0; k < points.x.size(); k += step) {
+    x.push_back(points.x[k]);
+    y.push_back(points.y[k]);
+    z.push_back(points.z[k]);
+  }
+  VariogramModel best;
+  try {
+    best = FitVariograms(ExperimentalVariogram(x, y, z)).front();
+  } catch (const Error& e) {
+    std::cerr << "orvane: " << file << ": no variogram could be fitted (" << e.Description()
+              << "); kriging with the linear model, nugget 1 and sill 2\n";
+    return;
+  }
+  kriging.SetModelSemiVariogram(best.model);
+  kriging.SetNugget(best.nugget);
+  kriging.SetSill(best.nugget + best.psill);
+  kriging.SetAutoSetRange(false);
+  kriging.SetRange(best.range);
+  char text[160];
+  std::snprintf(text, sizeof text, "model: nugget %.6g, sill %.6g, range %.6g", best.nugget, best.nugget + best.psill,
+                best.range);
+  std::cerr << "orvane: kriging with the fitted " << best.Name() << " " << text << " (orvane variogram " << file
+            << " shows the fit)\n";
+}
 
 }  // namespace
 
@@ -27,7 +62,9 @@ void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string
   o.given["--ymax"] = command.add_option("--ymax", o.yMax, "Grid Y maximum");
   o.given["--power"] = command.add_option("--power", o.power, "idw: power P of the squared distance: weights 1 / d^(2P), so the default 2 weighs by the "
                                                    "distance to the fourth (gdal_grid's power=4)");
-  o.given["--model"] = command.add_option("--model", o.model, "kriging: linear, spherical, exponential or gaussian")
+  o.given["--model"] = command.add_option("--model", o.model,
+                                          "kriging: linear, spherical, exponential or gaussian (default, with no "
+                                          "--nugget, --sill or --range either: the model the data's variogram fits best)")
                            ->check(CLI::IsMember({"linear", "spherical", "exponential", "gaussian"}));
   o.given["--nugget"] = command.add_option("--nugget", o.nugget, "kriging: nugget, 0 or more (default 1)");
   o.given["--sill"] = command.add_option("--sill", o.sill, "kriging: total sill, not below the nugget (default 2)");
@@ -100,9 +137,12 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
     kriging.SetAutoSetRange(false);
     kriging.SetRange(o.range);
   }
+  if (o.method == "kriging" && !o.Given("--model") && !o.Given("--nugget") && !o.Given("--sill") && !o.Given("--range")) {
+    FitKriging(file, points, kriging);
+  }
   kriging.SetBlockMode(!o.noBlock);
   settings.NNGridR().SetUseGradients(o.gradients);
-  settings.NNGridR().SetTaughtness(o.tautness);
+  settings.NNGridR().SetTautness(o.tautness);
 }
 
 }  // namespace orvane::cli

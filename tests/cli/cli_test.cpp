@@ -1303,4 +1303,30 @@ TEST_F(Cli, NaturalNeighbourMapsStopAtTheDataHullUnlessTheyExtrapolate) {
             "orvane: --blank-outside-hull applies with --resample only\n");
 }
 
+
+TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
+  const std::string meuse = std::string(ORVANE_SHARED_DATA) + "/meuse.csv";
+  const Outcome run = Orvane("variogram --json " + meuse);
+  ASSERT_EQ(run.status, 0) << run.out;
+  const nlohmann::json v = nlohmann::json::parse(run.out);
+  ASSERT_EQ(v["bins"].size(), 15u);
+  EXPECT_EQ(v["bins"][0]["pairs"], 57);
+  EXPECT_NEAR(v["bins"][0]["distance"].get<double>(), 79.292437455826644, 1e-9);
+  ASSERT_EQ(v["models"].size(), 4u);
+  EXPECT_EQ(v["models"][0]["model"], "exponential");
+  for (std::size_t k = 1; k < 4; ++k) EXPECT_LE(v["models"][k - 1]["sse"].get<double>(), v["models"][k]["sse"].get<double>());
+  const Outcome text = Orvane("variogram " + meuse);
+  EXPECT_NE(text.out.find("79.2924       37363         57\n"), std::string::npos) << text.out;
+  EXPECT_NE(text.out.find("exponential  9486.6        163285        1145.13       1.79147e+06\n"), std::string::npos) << text.out;
+  // Kriging without a model takes the best fit, and says so; a given model wins.
+  const std::string out = (dir_ / "k.csv").string();
+  const Outcome fitted = Orvane("grid " + meuse + " --method kriging --intervals 4 -o " + out);
+  ASSERT_EQ(fitted.status, 0) << fitted.out;
+  EXPECT_NE(fitted.out.find("orvane: kriging with the fitted exponential model: nugget 9486.6, sill 172772, range 1145.13"),
+            std::string::npos)
+      << fitted.out;
+  const Outcome given = Orvane("grid " + meuse + " --method kriging --model spherical --nugget 0 --sill 1 --intervals 4 -o " + out);
+  EXPECT_EQ(given.out.find("fitted"), std::string::npos) << given.out;
+}
+
 }  // namespace

@@ -220,12 +220,14 @@ TEST(Kriging, DefaultsEventsAndTheRangeAndSillReadingAsymmetry) {
 TEST(NNGridR, PublicParametersAndTheirGluedKeys) {
   Resampling r;
   testing::EventRecorder events(r.PropertyChanged);
-  r.NNGridR().SetTaughtness(3);
+  r.NNGridR().SetTautness(3);  // the alias the command's --tautness matches
   r.NNGridR().SetUseGradients(true);
   r.Kriging().SetNugget(0.5);
   EXPECT_EQ(events.names, (std::vector<std::string>{"NNGridR.Taughtness", "NNGridR.UseGradients",
                                                     "Kriging.Nugget"}));
+  EXPECT_EQ(r.NNGridR().Taughtness(), 3);
   EXPECT_ORVANE_ERROR(r.NNGridR().SetTaughtness(-1), 5, "Orvada.NNGridR");
+  EXPECT_ORVANE_ERROR(r.NNGridR().SetTautness(-1), 5, "Orvada.NNGridR");
   PropertyBag bag;
   r.WriteProperties(bag, "Resampling.");
   EXPECT_EQ(bag.ReadProperty("Resampling.NNGridrBI", 0.0), 3);

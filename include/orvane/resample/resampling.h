@@ -123,6 +123,10 @@ class NNGridR {
   double Taughtness() const noexcept;
   /// Lets it (finite, not below 0); raises "Taughtness".
   void SetTaughtness(double value);
+  /// Taughtness under the name the command's --tautness uses.
+  double Tautness() const noexcept { return Taughtness(); }
+  /// SetTaughtness under that name (the same checks, the same "Taughtness" event).
+  void SetTautness(double value) { SetTaughtness(value); }
   /// "Returns or sets whether blended gradients will be used." ("IGrad", False)
   bool UseGradients() const noexcept;
   /// Lets it; raises "UseGradients".
