@@ -6,10 +6,12 @@
 #include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
 #include <limits>
+#include <utility>
 
 #include "orvane/resample/resampling.h"
 
@@ -59,8 +61,8 @@ QDoubleSpinBox* NumberBox(double value, double min, double max, int decimals, co
 
 }  // namespace
 
-ResamplingDialog::ResamplingDialog(const ResamplingSettings& settings, QWidget* parent)
-    : QDialog(parent), initial_(settings) {
+ResamplingDialog::ResamplingDialog(const ResamplingSettings& settings, QWidget* parent, Fitter fitter)
+    : QDialog(parent), initial_(settings), fitter_(std::move(fitter)) {
   setWindowTitle(tr("Resampling Options"));
   auto* layout = new QVBoxLayout(this);
 
@@ -112,6 +114,12 @@ ResamplingDialog::ResamplingDialog(const ResamplingSettings& settings, QWidget* 
   krigingForm->addRow(tr("&Sill:"), sill_);
   connect(autoRange_, &QCheckBox::toggled, range_, &QWidget::setDisabled);
   range_->setDisabled(settings.autoRange);
+  fit_ = new QPushButton(tr("&Fit to Data"));
+  fit_->setObjectName(QStringLiteral("fitToData"));
+  fit_->setToolTip(tr("The model, nugget, sill and range that fit the data's variogram best (weighted least squares)."));
+  fit_->setEnabled(static_cast<bool>(fitter_));
+  connect(fit_, &QPushButton::clicked, this, &ResamplingDialog::fitToData);
+  krigingForm->addRow(QString(), fit_);
 
   auto* nn = new QGroupBox(tr("Natural neighbour"));
   auto* nnForm = new QFormLayout(nn);
@@ -143,6 +151,20 @@ void ResamplingDialog::showMethod(int index) {
   // Natural neighbour knows nothing beyond the hull: blank there unless asked otherwise.
   if (!blankTouched_ && index != 0 && index != initial_.type) blankOutsideHull_->setChecked(index == 3);
   for (int k = 0; k < 3; ++k) pages_[k]->setEnabled(index == k + 1);
+}
+
+void ResamplingDialog::fitToData() {
+  if (!fitter_) return;
+  const std::optional<VariogramModel> best = fitter_();
+  if (!best) {
+    fit_->setToolTip(tr("No variogram could be fitted to these data."));
+    return;
+  }
+  model_->setCurrentIndex(best->model);
+  autoRange_->setChecked(false);
+  nugget_->setValue(best->nugget);
+  sill_->setValue(best->nugget + best->psill);
+  range_->setValue(best->range);
 }
 
 ResamplingSettings ResamplingDialog::settings() const {

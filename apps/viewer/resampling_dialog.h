@@ -6,6 +6,10 @@
 #include <QDialog>
 
 #include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "orvane/resample/variogram.h"
 
 namespace orvane {
 class Resampling;
@@ -13,6 +17,7 @@ class Resampling;
 class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
+class QPushButton;
 class QSpinBox;
 
 namespace orvane::viewer {
@@ -42,13 +47,19 @@ class ResamplingDialog : public QDialog {
   Q_OBJECT
 
  public:
-  ResamplingDialog(const ResamplingSettings& settings, QWidget* parent = nullptr);
+  // Finds the model that fits the data's variogram best; nothing when it cannot.
+  using Fitter = std::function<std::optional<VariogramModel>()>;
+  // With a fitter, the kriging page's "Fit to Data" fills in its model.
+  ResamplingDialog(const ResamplingSettings& settings, QWidget* parent = nullptr, Fitter fitter = {});
   ResamplingSettings settings() const;
 
  private:
   void showMethod(int index);
+  void fitToData();
 
   ResamplingSettings initial_;
+  Fitter fitter_;
+  QPushButton* fit_ = nullptr;
   QComboBox* method_ = nullptr;
   QSpinBox* intervals_ = nullptr;
   QDoubleSpinBox* power_ = nullptr;

@@ -61,6 +61,7 @@
 #include "orvane/render/marker.h"
 #include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
+#include "orvane/resample/variogram.h"
 #include "resampling_dialog.h"
 
 namespace orvane::viewer {
@@ -782,7 +783,26 @@ void ViewerWindow::applyResampling(const ResamplingSettings& wanted, const Resam
 void ViewerWindow::editResamplingOptions() {
   Resampling& resampling = plot_->surface().DataSets().Item(0).Resampling();
   const ResamplingSettings before = ResamplingSettings::Of(resampling);
-  ResamplingDialog dialog(before, this);
+  ResamplingDialog::Fitter fitter;
+  if (data_ && !data_->isGrid) {
+    // The variogram of at most 5,000 of the points (every k-th), as the command takes it.
+    fitter = [this]() -> std::optional<VariogramModel> {
+      const XyzPoints& p = data_->points;
+      const std::size_t step = (p.x.size() + 4999) / 5000;
+      std::vector<double> x, y, z;
+      for (std::size_t k = 0; k < p.x.size(); k += step) {
+        x.push_back(p.x[k]);
+        y.push_back(p.y[k]);
+        z.push_back(p.z[k]);
+      }
+      try {
+        return FitVariograms(ExperimentalVariogram(x, y, z)).front();
+      } catch (const Error&) {
+        return std::nullopt;
+      }
+    };
+  }
+  ResamplingDialog dialog(before, this, std::move(fitter));
   if (dialog.exec() == QDialog::Accepted) applyResampling(dialog.settings(), before);
 }
 

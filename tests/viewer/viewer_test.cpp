@@ -14,6 +14,7 @@
 #include <QMouseEvent>
 #include <QCheckBox>
 #include <QProcess>
+#include <QPushButton>
 #include <QProgressDialog>
 #include <QSpinBox>
 #include <QTemporaryDir>
@@ -41,6 +42,7 @@
 #include "orvane/render/cursor.h"
 #include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
+#include "orvane/resample/variogram.h"
 #include "viewer_window.h"
 
 namespace orvane::viewer {
@@ -414,7 +416,7 @@ TEST(ViewerParts, TheExportSizeKeepsItsProportionsUnlessAskedNotTo) {
   EXPECT_EQ(height->value(), 16384);
 }
 
-TEST_F(ViewerTest, NaturalNeighbourBlanksBeyondTheHullUnlessTheBoxIsCleared) {
+TEST_F(ViewerTest, TheResamplingDialogBlanksNaturalNeighbourAndFitsKrigingToTheData) {
   ResamplingDialog dialog(ResamplingSettings{});
   auto* method = dialog.findChild<QComboBox*>(QStringLiteral("method"));
   auto* blank = dialog.findChild<QCheckBox*>(QStringLiteral("blankOutsideHull"));
@@ -430,6 +432,19 @@ TEST_F(ViewerTest, NaturalNeighbourBlanksBeyondTheHullUnlessTheBoxIsCleared) {
   DataSet data;
   dialog.settings().ApplyTo(data.Resampling());
   EXPECT_TRUE(data.Resampling().BlankOutsideHull());
+
+  // "Fit to Data" fills the kriging page with the fitter's model; without one it is off.
+  EXPECT_FALSE(dialog.findChild<QPushButton*>(QStringLiteral("fitToData"))->isEnabled());
+  ResamplingDialog fitted(ResamplingSettings{}, nullptr,
+                          [] { return std::optional<VariogramModel>(VariogramModel{2, 10.0, 90.0, 450.0, 0.0}); });
+  fitted.findChild<QComboBox*>(QStringLiteral("method"))->setCurrentIndex(2);  // kriging
+  fitted.findChild<QPushButton*>(QStringLiteral("fitToData"))->click();
+  const ResamplingSettings s = fitted.settings();
+  EXPECT_EQ(s.model, 2);
+  EXPECT_FALSE(s.autoRange);
+  EXPECT_EQ(s.nugget, 10.0);
+  EXPECT_EQ(s.sill, 100.0);
+  EXPECT_EQ(s.range, 450.0);
 }
 
 // --- The program, as a script runs it ---------------------------------------------------
