@@ -25,6 +25,20 @@ void BM_InverseDistance(benchmark::State& state) {
 // Power 2 is the default (weights 1 / r^4); power 1 weights by 1 / r^2.
 BENCHMARK(BM_InverseDistance)->Args({100000, 2})->Args({100000, 1})->Unit(benchmark::kMillisecond);
 
+// Local inverse distance: 1,000,000 points in a 1000 x 1000 square onto 201 x 201 nodes,
+// the 32 nearest within 20 (idw_vs_gdal_grid.sh times the command against gdal_grid).
+void BM_InverseDistanceLocal(benchmark::State& state) {
+  auto p = orvane::bench::RandomPoints(1000000, 11);
+  for (double& v : p.x) v *= 1000.0;
+  for (double& v : p.y) v *= 1000.0;
+  std::vector<double> grid(201);
+  for (std::size_t k = 0; k < grid.size(); ++k) grid[k] = 5.0 * static_cast<double>(k);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(orvane::InverseDistanceResampler::LocalGrid(grid, grid, p.x, p.y, p.z, 1.0, 32, 20.0));
+  }
+}
+BENCHMARK(BM_InverseDistanceLocal)->Unit(benchmark::kMillisecond);
+
 }  // namespace
 
 // Ordinary kriging onto a 101 x 101 grid: spherical model, nugget 1, sill 2, range 1.

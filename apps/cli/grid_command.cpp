@@ -59,19 +59,18 @@ void RunGrid(const GridOptions& options) {
   if (!toOutput) OutputFile(options.output);
   const DataFile source = ReadData(options.file, options.input);
   const XyzPoints points = PointsOf(source);
-  DataSet data;
-  ConfigureResampling(options.resample, options.file, points, data.Resampling());
+  Resampling settings;
+  ConfigureResampling(options.resample, options.file, points, settings);
   const bool natural = options.resample.method == "nn";
-  data.Resampling().SetBlankOutsideHull(options.blankOutsideHull || (natural && !options.extrapolate));
-  data.DataAsSparseGridSet(points.x, points.y, points.z);
+  settings.SetBlankOutsideHull(options.blankOutsideHull || (natural && !options.extrapolate));
 
   GridFile grid;
   {
     InterruptGuard guard;
     ProgressBar bar;
-    data.SetResamplingProgress([&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); });
-    grid = data.ResampledGrid();
-    data.SetResamplingProgress(nullptr);
+    // The points go straight to the resampler: no data set, so no triangulation of them.
+    grid = ResampleGrid(settings, points.x, points.y, points.z,
+                        [&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); });
   }
   WriteGridFile(options.output, extension, grid, !givenCrs.empty() ? givenCrs : source.crs);
 }

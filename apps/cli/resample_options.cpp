@@ -62,6 +62,10 @@ void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string
   o.given["--ymax"] = command.add_option("--ymax", o.yMax, "Grid Y maximum");
   o.given["--power"] = command.add_option("--power", o.power, "idw: power P of the squared distance: weights 1 / d^(2P), so the default 2 weighs by the "
                                                    "distance to the fourth (gdal_grid's power=4)");
+  o.given["--max-points"] = command.add_option("--max-points", o.maxPoints,
+                                               "idw: weigh only the N nearest points (found in a k-d tree; default: all)");
+  o.given["--radius"] = command.add_option("--radius", o.radius,
+                                           "idw: weigh only points within R; a node with none is blank (default: no limit)");
   o.given["--model"] = command.add_option("--model", o.model,
                                           "kriging: linear, spherical, exponential or gaussian (default, with no "
                                           "--nugget, --sill or --range either: the model the data's variogram fits best)")
@@ -82,7 +86,7 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
       {"linear", orvKrigingMSVLinear}, {"spherical", orvKrigingMSVSpherical},
       {"exponential", orvKrigingMSVExponential}, {"gaussian", orvKrigingMSVGaussian}};
   const std::map<std::string, std::string> belongsTo{
-      {"--power", "idw"}, {"--model", "kriging"}, {"--nugget", "kriging"}, {"--sill", "kriging"},
+      {"--power", "idw"}, {"--max-points", "idw"}, {"--radius", "idw"}, {"--model", "kriging"}, {"--nugget", "kriging"}, {"--sill", "kriging"},
       {"--range", "kriging"}, {"--no-block", "kriging"}, {"--gradients", "nn"}, {"--tautness", "nn"}};
   for (const auto& [option, method] : belongsTo) {
     if (o.Given(option) && method != o.method) Refuse(option + " applies to " + o.flag + " " + method + " only.");
@@ -129,6 +133,10 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
     }
   }
   settings.InverseDistance().SetWeightingPower(o.power);
+  if (o.maxPoints < 0 || o.maxPoints > 100000000) Refuse("--max-points must be between 0 (all) and 100000000");
+  if (!(std::isfinite(o.radius) && o.radius >= 0.0)) Refuse("--radius must be a finite distance of 0 (no limit) or more");
+  settings.InverseDistance().SetMaxPoints(static_cast<std::int32_t>(o.maxPoints));
+  settings.InverseDistance().SetRadius(o.radius);
   Kriging& kriging = settings.Kriging();
   kriging.SetModelSemiVariogram(kModels.at(o.model));
   kriging.SetNugget(o.nugget);

@@ -28,6 +28,8 @@ struct ResampleOptions {
   std::int64_t intervals = 10;
   double xMin = 0, xMax = 0, yMin = 0, yMax = 0;
   double power = 2.0;
+  std::int64_t maxPoints = 0;  // idw: the nearest points weighed, 0 for all
+  double radius = 0.0;         // idw: the search radius, 0 for none
   std::string model = "linear";
   double nugget = 1.0, sill = 2.0, range = 1.0;
   bool noBlock = false;

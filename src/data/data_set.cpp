@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <span>
 #include <string>
 #include <utility>
@@ -108,6 +109,31 @@ bool FindInterval(const std::vector<double>& g, double v, std::size_t& index, do
 
 }  // namespace
 
+GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, std::span<const double> y,
+                      std::span<const double> z, const ResamplingProgress& progress) {
+  const std::size_t n = x.size();
+  if (y.size() != n || z.size() != n) throw Error(5, kSource, kUpperBoundsMessage);
+  if (n > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) throw Error(5, kSource, kUpperBoundsMessage);
+  CheckValues(x, "X");
+  CheckValues(y, "Y");
+  CheckValues(z, "Z");
+  if (n == 0) throw Error(5, kSource, "The data set holds no data to resample.");
+  const auto [x0, x1] = std::minmax_element(x.begin(), x.end());
+  const auto [y0, y1] = std::minmax_element(y.begin(), y.end());
+  settings.SetDataLimits(*x0, *x1, *y0, *y1);
+  std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(settings);
+  resampler->SetProgressCallback(progress);
+  std::vector<double> hullX, hullY;
+  if (settings.BlankOutsideHull()) detail::ConvexHull(x, y, hullX, hullY);
+  resampler->SetInputData(static_cast<std::int32_t>(n), std::vector<double>(x.begin(), x.end()),
+                          std::vector<double>(y.begin(), y.end()), std::vector<double>(z.begin(), z.end()));
+  GridFile grid;
+  resampler->GetOutputData(grid.x, grid.y, grid.z);
+  CheckValues(grid.z, "resampled Z", true);  // NaN: a node the resampler leaves blank
+  if (settings.BlankOutsideHull()) detail::BlankOutside(hullX, hullY, grid.x, grid.y, grid.z);
+  return grid;
+}
+
 // ---------------------------------------------------------------------------------------
 // State
 
@@ -180,14 +206,8 @@ void DataSetState::NormaliseDataHull() {
 
 void DataSetState::Resample() {
   // The grid is made in full before anything of the data set changes, its limits
-  // included, so that a resampler's error leaves the data set as it was.
-  double xMin = 0.0, xMax = 0.0, yMin = 0.0, yMax = 0.0, unusedRange = 0.0;
-  AxisLimits(inputX, pointCount, xMin, xMax, unusedRange);
-  AxisLimits(inputY, pointCount, yMin, yMax, unusedRange);
-  resampling.SetDataLimits(xMin, xMax, yMin, yMax);
-  std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(resampling);
-  resampler->SetProgressCallback(progress ? progress : ownProgress);
-  // A grid's blank cells are no data to resample from.
+  // included, so that a resampler's error leaves the data set as it was. A grid's blank
+  // cells are no data to resample from.
   std::vector<double> px, py, pz;
   const auto n = static_cast<std::size_t>(pointCount);
   for (std::size_t k = 0; k < n; ++k) {
@@ -197,18 +217,10 @@ void DataSetState::Resample() {
     pz.push_back(inputZ[k]);
   }
   if (px.empty()) throw Error(5, kSource, "Every cell of the grid is blank: there is nothing to resample.");
-  const auto used = static_cast<std::int32_t>(px.size());
-  std::vector<double> hullX, hullY;
-  if (resampling.BlankOutsideHull()) ConvexHull(px, py, hullX, hullY);
-  resampler->SetInputData(used, std::move(px), std::move(py), std::move(pz));
-  std::vector<double> x, y, z;
-  resampler->GetOutputData(x, y, z);
-  CheckValues(z, "resampled Z");
-  if (resampling.BlankOutsideHull()) BlankOutside(hullX, hullY, x, y, z);
-
-  gridX = std::move(x);
-  gridY = std::move(y);
-  resampledZ = std::move(z);
+  GridFile grid = ResampleGrid(resampling, px, py, pz, progress ? progress : ownProgress);
+  gridX = std::move(grid.x);
+  gridY = std::move(grid.y);
+  resampledZ = std::move(grid.z);
   resampled = true;
   AxisLimits(gridX, static_cast<std::int32_t>(gridX.size()), min[0], max[0], range[0]);
   AxisLimits(gridY, static_cast<std::int32_t>(gridY.size()), min[1], max[1], range[1]);

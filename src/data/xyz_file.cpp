@@ -336,41 +336,51 @@ XyzPoints ReadXyzFile(const std::string& path, const XyzReadOptions& options) {
 
 std::size_t MergeDuplicatePoints(XyzPoints& points) {
   const std::size_t n = points.x.size();
-  // Each place kept: its first point, the sum of its Z and how many points it had.
-  std::vector<std::size_t> first;
-  std::vector<double> sum;
-  std::vector<std::size_t> count;
-  std::map<std::pair<double, double>, std::size_t> placeOf;
-  for (std::size_t i = 0; i < n; ++i) {
-    // -0 and 0 are one place; a NaN place is never the same as another.
-    const bool comparable = !std::isnan(points.x[i]) && !std::isnan(points.y[i]);
-    if (comparable) {
-      const auto found = placeOf.find({points.x[i] + 0.0, points.y[i] + 0.0});
-      if (found != placeOf.end()) {
-        sum[found->second] += points.z[i];
-        ++count[found->second];
-        continue;
-      }
-      placeOf.emplace(std::pair{points.x[i] + 0.0, points.y[i] + 0.0}, first.size());
+  // The points in order of place (-0 and 0 one place), then of their position in the
+  // file: each run of one place starts with the point that stands for it, and its Z add
+  // up in file order. A NaN place is never the same as another.
+  std::vector<std::size_t> order(n);
+  for (std::size_t i = 0; i < n; ++i) order[i] = i;
+  const auto place = [&points](std::size_t i) { return std::pair{points.x[i] + 0.0, points.y[i] + 0.0}; };
+  const auto comparable = [&points](std::size_t i) { return !std::isnan(points.x[i]) && !std::isnan(points.y[i]); };
+  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    const bool ca = comparable(a), cb = comparable(b);
+    if (ca != cb) return ca;  // the NaN places last, each alone
+    if (ca && place(a) != place(b)) return place(a) < place(b);
+    return a < b;
+  });
+  std::vector<double> mean(n, 0.0);
+  std::vector<bool> kept(n, false);
+  std::size_t keptCount = 0;
+  for (std::size_t r = 0; r < n;) {
+    const std::size_t first = order[r];
+    double sum = points.z[first];
+    std::size_t end = r + 1;
+    while (end < n && comparable(first) && comparable(order[end]) && place(order[end]) == place(first)) {
+      sum += points.z[order[end]];
+      ++end;
     }
-    first.push_back(i);
-    sum.push_back(points.z[i]);
-    count.push_back(1);
+    const std::size_t count = end - r;
+    mean[first] = count == 1 ? sum : sum / static_cast<double>(count);
+    kept[first] = true;
+    ++keptCount;
+    r = end;
   }
-  const std::size_t kept = first.size();
-  if (kept == n) return 0;
+  if (keptCount == n) return 0;
   XyzPoints merged;
   merged.skipped = points.skipped;
-  merged.x.reserve(kept);
-  merged.y.reserve(kept);
-  merged.z.reserve(kept);
-  for (std::size_t k = 0; k < kept; ++k) {
-    merged.x.push_back(points.x[first[k]]);
-    merged.y.push_back(points.y[first[k]]);
-    merged.z.push_back(count[k] == 1 ? sum[k] : sum[k] / static_cast<double>(count[k]));
+  merged.blanks = points.blanks;
+  merged.x.reserve(keptCount);
+  merged.y.reserve(keptCount);
+  merged.z.reserve(keptCount);
+  for (std::size_t i = 0; i < n; ++i) {
+    if (!kept[i]) continue;
+    merged.x.push_back(points.x[i]);
+    merged.y.push_back(points.y[i]);
+    merged.z.push_back(mean[i]);
   }
   points = std::move(merged);
-  return n - kept;
+  return n - keptCount;
 }
 
 }  // namespace orvane

@@ -114,6 +114,13 @@ class InverseDistanceResampler : public InterpolatorBase {
                                   const std::vector<double>& xs, const std::vector<double>& ys,
                                   const std::vector<double>& zs, double power,
                                   const ProgressCallback& progress = {});
+  // The same from a search neighbourhood: at each node the maxPoints nearest points (all
+  // when 0) within radius (no limit when 0), found in a k-d tree, weighed by the rule
+  // above from the nearest out. A node with no point in range is NaN (blank).
+  static std::vector<double> LocalGrid(const std::vector<double>& gridX, const std::vector<double>& gridY,
+                                       const std::vector<double>& xs, const std::vector<double>& ys,
+                                       const std::vector<double>& zs, double power, std::int32_t maxPoints,
+                                       double radius, const ProgressCallback& progress = {});
 };
 
 // Ordinary kriging through the orvane_kriging engine: one engine handle per run, always

@@ -9,9 +9,16 @@
 // spreads the columns over threads. IEEE division and multiplication are correctly
 // rounded at any vector width and nothing is fused, so every value is bit for bit the
 // one EstimateAt computes.
+//
+// With a search neighbourhood (MaxPoints, Radius) each node takes the nearest points a
+// k-d tree finds instead, summed from the nearest out; a node with none in range is blank.
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include <nanoflann.hpp>
 
 #include "interpolator.h"
 #include "orvane/core/error.h"
@@ -153,9 +160,83 @@ std::vector<double> InverseDistanceResampler::Grid(const std::vector<double>& gr
   return z;
 }
 
+namespace {
+
+struct Cloud {
+  const std::vector<double>* x;
+  const std::vector<double>* y;
+  std::size_t kdtree_get_point_count() const { return x->size(); }
+  double kdtree_get_pt(std::size_t i, std::size_t d) const { return d == 0 ? (*x)[i] : (*y)[i]; }
+  template <class Box>
+  bool kdtree_get_bbox(Box&) const {
+    return false;
+  }
+};
+
+using Tree = nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<double, Cloud>, Cloud, 2, std::uint32_t>;
+
+}  // namespace
+
+std::vector<double> InverseDistanceResampler::LocalGrid(const std::vector<double>& gridX, const std::vector<double>& gridY,
+                                                        const std::vector<double>& xs, const std::vector<double>& ys,
+                                                        const std::vector<double>& zs, double power,
+                                                        std::int32_t maxPoints, double radius,
+                                                        const ProgressCallback& progress) {
+  const std::size_t nx = gridX.size(), ny = gridY.size();
+  std::vector<double> z(nx * ny, std::numeric_limits<double>::quiet_NaN());
+  if (xs.empty()) return z;
+  const Cloud cloud{&xs, &ys};
+  const Tree tree(2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(16));
+  const std::size_t k = maxPoints > 0 ? std::min<std::size_t>(static_cast<std::size_t>(maxPoints), xs.size()) : xs.size();
+  const double limit = radius > 0.0 ? radius * radius : std::numeric_limits<double>::infinity();
+  RunProgress run(progress, static_cast<std::int64_t>(nx * ny));
+  ParallelFor(nx, static_cast<std::int64_t>(ny), run, [&](std::size_t i) {
+    std::vector<std::uint32_t> index(k);
+    std::vector<double> distance(k);
+    std::vector<std::pair<std::uint32_t, double>> within;
+    for (std::size_t j = 0; j < ny; ++j) {
+      const double query[2] = {gridX[i], gridY[j]};
+      std::size_t found = 0;
+      if (maxPoints > 0 || radius <= 0.0) {
+        found = tree.knnSearch(query, k, index.data(), distance.data());
+        while (found > 0 && distance[found - 1] > limit) --found;  // nearest first
+      } else {
+        within.clear();
+        found = tree.radiusSearch(query, limit, within, nanoflann::SearchParams(32, 0.0F, true));
+        index.resize(found);
+        for (std::size_t m = 0; m < found; ++m) index[m] = within[m].first;
+      }
+      double num = 0.0, den = 0.0;
+      bool hit = false;
+      for (std::size_t m = 0; m < found && !hit; ++m) {
+        const std::size_t p = index[m];
+        const double dx = std::fabs(xs[p] - gridX[i]), dy = std::fabs(ys[p] - gridY[j]);
+        if (dx < kHitTolerance && dy < kHitTolerance) {
+          z[i * ny + j] = zs[p];
+          hit = true;
+          break;
+        }
+        const double d = Power(dx * dx + dy * dy, power);
+        if (d != 0.0) {
+          num += zs[p] / d;
+          den += 1.0 / d;
+        }
+      }
+      if (!hit && found > 0) z[i * ny + j] = den == 0.0 ? 0.0 : num / den;
+    }
+  });
+  run.ThrowIfCancelled();
+  return z;
+}
+
 void InverseDistanceResampler::RefreshGrid() {
   GridAxes(gridX_, gridY_);
-  gridZ_ = Grid(gridX_, gridY_, x_, y_, z_, settings_.InverseDistance().WeightingPower(), progress_);
+  const orvane::InverseDistance& idw = settings_.InverseDistance();
+  if (idw.MaxPoints() > 0 || idw.Radius() > 0.0) {
+    gridZ_ = LocalGrid(gridX_, gridY_, x_, y_, z_, idw.WeightingPower(), idw.MaxPoints(), idw.Radius(), progress_);
+  } else {
+    gridZ_ = Grid(gridX_, gridY_, x_, y_, z_, idw.WeightingPower(), progress_);
+  }
   stale_ = false;
 }
 

@@ -81,12 +81,38 @@ void InverseDistance::SetWeightingPower(double value) {
   Properties::kWeightingPower.Let(*this, value);
 }
 
+void InverseDistance::SetMaxPoints(std::int32_t value) {
+  if (value < 0) throw Error(5, "Orvada.InverseDistance", "MaxPoints must be 0 (all points) or more.");
+  if (value == maxPoints_) return;
+  maxPoints_ = value;
+  PropertyChanged.Raise("MaxPoints");
+}
+
+void InverseDistance::SetRadius(double value) {
+  if (!(std::isfinite(value) && value >= 0.0)) {
+    throw Error(5, "Orvada.InverseDistance", "Radius must be a finite distance of 0 (no limit) or more.");
+  }
+  if (value == radius_) return;
+  radius_ = value;
+  PropertyChanged.Raise("Radius");
+}
+
 void InverseDistance::WriteProperties(PropertyBag& bag, const std::string& prefix) const {
   detail::WriteAll(bag, prefix, *this, Properties::kStored);
+  // Absent means the global method: states saved before these existed read as they did.
+  if (maxPoints_ != 0) bag.WriteProperty(prefix + "MaxPoints", maxPoints_);
+  if (radius_ != 0.0) bag.WriteProperty(prefix + "Radius", radius_);
 }
 
 void InverseDistance::ReadProperties(const PropertyBag& bag, const std::string& prefix) {
+  const std::int32_t maxPoints = bag.ReadProperty(prefix + "MaxPoints", std::int32_t{0});
+  const double radius = bag.ReadProperty(prefix + "Radius", 0.0);
+  if (maxPoints < 0 || !(std::isfinite(radius) && radius >= 0.0)) {
+    throw Error(5, "Orvada.InverseDistance", "The stored MaxPoints or Radius is out of range.");
+  }
   detail::ReadAll(bag, prefix, *this, Properties::kStored);
+  SetMaxPoints(maxPoints);
+  SetRadius(radius);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -220,6 +246,11 @@ void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefi
   const double limits[4] = {bag.ReadProperty(prefix + "XMax", 0.0), bag.ReadProperty(prefix + "XMin", 0.0),
                             bag.ReadProperty(prefix + "YMax", 0.0), bag.ReadProperty(prefix + "YMin", 0.0)};
   const double power = bag.ReadProperty(prefix + "InverseDistance.Weighting", 2.0);
+  const std::int32_t maxPoints = bag.ReadProperty(prefix + "InverseDistance.MaxPoints", std::int32_t{0});
+  const double radius = bag.ReadProperty(prefix + "InverseDistance.Radius", 0.0);
+  if (maxPoints < 0 || !(std::isfinite(radius) && radius >= 0.0)) {
+    throw Error(5, "Orvada.InverseDistance", "The stored MaxPoints or Radius is out of range.");
+  }
   const double taughtness = bag.ReadProperty(prefix + "NNGridrBI", 1.0);
   const bool gradients = bag.ReadProperty(prefix + "NNGridrIGrad", false);
   CheckIntervalCount(count);
@@ -244,6 +275,8 @@ void Resampling::ReadProperties(const PropertyBag& bag, const std::string& prefi
   if (autoRange != wasAutoRange) PropertyChanged.Raise("AutoRange");
   SetBlankOutsideHull(blankOutsideHull);
   inverseDistance_.SetWeightingPower(power);
+  inverseDistance_.SetMaxPoints(maxPoints);
+  inverseDistance_.SetRadius(radius);
   nnGridR_.SetTaughtness(taughtness);
   nnGridR_.SetUseGradients(gradients);
 }

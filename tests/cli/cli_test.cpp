@@ -1329,4 +1329,24 @@ TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
   EXPECT_EQ(given.out.find("fitted"), std::string::npos) << given.out;
 }
 
+
+TEST_F(Cli, LocalInverseDistanceBlanksNodesWithNoPointInRange) {
+  // Points on the left half only; a radius of 1 leaves the right half of the grid blank.
+  std::ostringstream text;
+  for (int i = 0; i <= 5; ++i) {
+    for (int j = 0; j <= 10; ++j) text << i << ' ' << j << ' ' << i + j << '\n';
+  }
+  const std::string file = Write("left.xyz", text.str());
+  const std::string out = (dir_ / "l.csv").string();
+  const Outcome run = Orvane("grid " + file + " --method idw --max-points 4 --radius 1 --xmax 10 --intervals 10 -o " + out);
+  ASSERT_EQ(run.status, 0) << run.out;
+  std::size_t blank = 0;
+  for (const std::string& line : Lines(out)) blank += line.back() == ',' ? 1u : 0u;
+  EXPECT_EQ(blank, 4u * 11u);  // X = 7 .. 10: farther than 1 from every point
+  EXPECT_EQ(Orvane("grid " + file + " --method nn --radius 1 -o " + out).out,
+            "orvane: --radius applies to --method idw only.\n");
+  EXPECT_EQ(Orvane("grid " + file + " --method idw --max-points -1 -o " + out).out,
+            "orvane: --max-points must be between 0 (all) and 100000000\n");
+}
+
 }  // namespace

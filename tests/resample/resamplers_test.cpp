@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "orvane/core/property_bag.h"
 #include "orvane/resample/resampling.h"
 #include "orvane_kriging/kriging.h"
 #include "resample/interpolator.h"
@@ -251,6 +252,83 @@ TEST(Resamplers, PointsWithoutExtentAreRefusedByKrigingAndNaturalNeighbour) {
   NaturalNeighbourResampler nn(settings);
   EXPECT_ORVANE_ERROR(Resample(nn, {{0, 1, 2}, {0, 1, 2}, {1, 2, 3}}), 5, "Orvada.NNGridR",
                       "Natural-neighbour interpolation needs points that do not all lie on one line.");
+}
+
+// Local inverse distance against the rule applied by hand to the points a search would
+// keep: the nearest N, within R, at every node; nodes with none in range blank.
+TEST(Resamplers, LocalInverseDistanceEqualsTheRuleOverTheNearestPointsInRange) {
+  std::mt19937 random(30);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  std::vector<double> xs, ys, zs;
+  for (int k = 0; k < 2000; ++k) {
+    xs.push_back(100 * unit(random));
+    ys.push_back(100 * unit(random) * (k % 10 == 0 ? 1.0 : 0.5));  // sparse above Y = 50
+    zs.push_back(std::sin(xs.back() / 9) + ys.back() / 40);
+  }
+  std::vector<double> gx, gy;
+  for (int k = 0; k <= 40; ++k) {
+    gx.push_back(2.5 * k);
+    gy.push_back(2.5 * k);
+  }
+  gx[3] = xs[17];  // a node on a point takes its Z
+  gy[5] = ys[17];
+  struct Case {
+    std::int32_t maxPoints;
+    double radius;
+  };
+  for (const Case c : {Case{32, 0.0}, Case{32, 4.0}, Case{0, 3.0}}) {
+    const std::vector<double> z = InverseDistanceResampler::LocalGrid(gx, gy, xs, ys, zs, 2.0, c.maxPoints, c.radius);
+    int blanks = 0;
+    for (std::size_t i = 0; i < gx.size(); ++i) {
+      for (std::size_t j = 0; j < gy.size(); ++j) {
+        // The points the search should keep, by brute force.
+        std::vector<std::pair<double, std::size_t>> near;
+        for (std::size_t p = 0; p < xs.size(); ++p) {
+          const double d2 = (xs[p] - gx[i]) * (xs[p] - gx[i]) + (ys[p] - gy[j]) * (ys[p] - gy[j]);
+          if (c.radius == 0.0 || d2 <= c.radius * c.radius) near.emplace_back(d2, p);
+        }
+        std::sort(near.begin(), near.end());
+        if (c.maxPoints > 0 && near.size() > static_cast<std::size_t>(c.maxPoints)) near.resize(static_cast<std::size_t>(c.maxPoints));
+        const double value = z[i * gy.size() + j];
+        if (near.empty()) {
+          EXPECT_TRUE(std::isnan(value)) << i << "," << j;
+          ++blanks;
+          continue;
+        }
+        std::vector<double> kx, ky, kz;
+        for (const auto& [d2, p] : near) {
+          kx.push_back(xs[p]);
+          ky.push_back(ys[p]);
+          kz.push_back(zs[p]);
+        }
+        const double expected = InverseDistanceResampler::EstimateAt(gx[i], gy[j], kx, ky, kz, 2.0);
+        EXPECT_NEAR(value, expected, 1e-12 * std::max(1.0, std::fabs(expected))) << i << "," << j;
+      }
+    }
+    EXPECT_EQ(z[3 * gy.size() + 5], zs[17]);
+    if (c.radius == 3.0) {
+      EXPECT_GT(blanks, 50);  // the sparse upper half leaves gaps
+    } else if (c.radius == 0.0) {
+      EXPECT_EQ(blanks, 0);
+    }
+  }
+  // The settings, through the resampling: refused values, and stored only when set.
+  Resampling r;
+  EXPECT_ORVANE_ERROR(r.InverseDistance().SetMaxPoints(-1), 5, "Orvada.InverseDistance",
+                      "MaxPoints must be 0 (all points) or more.");
+  EXPECT_ORVANE_ERROR(r.InverseDistance().SetRadius(NAN), 5, "Orvada.InverseDistance",
+                      "Radius must be a finite distance of 0 (no limit) or more.");
+  PropertyBag plain;
+  r.WriteProperties(plain, "R.");
+  EXPECT_FALSE(plain.Contains("R.InverseDistance.MaxPoints"));
+  r.InverseDistance().SetMaxPoints(32);
+  r.InverseDistance().SetRadius(20.0);
+  PropertyBag bag;
+  r.WriteProperties(bag, "R.");
+  Resampling back;
+  back.ReadProperties(bag, "R.");
+  EXPECT_EQ(back.InverseDistance().MaxPoints(), 32);
+  EXPECT_EQ(back.InverseDistance().Radius(), 20.0);
 }
 
 TEST(NNGridR, EveryParameterByNameWithDefaultsAndChecks) {

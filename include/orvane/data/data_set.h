@@ -37,6 +37,15 @@ struct Polygon {
 /// false stops the run, which then raises error 18.
 using ResamplingProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
 
+/// Resamples scattered points onto the grid that settings describe (their limits follow
+/// the points while AutoRange), with the selected resampler, blank (NaN) where it leaves
+/// nodes empty or outside the points' hull with BlankOutsideHull: what a data set's
+/// resampling does, without a data set (no triangulation). Errors as for
+/// ResampledDataAsRectangularGridGet, and error 5 for lists of different lengths or
+/// values that are not finite.
+GridFile ResampleGrid(Resampling& settings, std::span<const double> x, std::span<const double> y,
+                      std::span<const double> z, const ResamplingProgress& progress = {});
+
 /// One set of plotted data: the input points (a rectangular grid or scattered points),
 /// their limits, the triangulated or grid mesh drawn from them, the data hull and an
 /// optional user hull, and the three views through which it is drawn. Obtained from

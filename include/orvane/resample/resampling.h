@@ -29,20 +29,35 @@ class InverseDistance {
   /// ("Weighting power must be a finite number.") and below -2.22044604925031e-16
   /// ("Weighting power must be greater than or equal to 0"). Raises "Weighting".
   void SetWeightingPower(double value);
-  /// Back to the default power 2.
-  void Reset() noexcept { weightingPower_ = 2.0; }
+  /// The most points that weigh into a grid value, the nearest; 0 (the default): all.
+  std::int32_t MaxPoints() const noexcept { return maxPoints_; }
+  /// Lets it (0 or more; otherwise error 5, "MaxPoints must be 0 (all points) or more."); raises "MaxPoints".
+  void SetMaxPoints(std::int32_t value);
+  /// The search radius: only points this near weigh in, and a grid value with none is
+  /// blank (NaN); 0 (the default): no limit.
+  double Radius() const noexcept { return radius_; }
+  /// Lets it (finite, 0 or more; otherwise error 5); raises "Radius".
+  void SetRadius(double value);
+  /// Back to the defaults: power 2, every point, no radius.
+  void Reset() noexcept {
+    weightingPower_ = 2.0;
+    maxPoints_ = 0;
+    radius_ = 0.0;
+  }
 
-  /// Writes "Weighting" under prefix.
+  /// Writes "Weighting" under prefix, and "MaxPoints" and "Radius" when they are set.
   void WriteProperties(PropertyBag& bag, const std::string& prefix) const;
-  /// Reads "Weighting" (default 2) through the let.
+  /// Reads "Weighting" (default 2), "MaxPoints" and "Radius" (default 0) through the lets.
   void ReadProperties(const PropertyBag& bag, const std::string& prefix);
 
-  /// Raised with "Weighting" after a change.
+  /// Raised with "Weighting", "MaxPoints" or "Radius" after a change.
   Event<const std::string&> PropertyChanged;
 
  private:
   struct Properties;
   double weightingPower_ = 2.0;
+  std::int32_t maxPoints_ = 0;
+  double radius_ = 0.0;
 };
 
 /// The semi-variogram model of the kriging resampler.
