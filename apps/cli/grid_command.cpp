@@ -35,6 +35,7 @@ struct GridOptions {
   bool extrapolate = false;
   std::string crs;
   std::string format;  // with -o -: csv, asc or grd
+  std::string variance;  // kriging: where its variance grid goes
 };
 
 void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
@@ -54,6 +55,13 @@ void RunGrid(const GridOptions& options) {
                           "; the grid formats are " + names);
   }
   if (options.extrapolate && options.blankOutsideHull) Refuse("--extrapolate and --blank-outside-hull contradict each other.");
+  if (!options.variance.empty()) {
+    if (options.resample.method != "kriging") Refuse("--variance applies to --method kriging only.");
+    if (std::filesystem::path(options.variance).extension().string() != extension || toOutput) {
+      Refuse("--variance " + options.variance + " must be a file of the grid's own format (" + extension + ")");
+    }
+    OutputFile(options.variance);  // refused up front if it cannot be replaced
+  }
   const std::string givenCrs = CrsAsWkt(options.crs);  // refused before any work
   // A target that cannot be replaced is refused up front; the file is written later.
   if (!toOutput) OutputFile(options.output);
@@ -64,15 +72,18 @@ void RunGrid(const GridOptions& options) {
   const bool natural = options.resample.method == "nn";
   settings.SetBlankOutsideHull(options.blankOutsideHull || (natural && !options.extrapolate));
 
-  GridFile grid;
+  GridFile grid, variance;
   {
     InterruptGuard guard;
     ProgressBar bar;
     // The points go straight to the resampler: no data set, so no triangulation of them.
     grid = ResampleGrid(settings, points.x, points.y, points.z,
-                        [&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); });
+                        [&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); },
+                        options.variance.empty() ? nullptr : &variance);
   }
-  WriteGridFile(options.output, extension, grid, !givenCrs.empty() ? givenCrs : source.crs);
+  const std::string& crs = !givenCrs.empty() ? givenCrs : source.crs;
+  WriteGridFile(options.output, extension, grid, crs);
+  if (!options.variance.empty()) WriteGridFile(options.variance, extension, variance, crs);
 }
 
 }  // namespace
@@ -96,6 +107,8 @@ void AddGridCommand(CLI::App& app) {
                    "(x,y,z lines); - for standard output (--format); blank cells take the format's no-data value")
       ->required();
   grid->add_option("--format", o->format, "With -o -: csv (default), asc or grd");
+  grid->add_option("--variance", o->variance,
+                   "kriging: also write the estimation variance of each node to this file, in the grid's format");
   grid->callback([o] { RunGrid(*o); });
 }
 

@@ -110,7 +110,10 @@ bool FindInterval(const std::vector<double>& g, double v, std::size_t& index, do
 }  // namespace
 
 GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, std::span<const double> y,
-                      std::span<const double> z, const ResamplingProgress& progress) {
+                      std::span<const double> z, const ResamplingProgress& progress, GridFile* variance) {
+  if (variance != nullptr && settings.ResamplerType() != orvResamplerTypeKriging) {
+    throw Error(5, kSource, "Only kriging gives an estimation variance.");
+  }
   const std::size_t n = x.size();
   if (y.size() != n || z.size() != n) throw Error(5, kSource, kUpperBoundsMessage);
   if (n > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) throw Error(5, kSource, kUpperBoundsMessage);
@@ -123,6 +126,7 @@ GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, s
   settings.SetDataLimits(*x0, *x1, *y0, *y1);
   std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(settings);
   resampler->SetProgressCallback(progress);
+  resampler->SetWantVariance(variance != nullptr);
   std::vector<double> hullX, hullY;
   if (settings.BlankOutsideHull()) detail::ConvexHull(x, y, hullX, hullY);
   resampler->SetInputData(static_cast<std::int32_t>(n), std::vector<double>(x.begin(), x.end()),
@@ -131,6 +135,13 @@ GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, s
   resampler->GetOutputData(grid.x, grid.y, grid.z);
   CheckValues(grid.z, "resampled Z", true);  // NaN: a node the resampler leaves blank
   if (settings.BlankOutsideHull()) detail::BlankOutside(hullX, hullY, grid.x, grid.y, grid.z);
+  if (variance != nullptr) {
+    *variance = GridFile{grid.x, grid.y, resampler->Variance()};
+    // A blank value has no variance either.
+    for (std::size_t k = 0; k < grid.z.size() && k < variance->z.size(); ++k) {
+      if (std::isnan(grid.z[k])) variance->z[k] = std::numeric_limits<double>::quiet_NaN();
+    }
+  }
   return grid;
 }
 

@@ -75,6 +75,10 @@ class InterpolatorBase : public IInterpolator {
   void SetInputData(std::int32_t count, const Array& x, const Array& y, const Array& z) override;
   // Where the runs report their progress (none by default).
   void SetProgressCallback(ProgressCallback callback) { progress_ = std::move(callback); }
+  // Asks the next run for the estimation variance of each grid value too (kriging only).
+  void SetWantVariance(bool want) { wantVariance_ = want; }
+  // The variances of the last run (X index outer), when asked for and given; else empty.
+  const std::vector<double>& Variance() const noexcept { return gridVariance_; }
   // Most grid values a run makes: 10,001 x 10,001.
   static constexpr std::int64_t kMaxGridValues = 10001LL * 10001LL;
 
@@ -92,6 +96,8 @@ class InterpolatorBase : public IInterpolator {
   ProgressCallback progress_;
   std::vector<double> x_, y_, z_;           // the input points
   std::vector<double> gridX_, gridY_, gridZ_;  // the last grid
+  std::vector<double> gridVariance_;           // its variances, when asked for
+  bool wantVariance_ = false;
   bool stale_ = true;
 };
 

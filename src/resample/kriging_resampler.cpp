@@ -101,6 +101,11 @@ void KrigingResampler::RefreshGrid() {
   engine.Check(KrigingGetValues(h, values.data()), "The kriging engine has no values.");
   progress.Report(total);
 
+  gridVariance_.clear();
+  if (wantVariance_) {
+    gridVariance_.resize(static_cast<std::size_t>(total));
+    engine.CheckRun(KrigingGetEstimation(h, gridVariance_.data()));
+  }
   gridX_ = std::move(gridX);
   gridY_ = std::move(gridY);
   gridZ_ = std::move(values);

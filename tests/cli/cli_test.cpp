@@ -1327,6 +1327,14 @@ TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
       << fitted.out;
   const Outcome given = Orvane("grid " + meuse + " --method kriging --model spherical --nugget 0 --sill 1 --intervals 4 -o " + out);
   EXPECT_EQ(given.out.find("fitted"), std::string::npos) << given.out;
+  // The kriging variance, on the same nodes in the same format.
+  const std::string variance = (dir_ / "v.csv").string();
+  ASSERT_EQ(Orvane("grid " + meuse + " --method kriging --intervals 4 --variance " + variance + " -o " + out).status, 0);
+  EXPECT_EQ(Lines(variance).size(), 25u);
+  EXPECT_EQ(Orvane("grid " + meuse + " --method idw --variance " + variance + " -o " + out).out,
+            "orvane: --variance applies to --method kriging only.\n");
+  EXPECT_EQ(Orvane("grid " + meuse + " --method kriging --variance v.tif -o " + out).out,
+            "orvane: --variance v.tif must be a file of the grid's own format (.csv)\n");
 }
 
 

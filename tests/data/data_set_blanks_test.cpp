@@ -154,5 +154,38 @@ TEST(DataSetBlanks, TheResampledGridIsBlankBeyondTheDataHull) {
   EXPECT_FALSE(off.Contains("R.BlankOutsideHull"));  // absent: the grid extrapolates, as before
 }
 
+TEST(ResampleGrid, KrigingVarianceIsZeroAtTheDataWithoutANuggetAndBlankWhereTheGridIs) {
+  // Points on the nodes (0, 0), (2, 0), (0, 2), (2, 2) and (1, 1) of a 3 x 3 grid.
+  const std::vector<double> x{0, 2, 0, 2, 1}, y{0, 0, 2, 2, 1}, z{1, 3, 2, 5, 2.5};
+  Resampling settings;
+  settings.SetResamplerType(orvResamplerTypeKriging);
+  settings.SetIntervalCount(2);
+  settings.Kriging().SetModelSemiVariogram(orvKrigingMSVSpherical);
+  settings.Kriging().SetNugget(0.0);
+  settings.Kriging().SetSill(2.0);
+  settings.Kriging().SetAutoSetRange(false);
+  settings.Kriging().SetRange(5.0);
+  settings.Kriging().SetBlockMode(false);
+  GridFile variance;
+  const GridFile grid = ResampleGrid(settings, x, y, z, {}, &variance);
+  ASSERT_EQ(variance.z.size(), 9U);
+  // Node i * 3 + j at (i, j): the corners and the centre hold the data.
+  const std::pair<std::size_t, double> onData[] = {{0, 1.0}, {2, 2.0}, {4, 2.5}, {6, 3.0}, {8, 5.0}};
+  for (const auto& [node, value] : onData) {
+    EXPECT_NEAR(variance.z[node], 0.0, 1e-12) << node;
+    EXPECT_NEAR(grid.z[node], value, 1e-12) << node;
+  }
+  for (const std::size_t node : {1U, 3U, 5U, 7U}) EXPECT_GT(variance.z[node], 0.01) << node;
+  // Blank values have no variance; other resamplers have none at all.
+  settings.SetBlankOutsideHull(true);
+  const GridFile triangle = ResampleGrid(settings, std::vector<double>{0, 2, 0}, std::vector<double>{0, 0, 2},
+                                         std::vector<double>{1, 3, 2}, {}, &variance);
+  EXPECT_TRUE(std::isnan(triangle.z[8]));
+  EXPECT_TRUE(std::isnan(variance.z[8]));
+  settings.SetResamplerType(orvResamplerTypeInverseDistance);
+  EXPECT_ORVANE_ERROR(ResampleGrid(settings, x, y, z, {}, &variance), 5, "Orvadis.Dataset",
+                      "Only kriging gives an estimation variance.");
+}
+
 }  // namespace
 }  // namespace orvane

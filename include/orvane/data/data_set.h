@@ -42,9 +42,11 @@ using ResamplingProgress = std::function<bool(std::int64_t done, std::int64_t to
 /// nodes empty or outside the points' hull with BlankOutsideHull: what a data set's
 /// resampling does, without a data set (no triangulation). Errors as for
 /// ResampledDataAsRectangularGridGet, and error 5 for lists of different lengths or
-/// values that are not finite.
+/// values that are not finite. With variance, kriging's estimation variance of each
+/// value goes there too, on the same nodes (error 5 for another resampler).
 GridFile ResampleGrid(Resampling& settings, std::span<const double> x, std::span<const double> y,
-                      std::span<const double> z, const ResamplingProgress& progress = {});
+                      std::span<const double> z, const ResamplingProgress& progress = {},
+                      GridFile* variance = nullptr);
 
 /// One set of plotted data: the input points (a rectangular grid or scattered points),
 /// their limits, the triangulated or grid mesh drawn from them, the data hull and an
