@@ -16,20 +16,12 @@ namespace {
 
 void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 
-// The model the data's variogram fits best, told on standard error. The variogram of more
-// than 5,000 points is taken from every k-th, which keeps its pairs below 12.5 million.
+// The model the data's variogram fits best (of at most 5,000 of the points), told on
+// standard error.
 void FitKriging(const std::string& file, const XyzPoints& points, Kriging& kriging) {
-  constexpr std::size_t kMostPoints = 5000;
-  const std::size_t step = (points.x.size() + kMostPoints - 1) / kMostPoints;
-  std::vector<double> x, y, z;
-  for (std::size_t k = 0; k < points.x.size(); k += step) {
-    x.push_back(points.x[k]);
-    y.push_back(points.y[k]);
-    z.push_back(points.z[k]);
-  }
   VariogramModel best;
   try {
-    best = FitVariograms(ExperimentalVariogram(x, y, z)).front();
+    best = BestVariogramModel(points.x, points.y, points.z);
   } catch (const Error& e) {
     std::cerr << "orvane: " << file << ": no variogram could be fitted (" << e.Description()
               << "); kriging with the linear model, nugget 1 and sill 2\n";

@@ -785,18 +785,10 @@ void ViewerWindow::editResamplingOptions() {
   const ResamplingSettings before = ResamplingSettings::Of(resampling);
   ResamplingDialog::Fitter fitter;
   if (data_ && !data_->isGrid) {
-    // The variogram of at most 5,000 of the points (every k-th), as the command takes it.
+    // The variogram of at most 5,000 of the points, as the command takes it.
     fitter = [this]() -> std::optional<VariogramModel> {
-      const XyzPoints& p = data_->points;
-      const std::size_t step = (p.x.size() + 4999) / 5000;
-      std::vector<double> x, y, z;
-      for (std::size_t k = 0; k < p.x.size(); k += step) {
-        x.push_back(p.x[k]);
-        y.push_back(p.y[k]);
-        z.push_back(p.z[k]);
-      }
       try {
-        return FitVariograms(ExperimentalVariogram(x, y, z)).front();
+        return BestVariogramModel(data_->points.x, data_->points.y, data_->points.z);
       } catch (const Error&) {
         return std::nullopt;
       }

@@ -556,9 +556,11 @@ void DataSet::DataAsRectangularGridSet(const Array& xValues, std::int32_t xCount
   StoreGrid(s, First(xValues, xCount), First(yValues, yCount), std::move(z));
 }
 
-void DataSet::DataAsRectangularGridSet(std::span<const double> x, std::span<const double> y,
-                                       std::span<const double> z) {
-  DataSetState& s = *state_;
+namespace {
+
+// The list setters of a grid, blanks or not: their checks, then StoreGrid.
+void StoreGridLists(DataSetState& s, std::span<const double> x, std::span<const double> y,
+                    std::span<const double> z, bool blanks) {
   s.Reset(true);
   constexpr auto kMostCount = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
   // The Array setter wants at least two X rows of Z; here Z has as many rows as X values.
@@ -574,24 +576,18 @@ void DataSet::DataAsRectangularGridSet(std::span<const double> x, std::span<cons
   }
   CheckValues(x, "X");
   CheckValues(y, "Y");
-  StoreGrid(s, x, y, std::vector<double>(z.begin(), z.end()));
+  StoreGrid(s, x, y, std::vector<double>(z.begin(), z.end()), blanks);
+}
+
+}  // namespace
+
+void DataSet::DataAsRectangularGridSet(std::span<const double> x, std::span<const double> y,
+                                       std::span<const double> z) {
+  StoreGridLists(*state_, x, y, z, false);
 }
 
 void DataSet::DataAsBlankedGridSet(std::span<const double> x, std::span<const double> y, std::span<const double> z) {
-  DataSetState& s = *state_;
-  s.Reset(true);
-  constexpr auto kMostCount = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
-  if (x.size() > kMostCount || y.size() > kMostCount || x.size() < 2 || z.size() / x.size() != y.size() ||
-      z.size() % x.size() != 0) {
-    throw Error(5, kSource, kUpperBoundsMessage);
-  }
-  if (x.size() * y.size() > kMostCount) {
-    throw Error(5, kSource, "A grid of " + std::to_string(x.size()) + " by " + std::to_string(y.size()) +
-                                " points is too large.");
-  }
-  CheckValues(x, "X");
-  CheckValues(y, "Y");
-  StoreGrid(s, x, y, std::vector<double>(z.begin(), z.end()), true);
+  StoreGridLists(*state_, x, y, z, true);
 }
 
 std::int64_t DataSet::BlankCount() const {

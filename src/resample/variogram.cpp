@@ -223,4 +223,18 @@ std::vector<VariogramModel> FitVariograms(std::span<const VariogramBin> bins) {
   return models;
 }
 
+VariogramModel BestVariogramModel(std::span<const double> x, std::span<const double> y, std::span<const double> z,
+                                  std::size_t mostPoints) {
+  const std::size_t n = x.size();
+  if (y.size() != n || z.size() != n) Fail("The X, Y and Z lists must have the same length.");
+  const std::size_t step = mostPoints == 0 ? 1 : std::max<std::size_t>(1, (n + mostPoints - 1) / mostPoints);
+  std::vector<double> sx, sy, sz;
+  for (std::size_t k = 0; k < n; k += step) {
+    sx.push_back(x[k]);
+    sy.push_back(y[k]);
+    sz.push_back(z[k]);
+  }
+  return FitVariograms(ExperimentalVariogram(sx, sy, sz)).front();
+}
+
 }  // namespace orvane

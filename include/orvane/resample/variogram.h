@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -54,5 +55,11 @@ VariogramModel FitVariogram(std::span<const VariogramBin> bins, std::int32_t mod
 /// Fits the four models (linear, spherical, exponential, Gaussian); the best (least
 /// weighted error) first.
 std::vector<VariogramModel> FitVariograms(std::span<const VariogramBin> bins);
+
+/// The model that fits the points' variogram (default bins) best. Of more than
+/// mostPoints points every k-th is taken, which bounds the pairs to bin. Errors as for
+/// ExperimentalVariogram and FitVariogram.
+VariogramModel BestVariogramModel(std::span<const double> x, std::span<const double> y, std::span<const double> z,
+                                  std::size_t mostPoints = 5000);
 
 }  // namespace orvane
