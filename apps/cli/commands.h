@@ -19,5 +19,7 @@ void AddGridCommand(CLI::App& app);
 void AddRenderCommand(CLI::App& app);
 // orvane variogram FILE [--json]: the experimental semi-variogram and the fitted models.
 void AddVariogramCommand(CLI::App& app);
+// orvane cv FILE --method idw|kriging|nn [-o OUT.csv] [--json]: leave-one-out cross-validation.
+void AddCvCommand(CLI::App& app);
 
 }  // namespace orvane::cli

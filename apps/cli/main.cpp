@@ -134,6 +134,7 @@ int main(int argc, char** argv) {
   orvane::cli::AddGridCommand(app);
   orvane::cli::AddRenderCommand(app);
   orvane::cli::AddVariogramCommand(app);
+  orvane::cli::AddCvCommand(app);
 
   // Past a file-size limit a write then fails with EFBIG, which the output files report,
   // instead of the signal ending the process with a truncated file.

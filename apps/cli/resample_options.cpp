@@ -41,17 +41,19 @@ void FitKriging(const std::string& file, const XyzPoints& points, Kriging& krigi
 
 }  // namespace
 
-void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string& flag, bool required) {
+void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string& flag, bool required, bool grid) {
   o.flag = flag;
   CLI::Option* method = command.add_option(flag, o.method, "idw (inverse distance), kriging or nn (natural neighbour)")
                             ->check(CLI::IsMember({"idw", "kriging", "nn"}));
   if (required) method->required();
   o.given[flag] = method;
-  o.given["--intervals"] = command.add_option("--intervals", o.intervals, "Intervals along X and Y (1 to 10000, default 10)");
-  o.given["--xmin"] = command.add_option("--xmin", o.xMin, "Grid X minimum (default: the data's)");
-  o.given["--xmax"] = command.add_option("--xmax", o.xMax, "Grid X maximum");
-  o.given["--ymin"] = command.add_option("--ymin", o.yMin, "Grid Y minimum");
-  o.given["--ymax"] = command.add_option("--ymax", o.yMax, "Grid Y maximum");
+  if (grid) {
+    o.given["--intervals"] = command.add_option("--intervals", o.intervals, "Intervals along X and Y (1 to 10000, default 10)");
+    o.given["--xmin"] = command.add_option("--xmin", o.xMin, "Grid X minimum (default: the data's)");
+    o.given["--xmax"] = command.add_option("--xmax", o.xMax, "Grid X maximum");
+    o.given["--ymin"] = command.add_option("--ymin", o.yMin, "Grid Y minimum");
+    o.given["--ymax"] = command.add_option("--ymax", o.yMax, "Grid Y maximum");
+  }
   o.given["--power"] = command.add_option("--power", o.power, "idw: power P of the squared distance: weights 1 / d^(2P), so the default 2 weighs by the "
                                                    "distance to the fourth (gdal_grid's power=4)");
   o.given["--max-points"] = command.add_option("--max-points", o.maxPoints,

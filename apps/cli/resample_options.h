@@ -35,13 +35,18 @@ struct ResampleOptions {
   bool noBlock = false;
   bool gradients = false;
   double tautness = 1.0;
-  // Which options were given.
+  // Which options were given (those not registered never are).
   std::map<std::string, CLI::Option*> given;
-  bool Given(const std::string& name) const { return given.at(name)->count() > 0; }
+  bool Given(const std::string& name) const {
+    const auto found = given.find(name);
+    return found != given.end() && found->second->count() > 0;
+  }
 };
 
-// Registers the method option (under flag, required or not) and the method's settings.
-void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string& flag, bool required);
+// Registers the method option (under flag, required or not), the method's settings and,
+// with grid, the grid's intervals and limits.
+void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string& flag, bool required,
+                        bool grid = true);
 
 // The settings the options describe for the points of file, on top of the data's limits;
 // refuses options that belong to another method, bad limits and data without extent.

@@ -33,6 +33,7 @@
 #include "orvane/render/line.h"
 #include "orvane/render/marker.h"
 #include "orvane/render/view.h"
+#include "orvane/resample/cross_validation.h"
 #include "orvane/resample/resampling.h"
 #include "orvane/resample/variogram.h"
 #include "orvane/version.h"

@@ -79,6 +79,10 @@ class InterpolatorBase : public IInterpolator {
   void SetWantVariance(bool want) { wantVariance_ = want; }
   // The variances of the last run (X index outer), when asked for and given; else empty.
   const std::vector<double>& Variance() const noexcept { return gridVariance_; }
+  // Leave-one-out cross-validation with the current settings: each input point's estimate
+  // from the other points (NaN where the method gives none) and, for kriging, its
+  // estimation variance (otherwise cleared). Progress counts points.
+  virtual void LeaveOneOut(std::vector<double>& estimates, std::vector<double>& variances) = 0;
   // Most grid values a run makes: 10,001 x 10,001.
   static constexpr std::int64_t kMaxGridValues = 10001LL * 10001LL;
 
@@ -108,11 +112,14 @@ class InverseDistanceResampler : public InterpolatorBase {
  public:
   using InterpolatorBase::InterpolatorBase;
   void RefreshGrid() override;
+  void LeaveOneOut(std::vector<double>& estimates, std::vector<double>& variances) override;
 
-  // The estimate at one point, exactly as the rule reads, point by point in input order:
-  // the reference the grid computation must match bit for bit.
+  // The estimate at one point, exactly as the rule reads, point by point in input order
+  // (the point numbered skip left out): the reference the grid computation must match
+  // bit for bit.
   static double EstimateAt(double x, double y, const std::vector<double>& xs,
-                           const std::vector<double>& ys, const std::vector<double>& zs, double power);
+                           const std::vector<double>& ys, const std::vector<double>& zs, double power,
+                           std::size_t skip = static_cast<std::size_t>(-1));
   // s^p: s and s * s for the powers 1 and 2 (exact single operations), pow otherwise.
   static double Power(double s, double p);
   // The grid values (X index outer) for the given axes, computed in parallel.
@@ -139,6 +146,7 @@ class KrigingResampler : public InterpolatorBase {
  public:
   using InterpolatorBase::InterpolatorBase;
   void RefreshGrid() override;
+  void LeaveOneOut(std::vector<double>& estimates, std::vector<double>& variances) override;
 };
 
 // Natural-neighbour interpolation (see natural_neighbour.h for the method); points
@@ -147,6 +155,8 @@ class NaturalNeighbourResampler : public InterpolatorBase {
  public:
   using InterpolatorBase::InterpolatorBase;
   void RefreshGrid() override;
+  // Rebuilds the mesh without each point in turn (n meshes, spread over the cores).
+  void LeaveOneOut(std::vector<double>& estimates, std::vector<double>& variances) override;
 };
 
 // The resampler that settings.ResamplerType() selects, or none for orvResamplerTypeNone

@@ -96,10 +96,11 @@ double InverseDistanceResampler::Power(double s, double p) {
 
 double InverseDistanceResampler::EstimateAt(double x, double y, const std::vector<double>& xs,
                                             const std::vector<double>& ys,
-                                            const std::vector<double>& zs, double power) {
+                                            const std::vector<double>& zs, double power, std::size_t skip) {
   double num = 0.0;
   double den = 0.0;
   for (std::size_t k = 0; k < xs.size(); ++k) {
+    if (k == skip) continue;
     const double dx = std::fabs(xs[k] - x);
     const double dy = std::fabs(ys[k] - y);
     if (dx < kHitTolerance && dy < kHitTolerance) return zs[k];
@@ -175,6 +176,78 @@ struct Cloud {
 
 using Tree = nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<double, Cloud>, Cloud, 2, std::uint32_t>;
 
+// The search neighbourhood of the local method around one query point.
+class Neighbourhood {
+ public:
+  Neighbourhood(const std::vector<double>& xs, const std::vector<double>& ys, const std::vector<double>& zs,
+                double power, std::int32_t maxPoints, double radius)
+      : xs_(xs), ys_(ys), zs_(zs), power_(power), maxPoints_(maxPoints), radius_(radius),
+        cloud_{&xs, &ys}, tree_(2, cloud_, nanoflann::KDTreeSingleIndexAdaptorParams(16)),
+        k_(maxPoints > 0 ? std::min<std::size_t>(static_cast<std::size_t>(maxPoints), xs.size()) : xs.size()),
+        limit_(radius > 0.0 ? radius * radius : std::numeric_limits<double>::infinity()) {}
+
+  Neighbourhood(const Neighbourhood&) = delete;
+  Neighbourhood& operator=(const Neighbourhood&) = delete;
+
+  // A search's working space; one per thread.
+  struct Scratch {
+    std::vector<std::uint32_t> index;
+    std::vector<double> distance;
+    std::vector<std::pair<std::uint32_t, double>> within;
+  };
+
+  // The estimate at (x, y) from the nearest points in range, the point numbered skip left
+  // out; NaN when none is in range.
+  double EstimateAt(double x, double y, Scratch& scratch, std::size_t skip = kNoHit) const {
+    std::vector<std::uint32_t>& index = scratch.index;
+    std::vector<double>& distance = scratch.distance;
+    std::vector<std::pair<std::uint32_t, double>>& within = scratch.within;
+    const double query[2] = {x, y};
+    std::size_t found = 0;
+    if (maxPoints_ > 0 || radius_ <= 0.0) {
+      // One more when a point is to be left out, so that k others remain.
+      const std::size_t k = std::min(k_ + (skip == kNoHit ? 0 : 1), xs_.size());
+      index.resize(k);
+      distance.resize(k);
+      found = tree_.knnSearch(query, k, index.data(), distance.data());
+      while (found > 0 && distance[found - 1] > limit_) --found;  // nearest first
+    } else {
+      within.clear();
+      found = tree_.radiusSearch(query, limit_, within, nanoflann::SearchParams(32, 0.0F, true));
+      index.resize(found);
+      for (std::size_t m = 0; m < found; ++m) index[m] = within[m].first;
+    }
+    double num = 0.0, den = 0.0;
+    std::size_t taken = 0;
+    for (std::size_t m = 0; m < found && taken < k_; ++m) {
+      const std::size_t p = index[m];
+      if (p == skip) continue;
+      ++taken;
+      const double dx = std::fabs(xs_[p] - x), dy = std::fabs(ys_[p] - y);
+      if (dx < kHitTolerance && dy < kHitTolerance) return zs_[p];
+      const double d = InverseDistanceResampler::Power(dx * dx + dy * dy, power_);
+      if (d != 0.0) {
+        num += zs_[p] / d;
+        den += 1.0 / d;
+      }
+    }
+    if (taken == 0) return std::numeric_limits<double>::quiet_NaN();
+    return den == 0.0 ? 0.0 : num / den;
+  }
+
+ private:
+  const std::vector<double>& xs_;
+  const std::vector<double>& ys_;
+  const std::vector<double>& zs_;
+  double power_;
+  std::int32_t maxPoints_;
+  double radius_;
+  Cloud cloud_;
+  Tree tree_;
+  std::size_t k_;
+  double limit_;
+};
+
 }  // namespace
 
 std::vector<double> InverseDistanceResampler::LocalGrid(const std::vector<double>& gridX, const std::vector<double>& gridY,
@@ -185,48 +258,39 @@ std::vector<double> InverseDistanceResampler::LocalGrid(const std::vector<double
   const std::size_t nx = gridX.size(), ny = gridY.size();
   std::vector<double> z(nx * ny, std::numeric_limits<double>::quiet_NaN());
   if (xs.empty()) return z;
-  const Cloud cloud{&xs, &ys};
-  const Tree tree(2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(16));
-  const std::size_t k = maxPoints > 0 ? std::min<std::size_t>(static_cast<std::size_t>(maxPoints), xs.size()) : xs.size();
-  const double limit = radius > 0.0 ? radius * radius : std::numeric_limits<double>::infinity();
+  const Neighbourhood near(xs, ys, zs, power, maxPoints, radius);
   RunProgress run(progress, static_cast<std::int64_t>(nx * ny));
   ParallelFor(nx, static_cast<std::int64_t>(ny), run, [&](std::size_t i) {
-    std::vector<std::uint32_t> index(k);
-    std::vector<double> distance(k);
-    std::vector<std::pair<std::uint32_t, double>> within;
-    for (std::size_t j = 0; j < ny; ++j) {
-      const double query[2] = {gridX[i], gridY[j]};
-      std::size_t found = 0;
-      if (maxPoints > 0 || radius <= 0.0) {
-        found = tree.knnSearch(query, k, index.data(), distance.data());
-        while (found > 0 && distance[found - 1] > limit) --found;  // nearest first
-      } else {
-        within.clear();
-        found = tree.radiusSearch(query, limit, within, nanoflann::SearchParams(32, 0.0F, true));
-        index.resize(found);
-        for (std::size_t m = 0; m < found; ++m) index[m] = within[m].first;
-      }
-      double num = 0.0, den = 0.0;
-      bool hit = false;
-      for (std::size_t m = 0; m < found && !hit; ++m) {
-        const std::size_t p = index[m];
-        const double dx = std::fabs(xs[p] - gridX[i]), dy = std::fabs(ys[p] - gridY[j]);
-        if (dx < kHitTolerance && dy < kHitTolerance) {
-          z[i * ny + j] = zs[p];
-          hit = true;
-          break;
-        }
-        const double d = Power(dx * dx + dy * dy, power);
-        if (d != 0.0) {
-          num += zs[p] / d;
-          den += 1.0 / d;
-        }
-      }
-      if (!hit && found > 0) z[i * ny + j] = den == 0.0 ? 0.0 : num / den;
-    }
+    Neighbourhood::Scratch scratch;
+    for (std::size_t j = 0; j < ny; ++j) z[i * ny + j] = near.EstimateAt(gridX[i], gridY[j], scratch);
   });
   run.ThrowIfCancelled();
   return z;
+}
+
+void InverseDistanceResampler::LeaveOneOut(std::vector<double>& estimates, std::vector<double>& variances) {
+  const orvane::InverseDistance& idw = settings_.InverseDistance();
+  const double power = idw.WeightingPower();
+  const std::size_t n = x_.size();
+  estimates.assign(n, std::numeric_limits<double>::quiet_NaN());
+  variances.clear();
+  RunProgress run(progress_, static_cast<std::int64_t>(n));
+  if (idw.MaxPoints() > 0 || idw.Radius() > 0.0) {
+    const Neighbourhood near(x_, y_, z_, power, idw.MaxPoints(), idw.Radius());
+    constexpr std::size_t kChunk = 256;
+    ParallelFor((n + kChunk - 1) / kChunk, 0, run, [&](std::size_t chunk) {
+      Neighbourhood::Scratch scratch;
+      const std::size_t end = std::min(n, (chunk + 1) * kChunk);
+      for (std::size_t i = chunk * kChunk; i < end; ++i) estimates[i] = near.EstimateAt(x_[i], y_[i], scratch, i);
+      run.Advance(static_cast<std::int64_t>(end - chunk * kChunk));
+    });
+  } else {
+    // Without the point itself no weight may be left (a single point): no estimate.
+    ParallelFor(n, 1, run, [&](std::size_t i) {
+      if (n > 1) estimates[i] = EstimateAt(x_[i], y_[i], x_, y_, z_, power, i);
+    });
+  }
+  run.ThrowIfCancelled();
 }
 
 void InverseDistanceResampler::RefreshGrid() {

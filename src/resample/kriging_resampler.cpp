@@ -50,28 +50,18 @@ std::string ShortNumber(double v) {
   return std::string(buffer, result.ptr);
 }
 
-}  // namespace
-
-void KrigingResampler::RefreshGrid() {
-  CheckExtent(kSource, true);
-  orvane::Kriging& kriging = settings_.Kriging();
+// Hands the points and the model to the engine: the range first follows the grid limits
+// with AutoSetRange, and a nugget below 0 or above the sill is refused.
+void Configure(const EngineHandle& engine, orvane::Kriging& kriging, const Resampling& settings,
+               const std::vector<double>& x, const std::vector<double>& y, const std::vector<double>& z) {
   if (kriging.AutoSetRange()) {
-    const double dx = settings_.XMax() - settings_.XMin();
-    const double dy = settings_.YMax() - settings_.YMin();
+    const double dx = settings.XMax() - settings.XMin();
+    const double dy = settings.YMax() - settings.YMin();
     kriging.SetRange(std::sqrt(dx * dx + dy * dy));
   }
-  std::int32_t count = 0;
-  std::vector<double> x, y, z;
-  GetInputData(count, x, y, z);
-  std::vector<double> gridX, gridY;
-  GridAxes(gridX, gridY);
-  const auto nx = static_cast<std::int32_t>(gridX.size());
-  const auto ny = static_cast<std::int32_t>(gridY.size());
-
-  EngineHandle engine;
   KrigingHandle h = engine.get();
-  engine.Check(KrigingSetData(h, count, x.data(), y.data(), z.data()), "The kriging engine refused the points.");
-  engine.Check(KrigingSetGridCoordinate(h, nx, gridX.data(), ny, gridY.data()), "The kriging engine refused the grid.");
+  engine.Check(KrigingSetData(h, static_cast<std::int32_t>(x.size()), x.data(), y.data(), z.data()),
+               "The kriging engine refused the points.");
   engine.Check(KrigingSetBlockKriging(h, kriging.BlockMode()), "The kriging engine refused the block mode.");
   engine.Check(KrigingSetModel(h, kriging.ModelSemiVariogram()), "ModelSemiVariogram must be 0 (linear), 1 (spherical), 2 (exponential) or 3 (Gaussian).");
   engine.Check(KrigingSetRange(h, kriging.Range()), "Range must be a finite number above 0.");
@@ -84,11 +74,16 @@ void KrigingResampler::RefreshGrid() {
     throw Error(5, kSource, "Sill (" + ShortNumber(kriging.Sill()) + ") must not be below Nugget (" +
                                 ShortNumber(kriging.Nugget()) + ").");
   }
-  engine.CheckRun(KrigingCalculateInThread(h));
+}
 
-  // Wait, polling more slowly as the run goes on, and pass the progress on.
-  const std::int64_t total = std::int64_t{nx} * ny;
-  RunProgress progress(progress_, total);
+// Runs the engine on its worker thread, waiting (polling more slowly as the run goes on)
+// and passing its progress on; a refused report cancels it (error 18). The values, and
+// the variances when wanted (else cleared), of total estimates are returned.
+std::vector<double> Calculate(const EngineHandle& engine, const ProgressCallback& callback, std::int64_t total,
+                              bool wantVariance, std::vector<double>& variances) {
+  KrigingHandle h = engine.get();
+  engine.CheckRun(KrigingCalculateInThread(h));
+  RunProgress progress(callback, total);
   auto pause = std::chrono::microseconds(100);
   while (!KrigingIsFinish(h)) {
     if (!progress.Report(KrigingGetCurrentProgress(h))) KrigingCancel(h);
@@ -100,16 +95,38 @@ void KrigingResampler::RefreshGrid() {
   std::vector<double> values(static_cast<std::size_t>(total));
   engine.Check(KrigingGetValues(h, values.data()), "The kriging engine has no values.");
   progress.Report(total);
-
-  gridVariance_.clear();
-  if (wantVariance_) {
-    gridVariance_.resize(static_cast<std::size_t>(total));
-    engine.CheckRun(KrigingGetEstimation(h, gridVariance_.data()));
+  variances.clear();
+  if (wantVariance) {
+    variances.resize(static_cast<std::size_t>(total));
+    engine.CheckRun(KrigingGetEstimation(h, variances.data()));
   }
+  return values;
+}
+
+}  // namespace
+
+void KrigingResampler::RefreshGrid() {
+  CheckExtent(kSource, true);
+  std::vector<double> gridX, gridY;
+  GridAxes(gridX, gridY);
+  const EngineHandle engine;
+  Configure(engine, settings_.Kriging(), settings_, x_, y_, z_);
+  const auto nx = static_cast<std::int32_t>(gridX.size());
+  const auto ny = static_cast<std::int32_t>(gridY.size());
+  engine.Check(KrigingSetGridCoordinate(engine.get(), nx, gridX.data(), ny, gridY.data()),
+               "The kriging engine refused the grid.");
+  gridZ_ = Calculate(engine, progress_, std::int64_t{nx} * ny, wantVariance_, gridVariance_);
   gridX_ = std::move(gridX);
   gridY_ = std::move(gridY);
-  gridZ_ = std::move(values);
   stale_ = false;
+}
+
+void KrigingResampler::LeaveOneOut(std::vector<double>& estimates, std::vector<double>& variances) {
+  CheckExtent(kSource, true);
+  const EngineHandle engine;
+  Configure(engine, settings_.Kriging(), settings_, x_, y_, z_);
+  engine.Check(KrigingSetCrossValidation(engine.get(), true), "The kriging engine refused cross-validation.");
+  estimates = Calculate(engine, progress_, static_cast<std::int64_t>(x_.size()), true, variances);
 }
 
 }  // namespace orvane

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <tuple>
 
@@ -619,9 +620,9 @@ std::vector<double> NaturalNeighbour::Grid(const std::vector<double>& gridX,
 // ---------------------------------------------------------------------------------------
 // The resampler
 
-void NaturalNeighbourResampler::RefreshGrid() {
-  CheckExtent("Orvada.NNGridR", false);
-  const orvane::NNGridR& p = settings_.NNGridR();
+namespace {
+
+detail::NaturalNeighbourOptions OptionsOf(const orvane::NNGridR& p) {
   detail::NaturalNeighbourOptions options;
   options.gradients = p.UseGradients();
   options.tautness = p.Taughtness();
@@ -630,6 +631,15 @@ void NaturalNeighbourResampler::RefreshGrid() {
   options.nonNegative = p.Parameter("NonNeg") != 0.0;
   options.clipToFloor = p.Parameter("ClipToFloor") != 0.0;
   options.floor = p.Parameter("Floor");
+  return options;
+}
+
+}  // namespace
+
+void NaturalNeighbourResampler::RefreshGrid() {
+  CheckExtent("Orvada.NNGridR", false);
+  const orvane::NNGridR& p = settings_.NNGridR();
+  const detail::NaturalNeighbourOptions options = OptionsOf(p);
   std::vector<double> gridX, gridY;
   GridAxes(gridX, gridY);
   const detail::NaturalNeighbour method(x_, y_, z_, p.Parameter("MagX"), p.Parameter("MagY"));
@@ -640,6 +650,31 @@ void NaturalNeighbourResampler::RefreshGrid() {
   gridY_ = std::move(gridY);
   gridZ_ = std::move(z);
   stale_ = false;
+}
+
+void NaturalNeighbourResampler::LeaveOneOut(std::vector<double>& estimates, std::vector<double>& variances) {
+  CheckExtent("Orvada.NNGridR", false);
+  const orvane::NNGridR& p = settings_.NNGridR();
+  detail::NaturalNeighbourOptions options = OptionsOf(p);
+  options.nullValue = std::numeric_limits<double>::quiet_NaN();  // outside without extrapolation: no estimate
+  const std::size_t n = x_.size();
+  estimates.assign(n, std::numeric_limits<double>::quiet_NaN());
+  variances.clear();
+  RunProgress run(progress_, static_cast<std::int64_t>(n));
+  ParallelFor(n, 1, run, [&](std::size_t i) {
+    std::vector<double> xs(x_), ys(y_), zs(z_);
+    xs.erase(xs.begin() + static_cast<std::ptrdiff_t>(i));
+    ys.erase(ys.begin() + static_cast<std::ptrdiff_t>(i));
+    zs.erase(zs.begin() + static_cast<std::ptrdiff_t>(i));
+    try {
+      const detail::NaturalNeighbour method(xs, ys, zs, p.Parameter("MagX"), p.Parameter("MagY"));
+      detail::NaturalNeighbour::Cursor cursor;
+      estimates[i] = method.ValueAt(x_[i], y_[i], options, cursor);
+    } catch (const Error&) {
+      // The others alone have no triangles (collinear, or fewer than three): no estimate.
+    }
+  });
+  run.ThrowIfCancelled();
 }
 
 }  // namespace orvane

@@ -1338,6 +1338,41 @@ TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
 }
 
 
+TEST_F(Cli, CrossValidationSummarisesAndWritesTheResiduals) {
+  const std::string meuse = std::string(ORVANE_SHARED_DATA) + "/meuse.csv";
+  // gstat's krige.cv for this model: me 1.66299, rmse 226.804, msdr 0.929825.
+  const Outcome run = Orvane("cv " + meuse +
+                             " --method kriging --model spherical --nugget 20000 --sill 170000 --range 1000 --no-block --json");
+  ASSERT_EQ(run.status, 0) << run.out;
+  const nlohmann::json summary = nlohmann::json::parse(run.out);
+  EXPECT_EQ(summary["points"], 155);
+  EXPECT_NEAR(summary["me"].get<double>(), 1.6629864426985346, 1e-9);
+  EXPECT_NEAR(summary["rmse"].get<double>(), 226.80433110518095, 1e-9);
+  EXPECT_NEAR(summary["medae"].get<double>(), 80.039954218711273, 1e-9);
+  EXPECT_NEAR(summary["msdr"].get<double>(), 0.92982470293801156, 1e-9);
+  // Natural neighbour leaves the hull's points out, as its grid blanks outside the hull.
+  const Outcome nn = Orvane("cv " + meuse + " --method nn");
+  EXPECT_NE(nn.out.find("leave-one-out cross-validation by natural neighbour of 155 points\n"
+                        "12 points have no estimate (outside the others' hull), 143 counted\n"
+                        "mean error                     -22.2545\n"),
+            std::string::npos)
+      << nn.out;
+  EXPECT_EQ(nn.out.find("deviation"), std::string::npos);
+  const nlohmann::json idw = nlohmann::json::parse(Orvane("cv " + meuse + " --method idw --json").out);
+  EXPECT_FALSE(idw.contains("msdr"));
+  // Residuals per point; the hull's points keep their row with empty estimates.
+  const std::string residuals = (dir_ / "r.csv").string();
+  ASSERT_EQ(Orvane("cv " + meuse + " --method nn -o " + residuals).status, 0);
+  const std::vector<std::string> rows = Lines(residuals);
+  ASSERT_EQ(rows.size(), 156u);
+  EXPECT_EQ(rows[0], "x,y,observed,predicted,residual");
+  EXPECT_EQ(std::count_if(rows.begin(), rows.end(), [](const std::string& r) { return r.ends_with(",,"); }), 12);
+  const Outcome kriged = Orvane("cv " + meuse + " --method kriging --model linear --sill 100000 --range 2000 -o -");
+  EXPECT_TRUE(kriged.out.starts_with("x,y,observed,predicted,residual,variance,zscore\n181072,333611,1022,")) << kriged.out;
+  EXPECT_TRUE(Orvane("cv " + meuse + " --method idw --intervals 4").out.starts_with("orvane: cv: unknown option --intervals\n"));
+  EXPECT_EQ(Orvane("cv " + meuse + " --method idw --extrapolate").out, "orvane: --extrapolate applies to --method nn only\n");
+}
+
 TEST_F(Cli, LocalInverseDistanceBlanksNodesWithNoPointInRange) {
   // Points on the left half only; a radius of 1 leaves the right half of the grid blank.
   std::ostringstream text;

@@ -9,6 +9,8 @@
 // on x0, so the global calculation factorises it once and solves the dual system
 // A w = [z; 0]: the estimate is then w^T [gamma0; 1], one pass over the points per grid
 // value. Block kriging solves the small system of each grid value's nearest points.
+// Leave-one-out cross-validation reads each point's estimate from the others off the
+// same factorisation (see the header); the literal refit per point is the tests' oracle.
 
 #include "orvane_kriging/kriging.h"
 
@@ -53,6 +55,7 @@ struct KrigingEngine {
   std::vector<double> x, y, z;
   std::vector<double> gridX, gridY;
   bool block = true;
+  bool crossValidation = false;
   std::int32_t model = 0;
   double range = 1.0, nugget = 1.0, sill = 2.0;
 
@@ -103,26 +106,38 @@ struct KrigingEngine {
   void Run();
   void RunGlobal();
   void RunBlock();
+  void RunCrossValidation();
+  // The estimate and variance at (px, py) from the points near (indices), with the
+  // right-hand side's gammas already in b; false when the system is singular.
+  bool SolveNear(const std::vector<std::uint32_t>& near, Eigen::VectorXd& b, double& estimate, double& variance) const;
+  // Calls body(i) for i in 0..count-1 over the machine's threads, adding step to the
+  // progress after each; false if cancelled.
+  template <class Body>
+  bool ParallelFor(std::size_t count, std::int32_t step, Body body);
   // Calls column(i) for every grid column over the machine's threads; false if cancelled.
   template <class Column>
   bool ForEachColumn(Column column);
 };
 
-template <class Column>
-bool KrigingEngine::ForEachColumn(Column column) {
-  const std::size_t nx = gridX.size();
-  const std::size_t threads = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, std::max<std::size_t>(nx, 1));
+template <class Body>
+bool KrigingEngine::ParallelFor(std::size_t count, std::int32_t step, Body body) {
+  const std::size_t threads = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, std::max<std::size_t>(count, 1));
   std::vector<std::thread> pool;
   for (std::size_t t = 0; t < threads; ++t) {
     pool.emplace_back([&, t] {
-      for (std::size_t i = t; i < nx && !cancel.load(std::memory_order_relaxed); i += threads) {
-        column(i);
-        progress.fetch_add(static_cast<std::int32_t>(gridY.size()), std::memory_order_relaxed);
+      for (std::size_t i = t; i < count && !cancel.load(std::memory_order_relaxed); i += threads) {
+        body(i);
+        progress.fetch_add(step, std::memory_order_relaxed);
       }
     });
   }
   for (std::thread& th : pool) th.join();
   return !cancel.load();
+}
+
+template <class Column>
+bool KrigingEngine::ForEachColumn(Column column) {
+  return ParallelFor(gridX.size(), static_cast<std::int32_t>(gridY.size()), column);
 }
 
 void KrigingEngine::RunGlobal() {
@@ -179,21 +194,10 @@ void KrigingEngine::RunBlock() {
     for (std::size_t j = 0; j < ny; ++j) {
       const double query[2] = {gridX[i], gridY[j]};
       tree.knnSearch(query, k, near.data(), distances.data());
-      const Eigen::PartialPivLU<Eigen::MatrixXd> lu(System(near));
       for (std::size_t m = 0; m < k; ++m) {
         b(static_cast<Eigen::Index>(m)) = Gamma(std::sqrt(distances[m]));
       }
-      b(static_cast<Eigen::Index>(k)) = 1.0;
-      const Eigen::VectorXd lambda = lu.solve(b);
-      double estimate = 0.0;
-      double variance = lambda(static_cast<Eigen::Index>(k));
-      for (std::size_t m = 0; m < k; ++m) {
-        estimate += lambda(static_cast<Eigen::Index>(m)) * z[near[m]];
-        variance += lambda(static_cast<Eigen::Index>(m)) * b(static_cast<Eigen::Index>(m));
-      }
-      if (!std::isfinite(estimate) || !(lu.rcond() > kMinReciprocalCondition)) singular = true;
-      values[i * ny + j] = estimate;
-      variances[i * ny + j] = variance;
+      if (!SolveNear(near, b, values[i * ny + j], variances[i * ny + j])) singular = true;
     }
   });
   if (!done) return;
@@ -205,10 +209,113 @@ void KrigingEngine::RunBlock() {
   status = kKrigingOk;
 }
 
+bool KrigingEngine::SolveNear(const std::vector<std::uint32_t>& near, Eigen::VectorXd& b, double& estimate,
+                             double& variance) const {
+  const std::size_t k = near.size();
+  const Eigen::PartialPivLU<Eigen::MatrixXd> lu(System(near));
+  b(static_cast<Eigen::Index>(k)) = 1.0;
+  const Eigen::VectorXd lambda = lu.solve(b);
+  estimate = 0.0;
+  variance = lambda(static_cast<Eigen::Index>(k));
+  for (std::size_t m = 0; m < k; ++m) {
+    estimate += lambda(static_cast<Eigen::Index>(m)) * z[near[m]];
+    variance += lambda(static_cast<Eigen::Index>(m)) * b(static_cast<Eigen::Index>(m));
+  }
+  return std::isfinite(estimate) && lu.rcond() > kMinReciprocalCondition;
+}
+
+void KrigingEngine::RunCrossValidation() {
+  const std::size_t n = x.size();
+  if (block && n - 1 > kNeighbourhood) {
+    // Each point from its nearest other points: one more is searched, and the point
+    // itself (or, among coincident points, the farthest found) is left out.
+    const Cloud cloud{&x, &y};
+    const Tree tree(2, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(16));
+    std::atomic<bool> singular{false};
+    const bool done = ParallelFor(n, 1, [&](std::size_t i) {
+      std::vector<std::uint32_t> found(kNeighbourhood + 1);
+      std::vector<double> distances(kNeighbourhood + 1);
+      const double query[2] = {x[i], y[i]};
+      tree.knnSearch(query, kNeighbourhood + 1, found.data(), distances.data());
+      std::vector<std::uint32_t> near;
+      Eigen::VectorXd b(static_cast<Eigen::Index>(kNeighbourhood) + 1);
+      for (std::size_t m = 0; m <= kNeighbourhood && near.size() < kNeighbourhood; ++m) {
+        if (found[m] == i) continue;
+        b(static_cast<Eigen::Index>(near.size())) = Gamma(std::sqrt(distances[m]));
+        near.push_back(found[m]);
+      }
+      if (!SolveNear(near, b, values[i], variances[i])) singular = true;
+    });
+    if (!done) return;
+    if (singular) {
+      Fail(kKrigingSingular, "A kriging system of a neighbourhood is singular: points coincide, "
+                             "or the model cannot tell them apart.");
+      return;
+    }
+    status = kKrigingOk;
+    return;
+  }
+  if (n > kMaxGlobalPoints) {
+    Fail(kKrigingTooLarge, "A global kriging system of " + std::to_string(n) +
+                               " points would not fit in memory (at most " +
+                               std::to_string(kMaxGlobalPoints) + "); use block kriging.");
+    return;
+  }
+  std::vector<std::uint32_t> all(n);
+  for (std::size_t i = 0; i < n; ++i) all[i] = static_cast<std::uint32_t>(i);
+  const Eigen::PartialPivLU<Eigen::MatrixXd> lu(System(all));
+  const double rcond = lu.rcond();
+  if (!(rcond > kMinReciprocalCondition)) {
+    Fail(kKrigingSingular, "The kriging system is singular (reciprocal condition " + std::to_string(rcond) +
+                               "): points coincide, or the model cannot tell them apart.");
+    return;
+  }
+  const auto rows = static_cast<Eigen::Index>(n) + 1;
+  Eigen::VectorXd rhs = Eigen::VectorXd::Zero(rows);
+  for (std::size_t i = 0; i < n; ++i) rhs(static_cast<Eigen::Index>(i)) = z[i];
+  const Eigen::VectorXd w = lu.solve(rhs);
+  // The diagonal of the inverse, a batch of unit vectors at a time.
+  constexpr std::size_t kBatch = 256;
+  const std::size_t batches = (n + kBatch - 1) / kBatch;
+  const bool done = ParallelFor(batches, 0, [&](std::size_t batch) {
+    const std::size_t start = batch * kBatch;
+    const std::size_t count = std::min(kBatch, n - start);
+    Eigen::MatrixXd e = Eigen::MatrixXd::Zero(rows, static_cast<Eigen::Index>(count));
+    for (std::size_t c = 0; c < count; ++c) e(static_cast<Eigen::Index>(start + c), static_cast<Eigen::Index>(c)) = 1.0;
+    const Eigen::MatrixXd inverse = lu.solve(e);
+    for (std::size_t c = 0; c < count; ++c) {
+      const auto i = static_cast<Eigen::Index>(start + c);
+      const double diagonal = inverse(i, static_cast<Eigen::Index>(c));
+      values[start + c] = z[start + c] - w(i) / diagonal;
+      variances[start + c] = -1.0 / diagonal;
+    }
+    progress.fetch_add(static_cast<std::int32_t>(count), std::memory_order_relaxed);
+  });
+  if (!done) return;
+  if (!std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); })) {
+    Fail(kKrigingSingular, "The kriging system could not be solved: its solution is not finite.");
+    return;
+  }
+  status = kKrigingOk;
+}
+
 void KrigingEngine::Run() {
   globalSystem.reset();
   progress = 0;
-  if (x.empty() || gridX.empty() || gridY.empty()) {
+  if (crossValidation) {
+    if (x.size() < 2) {
+      Fail(kKrigingNotReady, "Cross-validation needs two points or more.");
+    } else {
+      values.assign(x.size(), 0.0);
+      variances.assign(x.size(), 0.0);
+      try {
+        RunCrossValidation();
+      } catch (const std::bad_alloc&) {
+        Fail(kKrigingTooLarge, "The kriging calculation ran out of memory.");
+      }
+      if (cancel) Fail(kKrigingCancelled, "The kriging calculation was cancelled.");
+    }
+  } else if (x.empty() || gridX.empty() || gridY.empty()) {
     Fail(kKrigingNotReady, "Points and grid coordinates must be set before calculating.");
   } else {
     values.assign(gridX.size() * gridY.size(), 0.0);
@@ -282,6 +389,12 @@ std::int32_t KrigingSetBlockKriging(KrigingHandle h, bool block) {
   return kKrigingOk;
 }
 
+std::int32_t KrigingSetCrossValidation(KrigingHandle h, bool on) {
+  if (!Idle(h)) return h == nullptr ? kKrigingBadArgument : kKrigingBusy;
+  h->crossValidation = on;
+  return kKrigingOk;
+}
+
 std::int32_t KrigingSetModel(KrigingHandle h, std::int32_t model) {
   if (!Idle(h)) return h == nullptr ? kKrigingBadArgument : kKrigingBusy;
   if (model < 0 || model > 3) return kKrigingBadArgument;
@@ -338,7 +451,8 @@ bool KrigingIsFinish(KrigingHandle h) { return h == nullptr || !h->running.load(
 std::int32_t KrigingGetCurrentProgress(KrigingHandle h) { return h == nullptr ? 0 : h->progress.load(); }
 
 std::int32_t KrigingGetMaxProgressBar(KrigingHandle h) {
-  return h == nullptr ? 0 : static_cast<std::int32_t>(h->gridX.size() * h->gridY.size());
+  if (h == nullptr) return 0;
+  return static_cast<std::int32_t>(h->crossValidation ? h->x.size() : h->gridX.size() * h->gridY.size());
 }
 
 void KrigingCancel(KrigingHandle h) {

@@ -14,6 +14,12 @@
 // grid value then costs one pass over the points). With block kriging each grid value
 // comes from the system of its 32 nearest points; with no more points than that, the
 // global system is used, so both give the same values.
+//
+// Cross-validation (KrigingSetCrossValidation) estimates each point from the others
+// instead: leave one out. Globally this needs no refit: with B the inverse of the bordered
+// matrix of all points and w = B [z; 0], point i's estimate from the others is
+// z_i - w_i / B_ii and its kriging variance -1 / B_ii. With block kriging each point
+// solves the system of its 32 nearest other points.
 
 #include <cstdint>
 
@@ -44,6 +50,9 @@ std::int32_t KrigingSetData(KrigingHandle h, std::int32_t count, const double* x
 std::int32_t KrigingSetGridCoordinate(KrigingHandle h, std::int32_t nx, const double* x,
                                       std::int32_t ny, const double* y);
 std::int32_t KrigingSetBlockKriging(KrigingHandle h, bool block);
+// With on, a calculation gives each point's leave-one-out estimate and variance (one
+// value per point, in input order) instead of the grid's; needs two points or more.
+std::int32_t KrigingSetCrossValidation(KrigingHandle h, bool on);
 // Model 0..3 as above.
 std::int32_t KrigingSetModel(KrigingHandle h, std::int32_t model);
 std::int32_t KrigingGetModel(KrigingHandle h);
@@ -57,14 +66,16 @@ std::int32_t KrigingCalculate(KrigingHandle h);
 std::int32_t KrigingCalculateInThread(KrigingHandle h);
 // True when no calculation is running (finished, failed, cancelled or never started).
 bool KrigingIsFinish(KrigingHandle h);
-// Grid values done so far, out of KrigingGetMaxProgressBar.
+// Grid values (or points, when cross-validating) done so far, out of KrigingGetMaxProgressBar.
 std::int32_t KrigingGetCurrentProgress(KrigingHandle h);
 std::int32_t KrigingGetMaxProgressBar(KrigingHandle h);
 // Asks a running calculation to stop; it ends with kKrigingCancelled.
 void KrigingCancel(KrigingHandle h);
-// The kriging variance of each grid value (nx * ny, X index first), computed on request.
+// The kriging variance of each grid value (nx * ny, X index first), computed on request;
+// of each point when cross-validating.
 std::int32_t KrigingGetEstimation(KrigingHandle h, double* variances);
-// The estimates (nx * ny, X index first) of the last finished calculation.
+// The estimates (nx * ny, X index first; one per point when cross-validating) of the last
+// finished calculation.
 std::int32_t KrigingGetValues(KrigingHandle h, double* values);
 // The status of the last calculation and a description of what went wrong.
 std::int32_t KrigingGetLastStatus(KrigingHandle h);
