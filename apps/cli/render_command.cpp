@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -20,6 +21,7 @@
 #include "commands.h"
 #include "input_options.h"
 #include "level_options.h"
+#include "numbers.h"
 #include "control/fitting_zoom.h"
 #include "control/surface_state.h"
 #include "orvane/control/host_defaults.h"
@@ -30,6 +32,7 @@
 #include "orvane/contour/contouring.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
+#include "orvane/data/data_set.h"
 #include "orvane/data/data_sets.h"
 #include "orvane/data/data_file.h"
 #include "orvane/data/xyz_file.h"
@@ -66,6 +69,8 @@ struct RenderOptions {
   bool base = false;            // a solid block under the 3-D surface
   bool blankOutsideHull = false;  // resampled cells beyond the data's hull left blank
   bool extrapolate = false;       // nn: fill them
+  double maxError = 0.0;          // kriging: cells whose standard error exceeds it are blank
+  CLI::Option* varianceOption = nullptr;
   bool mesh = false;
   bool markers = false;
   bool noFill = false;
@@ -145,6 +150,31 @@ void LoadData(const RenderOptions& o, Surface& surface) {
     const bool natural = o.resample.method == "nn";
     data.Resampling().SetBlankOutsideHull(o.blankOutsideHull || (natural && !o.extrapolate));
   }
+  if (o.varianceOption->count() > 0) {
+    // The confidence view: the kriged grid with the cells the data do not support left
+    // blank, drawn as a grid of its own.
+    DataFile masked;
+    masked.isGrid = true;
+    GridFile variance;
+    {
+      InterruptGuard guard;
+      ProgressBar bar;
+      masked.grid = ResampleGrid(data.Resampling(), file.points.x, file.points.y, file.points.z,
+                                 [&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); },
+                                 &variance);
+    }
+    std::size_t blanked = 0;
+    for (std::size_t k = 0; k < masked.grid.z.size(); ++k) {
+      if (!std::isnan(masked.grid.z[k]) && !(std::sqrt(std::max(variance.z[k], 0.0)) <= o.maxError)) {
+        masked.grid.z[k] = std::numeric_limits<double>::quiet_NaN();
+        ++blanked;
+      }
+    }
+    std::cerr << "orvane: " << blanked << " of " << masked.grid.z.size() << " cells have a kriging standard error above "
+              << Number(o.maxError) << " and are left blank\n";
+    ShowDataFile(masked, data);
+    return;
+  }
   ShowDataFile(file, data);
 }
 
@@ -172,6 +202,10 @@ void CheckOptions(const RenderOptions& o) {
   }
   if (o.blankOutsideHull && o.extrapolate) Refuse("--extrapolate and --blank-outside-hull contradict each other.");
   if (o.extrapolate && o.resample.method != "nn") Refuse("--extrapolate applies to --resample nn only");
+  if (o.varianceOption->count() > 0) {
+    if (o.resample.method != "kriging") Refuse("--variance applies to --resample kriging only");
+    if (!(std::isfinite(o.maxError) && o.maxError >= 0.0)) Refuse("--variance takes a standard error of 0 or more");
+  }
   if (o.plotType != "3d" && o.plotType != "2d") Refuse("--plot-type must be 3d or 2d");
   if (!o.rotation.empty() && o.rotation.size() != 3) Refuse("--rotation takes three angles: X,Y,Z");
   for (double angle : o.rotation) {
@@ -466,6 +500,11 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
   command.add_flag("--blank-outside-hull", o.blankOutsideHull,
                    "Leave resampled cells outside the data's convex hull blank (the default for nn)");
   command.add_flag("--extrapolate", o.extrapolate, "--resample nn: fill the cells outside the data's hull too");
+  o.varianceOption = command.add_option(
+      "--variance", o.maxError,
+      "--resample kriging: leave blank the cells whose standard error (the square root of the kriging variance) "
+      "exceeds SE, to show only what the data support");
+  o.varianceOption->type_name("SE");
   o.command = &command;
 }
 

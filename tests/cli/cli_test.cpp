@@ -1277,6 +1277,19 @@ TEST_F(Cli, InputThatIsNotDataIsRefusedWithTheOptionThatHelps) {
   EXPECT_EQ(nlohmann::json::parse(zinc.out)["points"], 3);
 }
 
+// Pixels in the colour map's colours, not greys.
+int ColouredPixels(const Png& png) {
+  int n = 0;
+  for (int y = 0; y < png.height; ++y) {
+    for (int x = 0; x < png.width; ++x) {
+      const std::uint32_t c = png.At(x, y);
+      const int r = static_cast<int>(c & 0xFF), g = static_cast<int>((c >> 8) & 0xFF), b = static_cast<int>(c >> 16);
+      n += std::max({r, g, b}) - std::min({r, g, b}) > 60;
+    }
+  }
+  return n;
+}
+
 TEST_F(Cli, NaturalNeighbourMapsStopAtTheDataHullUnlessTheyExtrapolate) {
   const std::string points = Write("tri.xyz", TrianglePoints());
   const auto coloured = [&](const std::string& options) {
@@ -1284,16 +1297,7 @@ TEST_F(Cli, NaturalNeighbourMapsStopAtTheDataHullUnlessTheyExtrapolate) {
     const Outcome run = Orvane("render " + points + " --plot-type 2d --size 300x300 --no-legend --resample nn --intervals 40 " +
                                options + " -o " + out);
     EXPECT_EQ(run.status, 0) << run.out;
-    const Png png = ReadPng(out);
-    int n = 0;
-    for (int y = 0; y < png.height; ++y) {
-      for (int x = 0; x < png.width; ++x) {
-        const std::uint32_t c = png.At(x, y);
-        const int r = static_cast<int>(c & 0xFF), g = static_cast<int>((c >> 8) & 0xFF), b = static_cast<int>(c >> 16);
-        n += std::max({r, g, b}) - std::min({r, g, b}) > 60;  // the map's colours, not greys
-      }
-    }
-    return n;
+    return ColouredPixels(ReadPng(out));
   };
   const int blank = coloured(""), full = coloured("--extrapolate"), asked = coloured("--blank-outside-hull");
   // The hull is half the box: the blanked map about half the extrapolated one.
@@ -1371,6 +1375,28 @@ TEST_F(Cli, CrossValidationSummarisesAndWritesTheResiduals) {
   EXPECT_TRUE(kriged.out.starts_with("x,y,observed,predicted,residual,variance,zscore\n181072,333611,1022,")) << kriged.out;
   EXPECT_TRUE(Orvane("cv " + meuse + " --method idw --intervals 4").out.starts_with("orvane: cv: unknown option --intervals\n"));
   EXPECT_EQ(Orvane("cv " + meuse + " --method idw --extrapolate").out, "orvane: --extrapolate applies to --method nn only\n");
+}
+
+TEST_F(Cli, RenderShowsOnlyWhatTheKrigingStandardErrorSupports) {
+  const std::string meuse = std::string(ORVANE_SHARED_DATA) + "/meuse.csv";
+  const std::string out = (dir_ / "se.png").string();
+  const auto render = [&](const std::string& options) {
+    const Outcome run = Orvane("render " + meuse + " --plot-type 2d --size 300x300 --no-legend --resample kriging " +
+                               "--model spherical --nugget 20000 --sill 170000 --range 1000 --intervals 10 " + options +
+                               " -o " + out);
+    EXPECT_EQ(run.status, 0) << run.out;
+    return std::make_pair(run.out, ColouredPixels(ReadPng(out)));
+  };
+  const auto [all, full] = render("");
+  const auto [none, kept] = render("--variance 1e9");
+  const auto [some, masked] = render("--variance 250");
+  EXPECT_EQ(none, "orvane: 0 of 121 cells have a kriging standard error above 1e+09 and are left blank\n");
+  EXPECT_NEAR(kept, full, full / 20);  // the same map (a grid's cells may split along the other diagonal)
+  EXPECT_NE(some.find(" of 121 cells have a kriging standard error above 250 and are left blank"), std::string::npos);
+  EXPECT_LT(masked, full * 2 / 3);
+  EXPECT_GT(masked, full / 10);
+  EXPECT_EQ(Orvane("render " + meuse + " --resample idw --variance 3 -o " + out).out,
+            "orvane: --variance applies to --resample kriging only\n");
 }
 
 TEST_F(Cli, LocalInverseDistanceBlanksNodesWithNoPointInRange) {
