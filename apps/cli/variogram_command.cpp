@@ -1,7 +1,10 @@
 // orvane variogram: the experimental semi-variogram of a data file's points and the
 // models fitted to it, best first, as text or JSON.
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -13,6 +16,7 @@
 #include "numbers.h"
 #include "orvane/core/error.h"
 #include "orvane/resample/variogram.h"
+#include "variogram_plot.h"
 
 namespace orvane::cli {
 
@@ -27,9 +31,23 @@ struct VariogramCommandOptions {
   double azimuth = 0.0;
   double tolerance = 22.5;
   bool json = false;
+  std::string plot;  // a PNG of the bins and the curves
+  std::string size = "720x600";
 };
 
 void RunVariogram(const VariogramCommandOptions& o) {
+  int width = 0, height = 0;
+  if (!o.plot.empty()) {
+    const std::string extension = std::filesystem::path(o.plot).extension().string();
+    if (o.plot != "-" && extension != ".png") {
+      throw Error(5, "orvane", o.plot + ": --plot writes .png (or - for standard output)");
+    }
+    char x = 0, extra = 0;
+    if (std::sscanf(o.size.c_str(), "%d%c%d%c", &width, &x, &height, &extra) != 3 || (x != 'x' && x != 'X') ||
+        width < 16 || height < 16 || width > 16384 || height > 16384) {
+      throw Error(5, "orvane", "--size must be WIDTHxHEIGHT with each side from 16 to 16384, as in 800x600");
+    }
+  }
   const XyzPoints points = PointsOf(ReadData(o.file, o.input));
   VariogramOptions options;
   options.cutoff = o.cutoff;
@@ -39,6 +57,17 @@ void RunVariogram(const VariogramCommandOptions& o) {
   options.tolerance = o.tolerance;
   const std::vector<VariogramBin> bins = ExperimentalVariogram(points.x, points.y, points.z, options);
   const std::vector<VariogramModel> models = FitVariograms(bins);
+  if (!o.plot.empty()) {
+    double cutoff = o.cutoff;
+    if (cutoff <= 0.0) {
+      // The bins' own default: a third of the bounding box's diagonal.
+      const auto [x0, x1] = std::minmax_element(points.x.begin(), points.x.end());
+      const auto [y0, y1] = std::minmax_element(points.y.begin(), points.y.end());
+      cutoff = std::hypot(*x1 - *x0, *y1 - *y0) / 3.0;
+    }
+    PlotVariogram(std::filesystem::path(o.file).filename().string(), bins, models, cutoff, width, height, o.plot);
+    if (o.plot == "-") return;
+  }
   if (o.json) {
     nlohmann::json out = {{"bins", nlohmann::json::array()}, {"models", nlohmann::json::array()}};
     for (const VariogramBin& b : bins) out["bins"].push_back({{"distance", b.distance}, {"gamma", b.gamma}, {"pairs", b.pairs}});
@@ -78,6 +107,10 @@ void AddVariogramCommand(CLI::App& app) {
   command->add_option("--tolerance", o->tolerance, "With --direction: degrees either side (default 22.5)");
   command->add_flag("--json", o->json,
                     "Print JSON: bins (distance, gamma, pairs) and models (model, nugget, psill, range, sse), best first");
+  command->add_option("--plot", o->plot,
+                      "Also draw the semivariances and the fitted curves (the best thickest) to OUT.png; - for "
+                      "standard output");
+  command->add_option("--size", o->size, "With --plot: WIDTHxHEIGHT in pixels (default 720x600)");
   command->callback([o] { RunVariogram(*o); });
 }
 

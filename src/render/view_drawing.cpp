@@ -403,7 +403,7 @@ void DrawContourLines(const DataSetState& s, const View& view, const CCoordMappe
   if (!any) return;
   const bool master = view.UseMasterProperties();
   if (master && view.ContourLinesMaster().Width() == 0) return;
-  glPushAttrib(GL_DEPTH_BUFFER_BIT | GL_CURRENT_BIT | GL_LINE_BIT | GL_ENABLE_BIT);
+  glPushAttrib(GL_DEPTH_BUFFER_BIT | GL_CURRENT_BIT | GL_LINE_BIT | GL_POINT_BIT | GL_ENABLE_BIT);
   glDepthMask(GL_FALSE);
   glDisable(GL_LIGHTING);
   glEnable(GL_LINE_STIPPLE);
@@ -412,25 +412,40 @@ void DrawContourLines(const DataSetState& s, const View& view, const CCoordMappe
   for (std::size_t k = 0; k < s.contourLines.size(); ++k) {
     const CLineList& lines = s.contourLines[k];
     if (lines.Count() == 0) continue;
+    std::int32_t width = view.ContourLinesMaster().Width();
+    std::uint16_t stipple = view.ContourLinesMaster().StipplePattern();
     if (!master) {
       if (static_cast<std::int32_t>(k) >= levels.Count()) break;
       const auto level = levels.Item(static_cast<std::int32_t>(k));
       if (level->LineWidth() <= 0) continue;
-      ApplyLineFormat(Line::StipplePattern(static_cast<EDrawStyle>(level->LineDrawStyle())), level->LineWidth(),
-                      level->Color());
+      width = level->LineWidth();
+      stipple = Line::StipplePattern(static_cast<EDrawStyle>(level->LineDrawStyle()));
+      ApplyLineFormat(stipple, width, level->Color());
     }
     const auto& starts = lines.PolylineStarts();
-    for (std::size_t p = 0; p < starts.size(); ++p) {
-      const auto begin = static_cast<std::size_t>(starts[p]);
-      const std::size_t end = p + 1 < starts.size() ? static_cast<std::size_t>(starts[p + 1]) : lines.Count();
-      glBegin(GL_LINE_STRIP);
+    const auto vertices = [&](std::size_t begin, std::size_t end) {
       const CLine& first = lines.Item(begin);
       glVertex3d(map.NormalisedToCubeX(first.x1), map.NormalisedToCubeY(first.y1), map.NormalisedToCubeZ(first.z1));
       for (std::size_t i = begin; i < end; ++i) {
         const CLine& l = lines.Item(i);
         glVertex3d(map.NormalisedToCubeX(l.x2), map.NormalisedToCubeY(l.y2), map.NormalisedToCubeZ(l.z2));
       }
+    };
+    // A wide line is a chain of separate quads: a solid one gets a dot of its width at
+    // each vertex too, which fills the notches where the quads meet.
+    const bool joins = width > 1 && stipple == 0xFFFF;
+    if (joins) glPointSize(static_cast<GLfloat>(width));
+    for (std::size_t p = 0; p < starts.size(); ++p) {
+      const auto begin = static_cast<std::size_t>(starts[p]);
+      const std::size_t end = p + 1 < starts.size() ? static_cast<std::size_t>(starts[p + 1]) : lines.Count();
+      glBegin(GL_LINE_STRIP);
+      vertices(begin, end);
       glEnd();
+      if (joins) {
+        glBegin(GL_POINTS);
+        vertices(begin, end);
+        glEnd();
+      }
     }
   }
   glPopAttrib();

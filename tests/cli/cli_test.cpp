@@ -1342,6 +1342,31 @@ TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
 }
 
 
+TEST_F(Cli, VariogramPlotDrawsTheBinsAndEveryFittedCurve) {
+  const std::string meuse = std::string(ORVANE_SHARED_DATA) + "/meuse.csv";
+  const std::string out = (dir_ / "v.png").string();
+  const Outcome run = Orvane("variogram " + meuse + " --plot " + out + " --size 500x400");
+  ASSERT_EQ(run.status, 0) << run.out;
+  const Png png = ReadPng(out);
+  ASSERT_EQ(png.width, 500);
+  ASSERT_EQ(png.height, 400);
+  // Each curve in its colour (best first: blue, orange, green, pink), and the dark dots.
+  const std::uint32_t colours[] = {0xB27200, 0x009FE6, 0x739E00, 0xA779CC};
+  for (const std::uint32_t colour : colours) {
+    int n = 0;
+    for (int y = 0; y < png.height; ++y) {
+      for (int x = 0; x < png.width; ++x) n += png.At(x, y) == colour;
+    }
+    EXPECT_GT(n, 150) << std::hex << colour;
+  }
+  int dark = 0;
+  for (int y = 0; y < png.height; ++y) {
+    for (int x = 0; x < png.width; ++x) dark += png.At(x, y) == 0x282828;
+  }
+  EXPECT_GT(dark, 15 * 20);  // fifteen dots
+  EXPECT_EQ(Orvane("variogram " + meuse + " --plot v.svg").out, "orvane: v.svg: --plot writes .png (or - for standard output)\n");
+}
+
 TEST_F(Cli, CrossValidationSummarisesAndWritesTheResiduals) {
   const std::string meuse = std::string(ORVANE_SHARED_DATA) + "/meuse.csv";
   // gstat's krige.cv for this model: me 1.66299, rmse 226.804, msdr 0.929825.
