@@ -114,7 +114,7 @@ ResamplingDialog::ResamplingDialog(const ResamplingSettings& settings, QWidget* 
   krigingForm->addRow(tr("&Sill:"), sill_);
   connect(autoRange_, &QCheckBox::toggled, range_, &QWidget::setDisabled);
   range_->setDisabled(settings.autoRange);
-  fit_ = new QPushButton(tr("&Fit to Data"));
+  fit_ = new QPushButton(tr("&Fit to data"));
   fit_->setObjectName(QStringLiteral("fitToData"));
   fit_->setToolTip(tr("The model, nugget, sill and range that fit the data's variogram best (weighted least squares)."));
   fit_->setEnabled(static_cast<bool>(fitter_));

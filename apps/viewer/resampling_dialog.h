@@ -49,7 +49,7 @@ class ResamplingDialog : public QDialog {
  public:
   // Finds the model that fits the data's variogram best; nothing when it cannot.
   using Fitter = std::function<std::optional<VariogramModel>()>;
-  // With a fitter, the kriging page's "Fit to Data" fills in its model.
+  // With a fitter, the kriging page's "Fit to data" fills in its model.
   ResamplingDialog(const ResamplingSettings& settings, QWidget* parent = nullptr, Fitter fitter = {});
   ResamplingSettings settings() const;
 

@@ -433,7 +433,7 @@ TEST_F(ViewerTest, TheResamplingDialogBlanksNaturalNeighbourAndFitsKrigingToTheD
   dialog.settings().ApplyTo(data.Resampling());
   EXPECT_TRUE(data.Resampling().BlankOutsideHull());
 
-  // "Fit to Data" fills the kriging page with the fitter's model; without one it is off.
+  // "Fit to data" fills the kriging page with the fitter's model; without one it is off.
   EXPECT_FALSE(dialog.findChild<QPushButton*>(QStringLiteral("fitToData"))->isEnabled());
   ResamplingDialog fitted(ResamplingSettings{}, nullptr,
                           [] { return std::optional<VariogramModel>(VariogramModel{2, 10.0, 90.0, 450.0, 0.0}); });
