@@ -17,28 +17,14 @@
 #include "orvane_kriging/kriging.h"
 #include "resample/interpolator.h"
 #include "resample/natural_neighbour.h"
+#include "meuse.h"
 #include "support/expect_error.h"
 
 namespace orvane {
 namespace {
 
-struct Points {
-  std::vector<double> x, y, z;
-};
-
-Points Meuse() {
-  Points p;
-  std::ifstream in(std::string(ORVANE_SHARED_DATA) + "/meuse.csv");
-  std::string line;
-  std::getline(in, line);  // x,y,zinc
-  for (double x = 0, y = 0, z = 0; std::getline(in, line);) {
-    if (std::sscanf(line.c_str(), "%lf,%lf,%lf", &x, &y, &z) != 3) continue;
-    p.x.push_back(x);
-    p.y.push_back(y);
-    p.z.push_back(z);
-  }
-  return p;
-}
+using testing::Meuse;
+using testing::Points;
 
 void UseKriging(Resampling& settings, std::int32_t model, double nugget, double sill, double range, bool block) {
   settings.SetResamplerType(orvResamplerTypeKriging);
@@ -98,15 +84,7 @@ TEST(CrossValidation, MeuseKrigingEqualsGstatsKrigeCv) {
 
 TEST(CrossValidation, TheStoredFiguresAreGstatsOwnForEveryPoint) {
   // Recomputed when R and gstat are here; the stored figures stand otherwise.
-  if (std::system("Rscript -e 'library(gstat)' > /dev/null 2>&1") != 0) GTEST_SKIP() << "no R with gstat";
-  const std::string command = std::string("Rscript ") + ORVANE_TEST_SOURCE_DIR + "/gstat_meuse.R " + ORVANE_SHARED_DATA +
-                              "/meuse.csv";
-  FILE* pipe = popen(command.c_str(), "r");
-  ASSERT_NE(pipe, nullptr);
-  std::string out;
-  char buffer[4096];
-  for (std::size_t n = 0; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
-  ASSERT_EQ(pclose(pipe), 0);
+  ORVANE_GSTAT_MEUSE_OUTPUT(out);
   const Points meuse = Meuse();
   std::istringstream lines(out);
   std::string line;

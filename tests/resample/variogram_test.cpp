@@ -14,28 +14,14 @@
 
 #include "orvane/resample/resampling.h"
 #include "orvane/resample/variogram.h"
+#include "meuse.h"
 #include "support/expect_error.h"
 
 namespace orvane {
 namespace {
 
-struct Points {
-  std::vector<double> x, y, z;
-};
-
-Points Meuse() {
-  Points p;
-  std::ifstream in(std::string(ORVANE_SHARED_DATA) + "/meuse.csv");
-  std::string line;
-  std::getline(in, line);  // x,y,zinc
-  for (double x = 0, y = 0, z = 0; std::getline(in, line);) {
-    if (std::sscanf(line.c_str(), "%lf,%lf,%lf", &x, &y, &z) != 3) continue;
-    p.x.push_back(x);
-    p.y.push_back(y);
-    p.z.push_back(z);
-  }
-  return p;
-}
+using testing::Meuse;
+using testing::Points;
 
 // gstat 2.1-0's variogram(zinc ~ 1, meuse): pairs, mean distance and semivariance.
 struct GstatBin {
@@ -94,15 +80,7 @@ TEST(Variogram, MeuseBinsAndFitsMatchGstat) {
 
 TEST(Variogram, TheStoredGstatFiguresAreGstatsOwn) {
   // Recomputed when R and gstat are here; the stored figures stand otherwise.
-  if (std::system("Rscript -e 'library(gstat)' > /dev/null 2>&1") != 0) GTEST_SKIP() << "no R with gstat";
-  const std::string command = std::string("Rscript ") + ORVANE_TEST_SOURCE_DIR + "/gstat_meuse.R " + ORVANE_SHARED_DATA +
-                              "/meuse.csv";
-  FILE* pipe = popen(command.c_str(), "r");
-  ASSERT_NE(pipe, nullptr);
-  std::string out;
-  char buffer[4096];
-  for (std::size_t n = 0; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
-  ASSERT_EQ(pclose(pipe), 0);
+  ORVANE_GSTAT_MEUSE_OUTPUT(out);
   std::istringstream lines(out);
   std::string line;
   std::getline(lines, line);  // the header

@@ -1,7 +1,7 @@
 # gstat's figures for the meuse zinc data, which variogram_test.cpp stores: the
 # experimental variogram with gstat's defaults, and the weighted least-squares fit
 # (fit.method 7) of three models from the starting values the test uses too.
-#   Rscript gstat_meuse.R meuse.csv
+#   Rscript tests/data/gstat_meuse.R ../shared/data/meuse.csv
 suppressMessages(library(gstat)); suppressMessages(library(sp))
 args <- commandArgs(trailingOnly = TRUE)
 d <- read.csv(args[1])
