@@ -68,6 +68,10 @@ void RunCv(const CvOptions& o) {
     cv = CrossValidate(settings, points.x, points.y, points.z,
                        [&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); });
   }
+  if (cv.summary.count == 0) {
+    throw Error(5, "orvane", "no point could be estimated from the others" +
+                                 std::string(natural ? " (every point lies on the data's hull)" : " (no other point in range)"));
+  }
   if (!o.output.empty()) WriteResiduals(o.output, cv, kriging);
   if (o.output == "-") return;
   const CrossValidationSummary& s = cv.summary;

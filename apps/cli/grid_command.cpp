@@ -60,6 +60,9 @@ void RunGrid(const GridOptions& options) {
     if (std::filesystem::path(options.variance).extension().string() != extension || toOutput) {
       Refuse("--variance " + options.variance + " must be a file of the grid's own format (" + extension + ")");
     }
+    if (std::filesystem::weakly_canonical(options.variance) == std::filesystem::weakly_canonical(options.output)) {
+      Refuse("--variance must name another file than -o");
+    }
     OutputFile(options.variance);  // refused up front if it cannot be replaced
   }
   const std::string givenCrs = CrsAsWkt(options.crs);  // refused before any work

@@ -163,12 +163,23 @@ void LoadData(const RenderOptions& o, Surface& surface) {
                                  [&bar](std::int64_t done, std::int64_t total) { return bar.Update(done, total); },
                                  &variance);
     }
-    std::size_t blanked = 0;
+    std::size_t blanked = 0, kept = 0;
+    double least = std::numeric_limits<double>::infinity();
     for (std::size_t k = 0; k < masked.grid.z.size(); ++k) {
-      if (!std::isnan(masked.grid.z[k]) && !(std::sqrt(std::max(variance.z[k], 0.0)) <= o.maxError)) {
+      if (std::isnan(masked.grid.z[k])) continue;
+      const double error = std::sqrt(std::max(variance.z[k], 0.0));
+      least = std::min(least, error);
+      if (error <= o.maxError) {
+        ++kept;
+      } else {
         masked.grid.z[k] = std::numeric_limits<double>::quiet_NaN();
         ++blanked;
       }
+    }
+    if (kept == 0) {
+      char text[48];
+      std::snprintf(text, sizeof text, "%.6g", least);
+      Refuse("--variance " + Number(o.maxError) + " leaves no cell to draw: the least standard error is " + text);
     }
     std::cerr << "orvane: " << blanked << " of " << masked.grid.z.size() << " cells have a kriging standard error above "
               << Number(o.maxError) << " and are left blank\n";

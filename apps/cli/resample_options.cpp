@@ -16,27 +16,51 @@ namespace {
 
 void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 
-// The model the data's variogram fits best (of at most 5,000 of the points), told on
-// standard error.
-void FitKriging(const std::string& file, const XyzPoints& points, Kriging& kriging) {
-  VariogramModel best;
+// Kriging's model, nugget, sill and range: those given, the others fitted to the data's
+// variogram (of at most 5,000 of the points): the given model's fit, or the best model's.
+// Told on standard error.
+void FitKriging(const ResampleOptions& o, const std::string& file, const XyzPoints& points, Kriging& kriging) {
+  static const std::map<std::string, std::int32_t> kModels{
+      {"linear", orvKrigingMSVLinear}, {"spherical", orvKrigingMSVSpherical},
+      {"exponential", orvKrigingMSVExponential}, {"gaussian", orvKrigingMSVGaussian}};
+  const bool model = o.Given("--model"), nugget = o.Given("--nugget"), sill = o.Given("--sill"), range = o.Given("--range");
+  VariogramModel fit;
   try {
-    best = BestVariogramModel(points.x, points.y, points.z);
+    fit = BestVariogramModel(points.x, points.y, points.z, 5000, model ? kModels.at(o.model) : -1);
   } catch (const Error& e) {
-    std::cerr << "orvane: " << file << ": no variogram could be fitted (" << e.Description()
-              << "); kriging with the linear model, nugget 1 and sill 2\n";
+    if (kriging.Sill() < kriging.Nugget()) {
+      Refuse("--" + std::string(sill ? "sill" : "nugget") + " " + Number(sill ? kriging.Sill() : kriging.Nugget()) +
+             " does not go with the default " + (sill ? "nugget " : "sill ") +
+             Number(sill ? kriging.Nugget() : kriging.Sill()) + " (no variogram could be fitted: " + e.Description() +
+             "); give --nugget and --sill");
+    }
+    std::cerr << "orvane: " << file << ": no variogram could be fitted (" << e.Description() << "); kriging with "
+              << (model ? o.model : std::string("the linear")) << " model, nugget " << Number(kriging.Nugget())
+              << " and sill " << Number(kriging.Sill()) << "\n";
     return;
   }
-  kriging.SetModelSemiVariogram(best.model);
-  kriging.SetNugget(best.nugget);
-  kriging.SetSill(best.nugget + best.psill);
-  kriging.SetAutoSetRange(false);
-  kriging.SetRange(best.range);
-  char text[160];
-  std::snprintf(text, sizeof text, "model: nugget %.6g, sill %.6g, range %.6g", best.nugget, best.nugget + best.psill,
-                best.range);
-  std::cerr << "orvane: kriging with the fitted " << best.Name() << " " << text << " (orvane variogram " << file
-            << " shows the fit)\n";
+  kriging.SetModelSemiVariogram(fit.model);
+  if (!nugget) kriging.SetNugget(fit.nugget);
+  if (!sill) kriging.SetSill(fit.nugget + fit.psill);
+  if (!range) {
+    kriging.SetAutoSetRange(false);
+    kriging.SetRange(fit.range);
+  }
+  if (kriging.Sill() < kriging.Nugget()) {
+    char sillText[32];
+    std::snprintf(sillText, sizeof sillText, "%.6g", kriging.Sill());
+    Refuse("--nugget " + Number(kriging.Nugget()) + " is above the fitted sill " + sillText + "; give --sill too.");
+  }
+  char text[200];
+  if (!model && !nugget && !sill && !range) {
+    std::snprintf(text, sizeof text, "the fitted %s model: nugget %.6g, sill %.6g, range %.6g", fit.Name(),
+                  kriging.Nugget(), kriging.Sill(), kriging.Range());
+  } else {
+    const auto mark = [](bool given) { return given ? "" : " (fitted)"; };
+    std::snprintf(text, sizeof text, "the %s model: nugget %.6g%s, sill %.6g%s, range %.6g%s", fit.Name(),
+                  kriging.Nugget(), mark(nugget), kriging.Sill(), mark(sill), kriging.Range(), mark(range));
+  }
+  std::cerr << "orvane: kriging with " << text << " (orvane variogram " << file << " shows the fit)\n";
 }
 
 }  // namespace
@@ -61,12 +85,12 @@ void AddResampleOptions(CLI::App& command, ResampleOptions& o, const std::string
   o.given["--radius"] = command.add_option("--radius", o.radius,
                                            "idw: weigh only points within R; a node with none is blank (default: no limit)");
   o.given["--model"] = command.add_option("--model", o.model,
-                                          "kriging: linear, spherical, exponential or gaussian (default, with no "
-                                          "--nugget, --sill or --range either: the model the data's variogram fits best)")
+                                          "kriging: linear, spherical, exponential or gaussian (default: the model the data's "
+                                          "variogram fits best); the nugget, sill and range not given are fitted too")
                            ->check(CLI::IsMember({"linear", "spherical", "exponential", "gaussian"}));
-  o.given["--nugget"] = command.add_option("--nugget", o.nugget, "kriging: nugget, 0 or more (default 1)");
-  o.given["--sill"] = command.add_option("--sill", o.sill, "kriging: total sill, not below the nugget (default 2)");
-  o.given["--range"] = command.add_option("--range", o.range, "kriging: range (default: the grid's diagonal)");
+  o.given["--nugget"] = command.add_option("--nugget", o.nugget, "kriging: nugget, 0 or more (default: fitted)");
+  o.given["--sill"] = command.add_option("--sill", o.sill, "kriging: total sill, not below the nugget (default: fitted)");
+  o.given["--range"] = command.add_option("--range", o.range, "kriging: range (default: fitted)");
   o.given["--no-block"] = command.add_flag("--no-block", o.noBlock, "kriging: one global system instead of 32-point neighbourhoods");
   o.given["--gradients"] = command.add_flag("--gradients", o.gradients, "nn: gradient-blended (C1) surface");
   o.given["--tautness"] = command.add_option("--tautness", o.tautness, "nn: pull toward the linear surface (default 1)");
@@ -121,7 +145,7 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
     if (!(std::isfinite(o.nugget) && o.nugget >= 0.0)) {
       Refuse("--nugget must be a finite number of 0 or more, not " + Number(o.nugget) + ".");
     }
-    if (!(std::isfinite(o.sill) && o.sill >= o.nugget)) {
+    if (!std::isfinite(o.sill) || (o.Given("--sill") && o.Given("--nugget") && o.sill < o.nugget)) {
       Refuse("--sill (" + Number(o.sill) + ") must be a finite number not below --nugget (" +
              Number(o.nugget) + "): the sill is the total variance, the nugget included.");
     }
@@ -139,8 +163,8 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
     kriging.SetAutoSetRange(false);
     kriging.SetRange(o.range);
   }
-  if (o.method == "kriging" && !o.Given("--model") && !o.Given("--nugget") && !o.Given("--sill") && !o.Given("--range")) {
-    FitKriging(file, points, kriging);
+  if (o.method == "kriging" && !(o.Given("--model") && o.Given("--nugget") && o.Given("--sill") && o.Given("--range"))) {
+    FitKriging(o, file, points, kriging);
   }
   kriging.SetBlockMode(!o.noBlock);
   settings.NNGridR().SetUseGradients(o.gradients);

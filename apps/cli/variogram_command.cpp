@@ -30,12 +30,16 @@ struct VariogramCommandOptions {
   CLI::Option* direction = nullptr;
   double azimuth = 0.0;
   double tolerance = 22.5;
+  CLI::Option* toleranceOption = nullptr;
+  CLI::Option* sizeOption = nullptr;
   bool json = false;
   std::string plot;  // a PNG of the bins and the curves
   std::string size = "720x600";
 };
 
 void RunVariogram(const VariogramCommandOptions& o) {
+  if (o.toleranceOption->count() > 0 && o.direction->count() == 0) throw Error(5, "orvane", "--tolerance applies with --direction only");
+  if (o.sizeOption->count() > 0 && o.plot.empty()) throw Error(5, "orvane", "--size applies with --plot only");
   int width = 0, height = 0;
   if (!o.plot.empty()) {
     const std::string extension = std::filesystem::path(o.plot).extension().string();
@@ -56,7 +60,13 @@ void RunVariogram(const VariogramCommandOptions& o) {
   options.direction = o.azimuth;
   options.tolerance = o.tolerance;
   const std::vector<VariogramBin> bins = ExperimentalVariogram(points.x, points.y, points.z, options);
-  const std::vector<VariogramModel> models = FitVariograms(bins);
+  std::vector<VariogramModel> models;
+  std::string unfitted;  // why no model was fitted
+  try {
+    models = FitVariograms(bins);
+  } catch (const Error& e) {
+    unfitted = e.Description();
+  }
   if (!o.plot.empty()) {
     double cutoff = o.cutoff;
     if (cutoff <= 0.0) {
@@ -85,11 +95,12 @@ void RunVariogram(const VariogramCommandOptions& o) {
     std::snprintf(line, sizeof line, "%-13.6g %-13.6g %lld\n", b.distance, b.gamma, static_cast<long long>(b.pairs));
     std::cout << line;
   }
-  std::cout << "\nmodel        nugget        partial sill  range         weighted SSE\n";
+  if (!models.empty()) std::cout << "\nmodel        nugget        partial sill  range         weighted SSE\n";
   for (const VariogramModel& m : models) {
     std::snprintf(line, sizeof line, "%-12s %-13.6g %-13.6g %-13.6g %.6g\n", m.Name(), m.nugget, m.psill, m.range, m.sse);
     std::cout << line;
   }
+  if (!unfitted.empty()) std::cerr << "orvane: no model was fitted: " << unfitted << "\n";
 }
 
 }  // namespace
@@ -104,13 +115,13 @@ void AddVariogramCommand(CLI::App& app) {
   command->add_option("--bins", o->bins, "Distance classes, 1 to 1000 (default 15)");
   o->direction = command->add_option("--direction", o->azimuth,
                                      "Only pairs along this azimuth, degrees clockwise from north (+Y)");
-  command->add_option("--tolerance", o->tolerance, "With --direction: degrees either side (default 22.5)");
+  o->toleranceOption = command->add_option("--tolerance", o->tolerance, "With --direction: degrees either side (default 22.5)");
   command->add_flag("--json", o->json,
                     "Print JSON: bins (distance, gamma, pairs) and models (model, nugget, psill, range, sse), best first");
   command->add_option("--plot", o->plot,
                       "Also draw the semivariances and the fitted curves (the best thickest) to OUT.png; - for "
                       "standard output");
-  command->add_option("--size", o->size, "With --plot: WIDTHxHEIGHT in pixels (default 720x600)");
+  o->sizeOption = command->add_option("--size", o->size, "With --plot: WIDTHxHEIGHT in pixels (default 720x600)");
   command->callback([o] { RunVariogram(*o); });
 }
 

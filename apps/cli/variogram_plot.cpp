@@ -45,7 +45,7 @@ void PlotVariogram(const std::string& title, std::span<const VariogramBin> bins,
   double top = 0.0;
   for (const VariogramBin& b : bins) top = std::max(top, b.gamma);
   for (const VariogramModel& m : models) top = std::max(top, m.Gamma(cutoff));
-  top *= 1.1;
+  top = top > 0.0 ? top * 1.1 : 1.0;  // values that do not vary: an axis from 0 to 1
   const std::size_t count = std::min(models.size(), std::size(kCurveColours));
 
   HeadlessHost host;
@@ -104,7 +104,7 @@ void PlotVariogram(const std::string& title, std::span<const VariogramBin> bins,
   surface.Axes().SetKeepXYAspectRatio(false);
   surface.Axes().XAxis().SetTitle("distance");
   surface.Axes().YAxis().SetTitle("semivariance");
-  surface.Header().SetText(title + ": " + key);
+  surface.Header().SetText(title + ": " + (key.empty() ? std::string("semivariances, no model fitted") : key));
   surface.Header().SetVisible(true);
   surface.OnResize(width, height);
   surface.Refresh();

@@ -1,5 +1,8 @@
 #include "resampling_dialog.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -57,6 +60,16 @@ QDoubleSpinBox* NumberBox(double value, double min, double max, int decimals, co
   box->setValue(value);
   box->setAccelerated(true);
   return box;
+}
+
+// Sets a fitted value with enough decimals for six significant digits of it (at least
+// the box's own), so that small values do not round to 0.
+void ShowFitted(QDoubleSpinBox* box, double value) {
+  if (value > 0.0) {
+    const int wanted = 5 - static_cast<int>(std::floor(std::log10(value)));
+    box->setDecimals(std::clamp(wanted, box->decimals(), 15));
+  }
+  box->setValue(value);
 }
 
 }  // namespace
@@ -162,9 +175,9 @@ void ResamplingDialog::fitToData() {
   }
   model_->setCurrentIndex(best->model);
   autoRange_->setChecked(false);
-  nugget_->setValue(best->nugget);
-  sill_->setValue(best->nugget + best->psill);
-  range_->setValue(best->range);
+  ShowFitted(nugget_, best->nugget);
+  ShowFitted(sill_, best->nugget + best->psill);
+  ShowFitted(range_, best->range);
 }
 
 ResamplingSettings ResamplingDialog::settings() const {

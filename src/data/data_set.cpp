@@ -109,8 +109,12 @@ bool FindInterval(const std::vector<double>& g, double v, std::size_t& index, do
 
 }  // namespace
 
-GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, std::span<const double> y,
-                      std::span<const double> z, const ResamplingProgress& progress, GridFile* variance) {
+namespace {
+
+// ResampleGrid onto the settings' grid, or onto the given nodes when there are any.
+GridFile Resample(orvane::Resampling& settings, std::span<const double> x, std::span<const double> y,
+                  std::span<const double> z, const std::vector<double>* nodesX, const std::vector<double>* nodesY,
+                  const ResamplingProgress& progress, GridFile* variance) {
   if (variance != nullptr && settings.ResamplerType() != orvResamplerTypeKriging) {
     throw Error(5, kSource, "Only kriging gives an estimation variance.");
   }
@@ -127,6 +131,7 @@ GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, s
   std::unique_ptr<InterpolatorBase> resampler = CreateInterpolator(settings);
   resampler->SetProgressCallback(progress);
   resampler->SetWantVariance(variance != nullptr);
+  if (nodesX != nullptr) resampler->SetNodes(*nodesX, *nodesY);
   std::vector<double> hullX, hullY;
   if (settings.BlankOutsideHull()) detail::ConvexHull(x, y, hullX, hullY);
   resampler->SetInputData(static_cast<std::int32_t>(n), std::vector<double>(x.begin(), x.end()),
@@ -143,6 +148,32 @@ GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, s
     }
   }
   return grid;
+}
+
+}  // namespace
+
+GridFile ResampleGrid(orvane::Resampling& settings, std::span<const double> x, std::span<const double> y,
+                      std::span<const double> z, const ResamplingProgress& progress, GridFile* variance) {
+  return Resample(settings, x, y, z, nullptr, nullptr, progress, variance);
+}
+
+GridFile ResampleOnto(orvane::Resampling& settings, std::span<const double> x, std::span<const double> y,
+                      std::span<const double> z, std::span<const double> nodesX, std::span<const double> nodesY,
+                      const ResamplingProgress& progress, GridFile* variance) {
+  const std::vector<double> gx(nodesX.begin(), nodesX.end()), gy(nodesY.begin(), nodesY.end());
+  for (const std::vector<double>* axis : {&gx, &gy}) {
+    if (axis->empty()) throw Error(5, kSource, "The grid needs one node or more along X and along Y.");
+    for (std::size_t k = 0; k < axis->size(); ++k) {
+      if (!std::isfinite((*axis)[k]) || (k > 0 && !((*axis)[k - 1] < (*axis)[k]))) {
+        throw Error(5, kSource, "The grid's nodes must be finite and ascending along X and along Y.");
+      }
+    }
+  }
+  if (static_cast<double>(gx.size()) * static_cast<double>(gy.size()) > static_cast<double>(InterpolatorBase::kMaxGridValues)) {
+    throw Error(7, kSource, "A grid of " + std::to_string(gx.size()) + " by " + std::to_string(gy.size()) +
+                                " values is too large (at most 10001 by 10001 values).");
+  }
+  return Resample(settings, x, y, z, &gx, &gy, progress, variance);
 }
 
 // ---------------------------------------------------------------------------------------

@@ -75,6 +75,11 @@ void InterpolatorBase::SetInputData(std::int32_t count, const Array& x, const Ar
 }
 
 void InterpolatorBase::GridAxes(std::vector<double>& x, std::vector<double>& y) const {
+  if (!nodesX_.empty()) {
+    x = nodesX_;
+    y = nodesY_;
+    return;
+  }
   const std::int64_t side = std::int64_t{settings_.IntervalCount()} + 1;
   if (side * side > kMaxGridValues) {
     throw Error(7, "IInterpolator", "A grid of " + std::to_string(side) + " by " + std::to_string(side) +

@@ -77,6 +77,12 @@ class InterpolatorBase : public IInterpolator {
   void SetProgressCallback(ProgressCallback callback) { progress_ = std::move(callback); }
   // Asks the next run for the estimation variance of each grid value too (kriging only).
   void SetWantVariance(bool want) { wantVariance_ = want; }
+  // Grids onto these nodes from now on instead of the settings' grid.
+  void SetNodes(std::vector<double> x, std::vector<double> y) {
+    nodesX_ = std::move(x);
+    nodesY_ = std::move(y);
+    stale_ = true;
+  }
   // The variances of the last run (X index outer), when asked for and given; else empty.
   const std::vector<double>& Variance() const noexcept { return gridVariance_; }
   // Leave-one-out cross-validation with the current settings: each input point's estimate
@@ -101,6 +107,7 @@ class InterpolatorBase : public IInterpolator {
   std::vector<double> x_, y_, z_;           // the input points
   std::vector<double> gridX_, gridY_, gridZ_;  // the last grid
   std::vector<double> gridVariance_;           // its variances, when asked for
+  std::vector<double> nodesX_, nodesY_;        // the nodes set, when set
   bool wantVariance_ = false;
   bool stale_ = true;
 };

@@ -91,6 +91,9 @@ Fit FitSills(std::span<const VariogramBin> bins, std::int32_t model, double rang
 
 void CheckBins(std::span<const VariogramBin> bins) {
   if (bins.size() < 2) Fail("A variogram fit needs at least two distance classes.");
+  if (std::all_of(bins.begin(), bins.end(), [](const VariogramBin& b) { return b.gamma == 0.0; })) {
+    Fail("Every semivariance is 0: the values do not vary, so no model can be fitted.");
+  }
   for (const VariogramBin& b : bins) {
     if (!(std::isfinite(b.distance) && b.distance > 0.0 && std::isfinite(b.gamma) && b.gamma >= 0.0 && b.pairs > 0)) {
       Fail("Each distance class needs a distance above 0, a finite semivariance of 0 or more, and pairs.");
@@ -119,7 +122,9 @@ std::vector<VariogramBin> ExperimentalVariogram(std::span<const double> x, std::
   if (cutoff == 0.0) {
     const auto [x0, x1] = std::minmax_element(x.begin(), x.end());
     const auto [y0, y1] = std::minmax_element(y.begin(), y.end());
-    cutoff = std::hypot(*x1 - *x0, *y1 - *y0) / 3.0;
+    const double dx = *x1 - *x0, dy = *y1 - *y0;
+    // gstat's default: a third of the diagonal, shortened by a hundred-thousandth of it.
+    cutoff = std::sqrt(dx * dx + dy * dy) / 3.0 * 0.99999;
   }
   if (!(cutoff > 0.0)) Fail("The points all lie at one place: there are no distances to bin.");
   const auto classes = static_cast<std::size_t>(options.bins);
@@ -133,11 +138,16 @@ std::vector<VariogramBin> ExperimentalVariogram(std::span<const double> x, std::
   for (std::size_t i = 0; i + 1 < n; ++i) {
     for (std::size_t j = i + 1; j < n; ++j) {
       const double dx = x[j] - x[i], dy = y[j] - y[i];
-      const double d = std::hypot(dx, dy);
+      const double d = std::sqrt(dx * dx + dy * dy);  // as gstat measures it, to the last bit
       if (d > cutoff) continue;
       // Either way along the direction: the cosine's size against the bound.
       if (options.directional && !(d > 0.0 && std::fabs(dx * ux + dy * uy) >= minCos * d)) continue;
-      const std::size_t k = std::min(static_cast<std::size_t>(d / width), classes - 1);
+      // Classes (k w, (k + 1) w] against the boundaries k * w as computed: a pair on a
+      // boundary goes in the lower class, one at no distance in the first.
+      const auto upper = static_cast<std::size_t>(std::ceil(d / width));
+      std::size_t k = std::min(upper == 0 ? 0 : upper - 1, classes - 1);
+      while (k > 0 && d <= static_cast<double>(k) * width) --k;
+      while (k + 1 < classes && d > static_cast<double>(k + 1) * width) ++k;
       const double dz = z[j] - z[i];
       distance[k] += d;
       squares[k] += dz * dz;
@@ -224,7 +234,7 @@ std::vector<VariogramModel> FitVariograms(std::span<const VariogramBin> bins) {
 }
 
 VariogramModel BestVariogramModel(std::span<const double> x, std::span<const double> y, std::span<const double> z,
-                                  std::size_t mostPoints) {
+                                  std::size_t mostPoints, std::int32_t model) {
   const std::size_t n = x.size();
   if (y.size() != n || z.size() != n) Fail("The X, Y and Z lists must have the same length.");
   const std::size_t step = mostPoints == 0 ? 1 : std::max<std::size_t>(1, (n + mostPoints - 1) / mostPoints);
@@ -234,7 +244,13 @@ VariogramModel BestVariogramModel(std::span<const double> x, std::span<const dou
     sy.push_back(y[k]);
     sz.push_back(z[k]);
   }
-  return FitVariograms(ExperimentalVariogram(sx, sy, sz)).front();
+  const std::vector<VariogramBin> bins = ExperimentalVariogram(sx, sy, sz);
+  VariogramModel best = model < 0 ? FitVariograms(bins).front() : FitVariogram(bins, model);
+  // A Gaussian model without a nugget makes a kriging system too ill-conditioned to
+  // solve wherever points are close against the range: a millionth of the sill keeps it
+  // solvable and changes the fitted curve by as little.
+  if (best.model == orvKrigingMSVGaussian) best.nugget = std::max(best.nugget, 1e-6 * (best.nugget + best.psill));
+  return best;
 }
 
 }  // namespace orvane

@@ -1116,8 +1116,10 @@ TEST_F(Cli, KrigingRefusesANegativeNuggetOrASillBelowIt) {
   const std::string out = (dir_ / "g.grd").string();
   const std::pair<std::string, std::string> cases[] = {
       {"--nugget -1", "orvane: --nugget must be a finite number of 0 or more, not -1.\n"},
-      {"--sill 0.5", "orvane: --sill (0.5) must be a finite number not below --nugget (1): the sill is the total "
-                     "variance, the nugget included.\n"},
+      {"--sill 0.5", "orvane: --sill 0.5 does not go with the default nugget 1 (no variogram could be fitted: A "
+                     "variogram fit needs at least two distance classes.); give --nugget and --sill\n"},
+      {"--nugget 3 --sill 2", "orvane: --sill (2) must be a finite number not below --nugget (3): the sill is the "
+                              "total variance, the nugget included.\n"},
       {"--nugget 0 --sill -2", "orvane: --sill (-2) must be a finite number not below --nugget (0): the sill is the "
                                "total variance, the nugget included.\n"}};
   for (const auto& [options, message] : cases) {
@@ -1329,8 +1331,14 @@ TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
   EXPECT_NE(fitted.out.find("orvane: kriging with the fitted exponential model: nugget 9486.6, sill 172772, range 1145.13"),
             std::string::npos)
       << fitted.out;
-  const Outcome given = Orvane("grid " + meuse + " --method kriging --model spherical --nugget 0 --sill 1 --intervals 4 -o " + out);
+  const Outcome given =
+      Orvane("grid " + meuse + " --method kriging --model spherical --nugget 0 --sill 1 --range 900 --intervals 4 -o " + out);
   EXPECT_EQ(given.out.find("fitted"), std::string::npos) << given.out;
+  // What is not given is fitted: here the spherical model's nugget, sill and range.
+  EXPECT_NE(Orvane("grid " + meuse + " --method kriging --model spherical --intervals 4 -o " + out)
+                .out.find("orvane: kriging with the spherical model: nugget 24806.6 (fitted), sill 159556 (fitted), "
+                          "range 831.117 (fitted)"),
+            std::string::npos);
   // The kriging variance, on the same nodes in the same format.
   const std::string variance = (dir_ / "v.csv").string();
   ASSERT_EQ(Orvane("grid " + meuse + " --method kriging --intervals 4 --variance " + variance + " -o " + out).status, 0);
@@ -1339,6 +1347,19 @@ TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
             "orvane: --variance applies to --method kriging only.\n");
   EXPECT_EQ(Orvane("grid " + meuse + " --method kriging --variance v.tif -o " + out).out,
             "orvane: --variance v.tif must be a file of the grid's own format (.csv)\n");
+  EXPECT_EQ(Orvane("grid " + meuse + " --method kriging --variance " + out + " -o " + out).out,
+            "orvane: --variance must name another file than -o\n");
+  // Values that do not vary fit no model: the bins are printed, and kriging keeps its
+  // defaults, which reproduce the constant.
+  std::string lattice = "x,y,z\n";
+  for (int k = 0; k < 25; ++k) lattice += std::to_string(k % 5) + "," + std::to_string(k / 5) + ",5\n";
+  const std::string flat = Write("flat.csv", lattice);
+  const Outcome bins = Orvane("variogram " + flat);
+  EXPECT_EQ(bins.status, 0);
+  EXPECT_NE(bins.out.find("orvane: no model was fitted: Every semivariance is 0: the values do not vary"), std::string::npos)
+      << bins.out;
+  ASSERT_EQ(Orvane("grid " + flat + " --method kriging --intervals 2 -o " + out).status, 0);
+  for (const std::string& line : Lines(out)) EXPECT_NEAR(std::stod(line.substr(line.rfind(',') + 1)), 5.0, 1e-12) << line;
 }
 
 
@@ -1396,10 +1417,12 @@ TEST_F(Cli, CrossValidationSummarisesAndWritesTheResiduals) {
   ASSERT_EQ(rows.size(), 156u);
   EXPECT_EQ(rows[0], "x,y,observed,predicted,residual");
   EXPECT_EQ(std::count_if(rows.begin(), rows.end(), [](const std::string& r) { return r.ends_with(",,"); }), 12);
-  const Outcome kriged = Orvane("cv " + meuse + " --method kriging --model linear --sill 100000 --range 2000 -o -");
+  const Outcome kriged = Orvane("cv " + meuse + " --method kriging --model linear --nugget 0 --sill 100000 --range 2000 -o -");
   EXPECT_TRUE(kriged.out.starts_with("x,y,observed,predicted,residual,variance,zscore\n181072,333611,1022,")) << kriged.out;
   EXPECT_TRUE(Orvane("cv " + meuse + " --method idw --intervals 4").out.starts_with("orvane: cv: unknown option --intervals\n"));
   EXPECT_EQ(Orvane("cv " + meuse + " --method idw --extrapolate").out, "orvane: --extrapolate applies to --method nn only\n");
+  EXPECT_EQ(Orvane("cv " + meuse + " --method idw --radius 1").out,
+            "orvane: no point could be estimated from the others (no other point in range)\n");
 }
 
 TEST_F(Cli, RenderShowsOnlyWhatTheKrigingStandardErrorSupports) {
@@ -1422,6 +1445,9 @@ TEST_F(Cli, RenderShowsOnlyWhatTheKrigingStandardErrorSupports) {
   EXPECT_GT(masked, full / 10);
   EXPECT_EQ(Orvane("render " + meuse + " --resample idw --variance 3 -o " + out).out,
             "orvane: --variance applies to --resample kriging only\n");
+  const Outcome nothing = Orvane("render " + meuse + " --resample kriging --variance 1 -o " + out);
+  EXPECT_EQ(nothing.status, 2);
+  EXPECT_NE(nothing.out.find("orvane: --variance 1 leaves no cell to draw: the least standard error is "), std::string::npos);
 }
 
 TEST_F(Cli, LocalInverseDistanceBlanksNodesWithNoPointInRange) {

@@ -109,6 +109,29 @@ TEST(Variogram, TheStoredGstatFiguresAreGstatsOwn) {
   }
 }
 
+TEST(Variogram, PairsOnClassBoundariesGoWhereGstatPutsThem) {
+  // A 10 x 10 unit lattice, where many pair distances fall on the boundaries: gstat 2.1-0's
+  // pair counts, with its default cutoff and with cutoff 5 in classes of width 1.
+  Points p;
+  for (int i = 0; i < 10; ++i) {
+    for (int j = 0; j < 10; ++j) {
+      p.x.push_back(i);
+      p.y.push_back(j);
+      p.z.push_back(std::sin(i) + 0.3 * j + (i * j) % 3);
+    }
+  }
+  const auto pairs = [&p](const VariogramOptions& options) {
+    std::vector<std::int64_t> n;
+    for (const VariogramBin& b : ExperimentalVariogram(p.x, p.y, p.z, options)) n.push_back(b.pairs);
+    return n;
+  };
+  EXPECT_EQ(pairs({}), (std::vector<std::int64_t>{180, 162, 448, 268, 252, 224, 336}));
+  VariogramOptions unit;
+  unit.cutoff = 5;
+  unit.bins = 5;
+  EXPECT_EQ(pairs(unit), (std::vector<std::int64_t>{180, 322, 556, 596, 774}));
+}
+
 TEST(Variogram, BinsEqualAPairLoopAlsoInOneDirection) {
   std::mt19937 random(27);
   std::uniform_real_distribution<double> unit(0.0, 1.0);

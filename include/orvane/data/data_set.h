@@ -48,6 +48,14 @@ GridFile ResampleGrid(Resampling& settings, std::span<const double> x, std::span
                       std::span<const double> z, const ResamplingProgress& progress = {},
                       GridFile* variance = nullptr);
 
+/// ResampleGrid onto the nodes nodesX x nodesY (each list finite and strictly ascending)
+/// instead of the settings' grid, so that a large grid can be made tile by tile; error 5
+/// for bad nodes, 7 for more than 10,001 x 10,001 values. Kriging's AutoSetRange still
+/// takes the settings' limits (the points' own).
+GridFile ResampleOnto(Resampling& settings, std::span<const double> x, std::span<const double> y,
+                      std::span<const double> z, std::span<const double> nodesX, std::span<const double> nodesY,
+                      const ResamplingProgress& progress = {}, GridFile* variance = nullptr);
+
 /// One set of plotted data: the input points (a rectangular grid or scattered points),
 /// their limits, the triangulated or grid mesh drawn from them, the data hull and an
 /// optional user hull, and the three views through which it is drawn. Obtained from

@@ -40,8 +40,10 @@ struct CrossValidation {
 /// current settings (the grid limits follow the points while AutoRange, as in
 /// ResampleGrid); with BlankOutsideHull the points on the hull get no estimate. progress
 /// counts points; returning false stops the run with error 18. Lists of different
-/// lengths, fewer than two points, values that are not finite or no resampler selected
-/// raise error 5 (source "Resampling"); the resampler's own errors pass through.
+/// lengths, fewer than two points or no resampler selected raise error 5 (source
+/// "Resampling"), values that are not finite error 5 (source "IInterpolator"); the
+/// resampler's own errors pass through. Points at one place make global kriging singular
+/// and give each other's values: merge them first (MergeDuplicatePoints).
 CrossValidation CrossValidate(Resampling& settings, std::span<const double> x, std::span<const double> y,
                               std::span<const double> z,
                               const std::function<bool(std::int64_t done, std::int64_t total)>& progress = {});
