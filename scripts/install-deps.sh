@@ -3,7 +3,8 @@
 # packages that are missing are installed, and the package lists are refreshed
 # once, only when something has to be installed.
 #   --bench  installs only the peers the benchmarks and comparisons use (CGAL, contourpy,
-#            matplotlib, R's gstat); the tests compare with them where they are present
+#            matplotlib, scipy, dask, R's gstat); the tests compare with them where they
+#            are present
 set -euo pipefail
 
 packages=(
@@ -32,12 +33,12 @@ packages=(
   libgdal-dev gdal-bin
   # pdftoppm reads back the PDF the print test writes
   poppler-utils
-  # the Python tests (pytest on Debian's python3)
-  python3-pytest
+  # the Python package (pybind11, numpy) and the Python tests (pytest on Debian's python3)
+  pybind11-dev python3-pybind11 python3-numpy python3-pytest
 )
 
 if [[ "${1:-}" == "--bench" ]]; then
-  packages=(libcgal-dev python3-contourpy python3-matplotlib r-cran-gstat)
+  packages=(libcgal-dev python3-contourpy python3-matplotlib python3-scipy python3-dask r-cran-gstat)
 fi
 
 missing=()
