@@ -175,7 +175,7 @@ std::string JsonNumberOrNull(bool present, double v) { return present ? Number(v
 void RunContour(const ContourOptions& options) {
   if (options.ties != "above" && options.ties != "exact") throw Error(5, "orvane", "--ties must be above or exact");
   const std::string extension = std::filesystem::path(options.output).extension().string();
-  if (options.output != "-" && extension != ".geojson" && extension != ".json") {
+  if (!IsStreamed(options.output) && extension != ".geojson" && extension != ".json") {
     throw Error(5, "orvane", options.output + ": cannot write " +
                                  (extension.empty() ? std::string("a file without an extension") : extension + " files") +
                                  "; orvane contour writes .geojson or .json");

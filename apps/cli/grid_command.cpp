@@ -3,9 +3,12 @@
 // the format its extension names. Cells outside the data's convex hull can be left
 // blank: natural neighbour blanks them unless asked to extrapolate.
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -41,7 +44,7 @@ struct GridOptions {
 void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 
 void RunGrid(const GridOptions& options) {
-  const bool toOutput = options.output == "-";
+  const bool toOutput = IsStreamed(options.output);  // standard output, a device or a pipe
   const std::string extension =
       toOutput ? "." + (options.format.empty() ? std::string("csv") : options.format) : std::filesystem::path(options.output).extension().string();
   const std::vector<std::string>& known = GridFileExtensions();
@@ -85,7 +88,27 @@ void RunGrid(const GridOptions& options) {
                         options.variance.empty() ? nullptr : &variance);
   }
   const std::string& crs = !givenCrs.empty() ? givenCrs : source.crs;
-  WriteGridFile(options.output, extension, grid, crs);
+  if (toOutput && options.output != "-") {
+    // A device or a pipe: the grid goes into a folder of its own first, then through.
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("orvane-grid-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder);
+    struct Remove {
+      std::filesystem::path path;
+      ~Remove() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+      }
+    } cleanup{folder};
+    const std::filesystem::path staged = folder / ("grid" + extension);
+    WriteGridFile(staged.string(), extension, grid, crs);
+    OutputFile out(options.output);
+    std::ifstream in(staged, std::ios::binary);
+    out.Stream() << in.rdbuf();
+    out.Commit();
+  } else {
+    WriteGridFile(options.output, extension, grid, crs);
+  }
   if (!options.variance.empty()) WriteGridFile(options.variance, extension, variance, crs);
 }
 

@@ -28,12 +28,21 @@ constexpr const char* kSource = "orvane";
 
 }  // namespace
 
+bool IsStreamed(const std::string& target) {
+  struct stat existing {};
+  return target == "-" ||
+         (::stat(target.c_str(), &existing) == 0 && (S_ISCHR(existing.st_mode) || S_ISFIFO(existing.st_mode)));
+}
+
 // A stream buffer over a file descriptor that raises orvane::Error on any failure.
 class OutputFile::Buffer : public std::streambuf {
  public:
   Buffer(int fd, const std::string& target) : fd_(fd), target_(target), data_(std::size_t{1} << 16) {
     setp(data_.data(), data_.data() + data_.size());
   }
+  // A buffer over a device or pipe that is opened only when written to or committed, so
+  // that an output checked up front and then dropped never opens (or ends) the stream.
+  explicit Buffer(const std::string& target) : Buffer(-1, target) { deferred_ = true; }
   ~Buffer() override {
     if (fd_ >= 0) ::close(fd_);
   }
@@ -43,6 +52,7 @@ class OutputFile::Buffer : public std::streambuf {
   // Writes out what is buffered.
   void Drain() {
     if (Interrupted()) FailInterrupted(target_);
+    Open();
     const char* p = pbase();
     auto left = static_cast<std::size_t>(pptr() - pbase());
     while (left > 0) {
@@ -61,6 +71,7 @@ class OutputFile::Buffer : public std::streambuf {
   // Drains, syncs the data to disk and closes the descriptor.
   void Close() {
     Drain();
+    Open();  // nothing was written: the stream is still opened, and ended
     // Some file systems (pipes, special files) cannot sync; that is no failure.
     if (::fsync(fd_) != 0 && errno != EINVAL && errno != EROFS) Fail(target_, "cannot write the file", errno);
     const int fd = fd_;
@@ -83,9 +94,17 @@ class OutputFile::Buffer : public std::streambuf {
   }
 
  private:
+  void Open() {
+    if (!deferred_ || fd_ >= 0) return;
+    fd_ = ::open(target_.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd_ < 0) Fail(target_, "cannot write the file", errno);
+    deferred_ = false;
+  }
+
   int fd_;
   const std::string& target_;
   std::vector<char> data_;
+  bool deferred_ = false;
 };
 
 OutputFile::OutputFile(std::string target) : target_(std::move(target)) {
@@ -105,6 +124,14 @@ OutputFile::OutputFile(std::string target) : target_(std::move(target)) {
   struct stat existing {};
   if (::stat(target_.c_str(), &existing) == 0) {
     if (S_ISDIR(existing.st_mode)) Fail(target_, "cannot replace the file", EISDIR);
+    if (S_ISCHR(existing.st_mode) || S_ISFIFO(existing.st_mode)) {
+      // A device such as /dev/null, or a pipe: written straight through, nothing renamed.
+      streamed_ = true;
+      buffer_ = std::make_unique<Buffer>(target_);
+      stream_ = std::make_unique<std::ostream>(buffer_.get());
+      stream_->exceptions(std::ios::badbit);
+      return;
+    }
     if (!S_ISREG(existing.st_mode)) {
       throw Error(5, kSource, target_ + ": cannot replace the file: it is not a regular file");
     }
@@ -146,7 +173,7 @@ std::ostream& OutputFile::Stream() { return *stream_; }
 void OutputFile::Commit() {
   stream_->flush();
   buffer_->Close();
-  if (target_ == "-") {
+  if (target_ == "-" || streamed_) {
     committed_ = true;
     return;
   }

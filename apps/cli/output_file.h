@@ -3,7 +3,9 @@
 // Output files of the orvane command. Everything is written to a temporary file in the
 // target's folder, which is flushed to disk, closed and only then renamed over the
 // target: a full disk, a file-size limit, an interrupt or any other failure leaves the
-// old target as it was and no temporary file behind. The target "-" is standard output.
+// old target as it was and no temporary file behind. The target "-" is standard output;
+// a character device (/dev/null) or a named pipe is written straight through, opened
+// only once something is written or the output is committed.
 
 #include <memory>
 #include <ostream>
@@ -12,6 +14,10 @@
 #include "interrupt.h"
 
 namespace orvane::cli {
+
+// True for "-" and for a character device or named pipe: outputs that are streamed, whose
+// names need no extension.
+bool IsStreamed(const std::string& target);
 
 class OutputFile {
  public:
@@ -39,6 +45,7 @@ class OutputFile {
   std::unique_ptr<Buffer> buffer_;
   std::unique_ptr<std::ostream> stream_;
   bool committed_ = false;
+  bool streamed_ = false;  // a device or pipe: no temporary, no rename
 };
 
 }  // namespace orvane::cli

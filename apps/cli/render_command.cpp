@@ -408,7 +408,7 @@ void ChooseAspect(const RenderOptions& o, Surface& surface) {
 void RunRender(const RenderOptions& o) {
   CheckOptions(o);
   const std::string extension = std::filesystem::path(o.output).extension().string();
-  if (o.output != "-" && extension != ".png") {
+  if (!IsStreamed(o.output) && extension != ".png") {
     Refuse(o.output + ": cannot write " +
            (extension.empty() ? std::string("a file without an extension") : extension + " files") +
            "; orvane render writes .png (or - for standard output)");

@@ -2,6 +2,7 @@
 // a contour map. With --export and --quit it renders a file to a PNG without a window.
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QCommandLineParser>
 #include <QRegularExpression>
@@ -25,26 +26,17 @@ QSize ParseSize(const QString& text) {
   return {width, height};
 }
 
-bool WantsNoWindow(int argc, char** argv) {
-  for (int k = 1; k < argc; ++k) {
-    if (std::string(argv[k]) == "--quit") return true;
-  }
-  return false;
+bool HasDisplay() {
+  return std::getenv("QT_QPA_PLATFORM") != nullptr || std::getenv("DISPLAY") != nullptr ||
+         std::getenv("WAYLAND_DISPLAY") != nullptr;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A script run on a machine without a display still renders: the window is never shown.
-  if (WantsNoWindow(argc, argv) && std::getenv("QT_QPA_PLATFORM") == nullptr && std::getenv("DISPLAY") == nullptr &&
-      std::getenv("WAYLAND_DISPLAY") == nullptr) {
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  }
-  QApplication app(argc, argv);
-  QApplication::setOrganizationName(QStringLiteral("Orvane"));
-  QApplication::setApplicationName(QStringLiteral("orvane-viewer"));
-  QApplication::setApplicationDisplayName(QStringLiteral("Orvane Viewer"));
-  QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
+  QCoreApplication::setOrganizationName(QStringLiteral("Orvane"));
+  QCoreApplication::setApplicationName(QStringLiteral("orvane-viewer"));
+  QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
 
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("Grids and plots XYZ data as 3-D surfaces and contour maps."));
@@ -62,7 +54,23 @@ int main(int argc, char** argv) {
   const QCommandLineOption quitOption(QStringLiteral("quit"),
                                       QStringLiteral("Quit when done instead of showing the window."));
   parser.addOptions({exportOption, sizeOption, settingsOption, quitOption});
-  parser.process(app);
+  {
+    // Help, the version and bad options are answered here, with no display needed.
+    const QCoreApplication parsing(argc, argv);
+    parser.process(parsing);
+  }
+  const bool quit = parser.isSet(quitOption);
+  if (!HasDisplay()) {
+    if (!quit) {
+      std::cerr << "orvane-viewer: there is no display to show the window on (DISPLAY or WAYLAND_DISPLAY); "
+                   "--export OUT.png --quit renders without one\n";
+      return 2;
+    }
+    // A script run on a machine without a display still renders: the window is never shown.
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  }
+  QApplication app(argc, argv);
+  QApplication::setApplicationDisplayName(QStringLiteral("Orvane Viewer"));
 
   const QStringList files = parser.positionalArguments();
   if (files.size() > 1) {
@@ -74,7 +82,6 @@ int main(int argc, char** argv) {
     std::cerr << "orvane-viewer: --size must be WIDTHxHEIGHT with each side from 1 to 16384, as in 800x600\n";
     return 2;
   }
-  const bool quit = parser.isSet(quitOption);
   const QString exportPath = parser.value(exportOption);
   const QString exportKind = QFileInfo(exportPath).suffix().toLower();
   if (parser.isSet(exportOption) && exportKind != QStringLiteral("png") && exportKind != QStringLiteral("pdf")) {

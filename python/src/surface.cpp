@@ -175,6 +175,8 @@ void AddSurface(py::module_& m) {
           [](const Shared& c, const py::bytes& b) { c->surface.SetState(FromBytes(b), orvStateTypeFormatting); },
           "The formatting alone as bytes; setting them restores it and keeps the data.")
       .def("show_sample_data", [](const Shared& c) { c->surface.ShowSampleData(); }, "Shows the built-in sample surface.")
+      .def("refresh", [](const Shared& c) { c->surface.Refresh(); },
+           "Recalculates what the changes made stale (scales, levels, mesh) and redraws.")
       .def(
           "render",
           [](const Shared& c, int width, int height) {

@@ -47,9 +47,11 @@ def test_the_object_model_and_the_state_round_trip(tmp_path):
     s.data_sets[1].view.transparency = 0.5
     assert s.data_sets[-1].triangles.shape == (2, 3)
     assert s.data_sets[0].limits == (0, 10, 0, 5, 0, 10)
+    s.refresh()  # the scales and levels that follow the data, as a read State has them
     state = s.state
     t = orvane.Surface()
     t.state = state
+    assert t.state == state
     assert (t.axes.z.title, t.contouring.interpolate_colors, t.rotation, t.title) == ("Height", True, (60, 0, 30), "A ramp")
     assert len(t.data_sets) == 2 and t.data_sets[1].view.transparency == pytest.approx(0.5)
     path = tmp_path / "ramp.png"

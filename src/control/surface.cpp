@@ -337,11 +337,10 @@ std::vector<std::uint8_t> Surface::State(std::int32_t type) const {
 void Surface::SetState(const std::vector<std::uint8_t>& bytes, std::int32_t type) {
   PropertyBag bag;
   bag.SetContents(bytes);
-  if (type == orvStateTypeFormatting || type == orvStateTypeFormattingAndData) {
-    const bool withData = type == orvStateTypeFormattingAndData;
-    TryReading(bag, withData);
-    ReadPropertiesInPlace(bag, withData);
-  }
+  // The properties whatever the type; the data only for orvStateTypeFormattingAndData.
+  const bool withData = type == orvStateTypeFormattingAndData;
+  TryReading(bag, withData);
+  ReadPropertiesInPlace(bag, withData);
   Refresh();
 }
 
@@ -413,7 +412,15 @@ void Surface::ConnectChildren() {
       RefreshThenNotify(name);
     }
   }));
-  c.push_back(s.faces.PropertyChanged.Connect([this](const std::string& name) { RefreshThenNotify(name); }));
+  c.push_back(s.faces.PropertyChanged.Connect([this](const std::string& name) {
+    // A master's let relays the faces' changes first: the host hears each, and the one
+    // redraw comes with the master's own event.
+    if (state_->faces.RelayingMasterLet()) {
+      host_.PropertyChanged(name);
+      return;
+    }
+    RefreshThenNotify(name);
+  }));
   c.push_back(s.header.PropertyChanged.Connect([this](const std::string& name) {
     if (name == "Font") InvalidateFonts();
     RefreshThenNotify(name);

@@ -80,18 +80,18 @@ struct Faces::Properties {
   using P = detail::Property<Faces, T>;
   static constexpr auto kFillColorMaster =
       P<Color>{"FillColorMaster", &Faces::fillColorMaster_, 0xFFFFFF}.Then(
-          &Faces::ApplyMasterProperties);
+          &Faces::ApplyMastersOfLet);
   static constexpr auto kFillVisibleMaster =
       P<bool>{"FillVisibleMaster", &Faces::fillVisibleMaster_, true}.Then(
-          &Faces::ApplyMasterProperties);
+          &Faces::ApplyMastersOfLet);
   static constexpr auto kMajorGridVisibleMaster =
       P<bool>{"MajorGridVisibleMaster", &Faces::majorGridVisibleMaster_, true}.Then(
-          &Faces::ApplyMasterProperties);
+          &Faces::ApplyMastersOfLet);
   static constexpr auto kEdgeVisibleMaster =
       P<bool>{"EdgeVisibleMaster", &Faces::edgeVisibleMaster_, true}.Then(
-          &Faces::ApplyMasterProperties);
+          &Faces::ApplyMastersOfLet);
   static constexpr auto kUseMasterProperties =
-      P<bool>{"UseMasterProperties", &Faces::useMasters_, true}.Then(&Faces::ApplyMasterProperties);
+      P<bool>{"UseMasterProperties", &Faces::useMasters_, true}.Then(&Faces::ApplyMastersOfLet);
   static constexpr auto kStored = std::tuple{
       kFillColorMaster, kFillVisibleMaster, kMajorGridVisibleMaster, kEdgeVisibleMaster,
       kUseMasterProperties,
@@ -102,12 +102,22 @@ struct Faces::Properties {
       detail::SubObject<Faces, Face>{"YZFace.", &Faces::yz_}};
 };
 
+namespace {
+
+// Takes one off a count when it goes, on every path out.
+struct FlagCount {
+  int& count;
+  ~FlagCount() { --count; }
+};
+
+}  // namespace
+
 Faces::Faces() {
   const std::pair<Line*, std::string> lines[] = {{&majorGridLineMaster_, "MajorGridLineMaster."},
                                                  {&edgeLineMaster_, "EdgeLineMaster."}};
   for (const auto& [line, prefix] : lines) {
     connections_.push_back(line->PropertyChanged.Connect([this, prefix = prefix](const std::string& n) {
-      ApplyMasterProperties();
+      MasterLet([this] { ApplyMasterProperties(); });
       PropertyChanged.Raise(prefix + n);
     }));
   }
@@ -137,6 +147,17 @@ void Faces::ApplyMasterProperties() {
   CopyMastersInto(xy_);
   CopyMastersInto(xz_);
   CopyMastersInto(yz_);
+}
+
+template <class Let>
+void Faces::MasterLet(Let let) {
+  ++masterLets_;
+  const FlagCount restore{masterLets_};
+  let();
+}
+
+void Faces::ApplyMastersOfLet() {
+  MasterLet([this] { ApplyMasterProperties(); });
 }
 
 void Faces::SetUseMasterProperties(bool value) {

@@ -159,7 +159,9 @@ Resampling::Resampling() : dataLimits_(kNoDataLimits) {
 }
 
 void Resampling::ApplyAutoRange() {
-  if (!autoRange_) return;
+  // Until a data set hands its limits over there are none to follow: the limits keep
+  // their values (0 when new, or what a State brought).
+  if (!autoRange_ || dataLimits_[0] > dataLimits_[1]) return;
   xMin_ = dataLimits_[0];
   xMax_ = dataLimits_[1];
   yMin_ = dataLimits_[2];

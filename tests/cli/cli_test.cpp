@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -1448,6 +1450,30 @@ TEST_F(Cli, RenderShowsOnlyWhatTheKrigingStandardErrorSupports) {
   const Outcome nothing = Orvane("render " + meuse + " --resample kriging --variance 1 -o " + out);
   EXPECT_EQ(nothing.status, 2);
   EXPECT_NE(nothing.out.find("orvane: --variance 1 leaves no cell to draw: the least standard error is "), std::string::npos);
+}
+
+TEST_F(Cli, DevicesAndPipesAreWrittenStraightThrough) {
+  const std::string meuse = std::string(ORVANE_SHARED_DATA) + "/meuse.csv";
+  for (const std::string& command : std::vector<std::string>{"render --sample", "contour " + meuse, "grid " + meuse + " --method idw", "triangulate " + meuse}) {
+    const Outcome run = Orvane(command + " -o /dev/null");
+    EXPECT_EQ(run.status, 0) << command << ": " << run.out;
+  }
+  // Through a named pipe, the same bytes as the file, and nothing left beside it.
+  const std::string file = (dir_ / "g.csv").string(), pipe = (dir_ / "pipe").string();
+  ASSERT_EQ(Orvane("grid " + meuse + " --method idw --intervals 3 -o " + file).status, 0);
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const Outcome streamed = Shell("(cat " + pipe + " > " + (dir_ / "read.csv").string() + " &) ; " +
+                                 std::string(ORVANE_CLI_PATH) + " grid " + meuse + " --method idw --intervals 3 -o " + pipe +
+                                 " && sleep 0.2");
+  EXPECT_EQ(streamed.status, 0) << streamed.out;
+  EXPECT_EQ(Slurp((dir_ / "read.csv").string()), Slurp(file));
+  std::size_t entries = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(dir_)) ++entries;
+  EXPECT_EQ(entries, 3U);  // g.csv, pipe, read.csv
+  // A block device keeps the old protection.
+  if (std::filesystem::is_block_file("/dev/loop0")) {
+    EXPECT_NE(Orvane("triangulate " + meuse + " -o /dev/loop0").out.find("it is not a regular file"), std::string::npos);
+  }
 }
 
 TEST_F(Cli, LocalInverseDistanceBlanksNodesWithNoPointInRange) {

@@ -75,6 +75,29 @@ TEST(SurfaceRefresh, LightingOnNeverRefreshesByItselfButItsNextFrameRebuildsTheL
   EXPECT_EQ(c.MainListBuilds(), builds + 1);
 }
 
+TEST(SurfaceRefresh, AFacesMasterLetRedrawsOnceAfterItsRelayedChanges) {
+  Control c;
+  Surface& s = c.surface;
+  s.SetAutoRefresh(true);
+  c.host.ClearRecords();
+  std::int64_t frames = c.Frames();
+  s.Faces().SetFillColorMaster(0x00FF00);
+  EXPECT_EQ(c.Frames(), frames + 1);
+  EXPECT_EQ(c.Keys(), (std::vector<std::string>{"XYFace.FillColor", "XZFace.FillColor", "YZFace.FillColor",
+                                                "FillColorMaster"}));
+  frames = c.Frames();
+  s.Faces().MajorGridLineMaster().SetWidth(2);  // a master line relays the same way
+  EXPECT_EQ(c.Frames(), frames + 1);
+  frames = c.Frames();
+  s.Faces().XYFace().SetFillVisible(false);  // ignored under the masters
+  EXPECT_EQ(c.Frames(), frames);
+  s.Faces().SetUseMasterProperties(false);
+  EXPECT_EQ(c.Frames(), frames + 1);
+  frames = c.Frames();
+  s.Faces().XYFace().SetFillColor(0x0000FF);  // a face of its own redraws by itself
+  EXPECT_EQ(c.Frames(), frames + 1);
+}
+
 TEST(SurfaceRefresh, AtDesignTimeOnlyThePaintRequestDraws) {
   Control c;
   c.host.SetUserMode(false);

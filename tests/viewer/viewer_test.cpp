@@ -452,16 +452,39 @@ TEST_F(ViewerTest, TheResamplingDialogBlanksNaturalNeighbourAndFitsKrigingToTheD
 struct ProgramRun {
   int status = -1;
   QString errors;
+  QString output;
 };
 
-ProgramRun RunViewer(const QStringList& arguments) {
+ProgramRun RunViewer(const QStringList& arguments, bool display = true) {
   QProcess process;
+  if (!display) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) environment.remove(QString::fromLatin1(name));
+    process.setProcessEnvironment(environment);
+  }
   process.start(QStringLiteral(ORVANE_VIEWER_PATH), arguments);
   ProgramRun run;
   if (!process.waitForFinished(120000)) return run;
   run.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
   run.errors = QString::fromLocal8Bit(process.readAllStandardError());
+  run.output = QString::fromLocal8Bit(process.readAllStandardOutput());
   return run;
+}
+
+TEST_F(ViewerTest, HelpVersionAndBadOptionsNeedNoDisplay) {
+  const ProgramRun help = RunViewer({QStringLiteral("--help")}, false);
+  EXPECT_EQ(help.status, 0);
+  EXPECT_TRUE(help.output.startsWith(QStringLiteral("Usage: "))) << help.output.toStdString();
+  const ProgramRun version = RunViewer({QStringLiteral("--version")}, false);
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, QStringLiteral("orvane-viewer " ORVANE_VERSION "\n"));
+  const ProgramRun bad = RunViewer({QStringLiteral("--bogus")}, false);
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_TRUE(bad.errors.startsWith(QStringLiteral("orvane-viewer: Unknown option 'bogus'."))) << bad.errors.toStdString();
+  // The window itself needs one, and says so instead of aborting.
+  const ProgramRun window = RunViewer({}, false);
+  EXPECT_EQ(window.status, 2);
+  EXPECT_TRUE(window.errors.startsWith(QStringLiteral("orvane-viewer: there is no display"))) << window.errors.toStdString();
 }
 
 TEST_F(ViewerTest, TheProgramExportsAFileGivenOnItsCommandLineWithoutAWindow) {

@@ -84,9 +84,10 @@ class Surface {
   /// formatting and every data set's data under "Datasets.DataSet1." ...
   /// (orvStateTypeFormattingAndData); any other type gives an empty bag's contents.
   std::vector<std::uint8_t> State(std::int32_t type = orvStateTypeFormatting) const;
-  /// Restores a State of that type and refreshes, whatever AutoRefresh says. Bytes that
-  /// are not a bag's contents, or a value that cannot be used, raise error 5 and leave
-  /// the control as it was.
+  /// Restores a State and refreshes, whatever AutoRefresh says: the properties whatever
+  /// the type, the data only for orvStateTypeFormattingAndData. Bytes that are not a
+  /// bag's contents, or a value that cannot be used, raise error 5 and leave the control
+  /// as it was.
   void SetState(const std::vector<std::uint8_t>& bytes, std::int32_t type = orvStateTypeFormatting);
 
   // --- Objects --------------------------------------------------------------------------

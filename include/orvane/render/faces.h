@@ -122,11 +122,19 @@ class Faces {
 
   /// Raised with the property's name; a face's change comes as "XYFace." and its name.
   Event<const std::string&> PropertyChanged;
+  /// True while a master's let relays the faces' changes, before the master's own event:
+  /// one redraw, on that last event, shows the whole let.
+  bool RelayingMasterLet() const noexcept { return masterLets_ > 0; }
 
  private:
   friend class Face;
   struct Properties;
   void CopyMastersInto(Face& face);
+  // Runs a master's let with RelayingMasterLet true.
+  template <class Let>
+  void MasterLet(Let let);
+  // ApplyMasterProperties within a master's let, before its own event.
+  void ApplyMastersOfLet();
 
   bool useMasters_ = true;
   bool fillVisibleMaster_ = true;
@@ -137,6 +145,7 @@ class Faces {
   Line edgeLineMaster_;
   Face xy_, xz_, yz_;
   std::vector<Connection> connections_;
+  int masterLets_ = 0;
 };
 
 }  // namespace orvane
