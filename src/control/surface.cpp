@@ -801,6 +801,18 @@ bool Surface::OnKeyDown(std::int16_t keyCode, std::int16_t /*shift*/) {
   return true;
 }
 
+bool Surface::ConvertInternalToScaledCoordinates(double internalX, double internalY, double& scaledX,
+                                                 double& scaledY) {
+  const double cube[3] = {internalX, internalY, 0.0};
+  const std::array<double, 3> data = detail::ConvertInternalToScaledCoordinates(state_->axes, cube);
+  if (!std::isfinite(internalX) || !std::isfinite(internalY) || !std::isfinite(data[0]) || !std::isfinite(data[1])) {
+    return false;
+  }
+  scaledX = data[0];
+  scaledY = data[1];
+  return true;
+}
+
 bool Surface::TrackCursor(float x, float y) {
   SurfaceState& s = *state_;
   if (!s.target.HasContext() || s.renderer.FrameCount() == 0) return false;

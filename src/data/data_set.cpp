@@ -323,7 +323,17 @@ void DataSetState::RebuildMeshIfNeeded() {
 }
 
 void DataSetState::TraceContours(std::span<const double> levels) {
-  const auto count = static_cast<std::size_t>(std::max(userHullInputCount, 0));
+  // The user hull was stored as given: it is checked here, where it is first used.
+  const std::size_t count = UserHullCount();
+  if (userHullInputCount > 0 && count == 0) {
+    throw Error(9, kSource, "The user hull's arrays do not hold elements 0 to PointCount - 1 (PointCount " +
+                                std::to_string(userHullInputCount) + ").");
+  }
+  for (std::size_t k = 0; k < count; ++k) {
+    if (!std::isfinite(userHullInputX[k]) || !std::isfinite(userHullInputY[k])) {
+      throw Error(5, kSource, "The user hull's points must be finite numbers (point " + std::to_string(k) + " is not).");
+    }
+  }
   userHullX.assign(std::max<std::size_t>(count, 1), 0.0);
   userHullY.assign(std::max<std::size_t>(count, 1), 0.0);
   for (std::size_t k = 0; k < count; ++k) {
@@ -702,35 +712,25 @@ void DataSet::DataHullGet(std::int32_t& pointCount, Array& xValues, Array& yValu
 }
 
 void DataSet::UserHullSet(std::int32_t pointCount, const Array& xValues, const Array& yValues) {
-  CheckCount(pointCount, "PointCount");
-  if (xValues.UpperBound() < pointCount - 1 || yValues.UpperBound() < pointCount - 1) {
-    throw Error(5, kSource, kUpperBoundsMessage);
-  }
-  if (xValues.LowerBound() != 0 || yValues.LowerBound() != 0) {
-    throw Error(5, kSource, kLowerBoundsMessage);
-  }
-  UserHullSet(First(xValues, pointCount), First(yValues, pointCount));
+  // Stored as given; the elements 0 .. pointCount - 1 are looked for when contours are
+  // next traced (an array that does not start at 0 holds none of them).
+  const auto from = [](const Array& a) { return a.LowerBound() == 0 ? a.Values() : std::vector<double>{}; };
+  Store(from(xValues), from(yValues), pointCount);
 }
 
 void DataSet::UserHullSet(std::span<const double> xValues, std::span<const double> yValues) {
-  if (xValues.size() != yValues.size() ||
-      xValues.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-    throw Error(5, kSource, kUpperBoundsMessage);
-  }
-  CheckValues(xValues, "user hull X");
-  CheckValues(yValues, "user hull Y");
+  Store(std::vector<double>(xValues.begin(), xValues.end()), std::vector<double>(yValues.begin(), yValues.end()),
+        static_cast<std::int32_t>(std::min<std::size_t>(xValues.size(), std::numeric_limits<std::int32_t>::max())));
+}
+
+void DataSet::Store(std::vector<double> x, std::vector<double> y, std::int32_t pointCount) {
   DataSetState& s = *state_;
-  const std::size_t n = xValues.size();
-  const auto pointCount = static_cast<std::int32_t>(n);
-  s.userHullInputX.assign(xValues.begin(), xValues.end());
-  s.userHullInputY.assign(yValues.begin(), yValues.end());
-  if (n == 0) {
-    s.userHullInputX.assign(1, 0.0);
-    s.userHullInputY.assign(1, 0.0);
-  }
+  s.userHullInputX = std::move(x);
+  s.userHullInputY = std::move(y);
   s.userHullInputCount = pointCount;
-  s.userHullX.assign(std::max<std::size_t>(n, 1), 0.0);
-  s.userHullY.assign(std::max<std::size_t>(n, 1), 0.0);
+  const std::size_t usable = std::max<std::size_t>(s.UserHullCount(), 1);
+  s.userHullX.assign(usable, 0.0);
+  s.userHullY.assign(usable, 0.0);
   s.contoursStale = true;
   s.changed.Raise();
 }
@@ -934,8 +934,8 @@ void DataSet::WriteContents(PropertyBag& bag, const std::string& prefix) const {
   const bool blanks = std::any_of(z.begin(), z.end(), [](double v) { return std::isnan(v); });
   bag.WriteProperty(prefix + "Z", std::move(z));
   if (blanks) bag.WriteProperty(prefix + "Blanks", true);
-  if (s.userHullInputCount > 0) {
-    const auto n = static_cast<std::size_t>(s.userHullInputCount);
+  if (s.UserHullCount() > 0) {
+    const std::size_t n = s.UserHullCount();
     bag.WriteProperty(prefix + "UserHull.X",
                       std::vector<double>(s.userHullInputX.begin(), s.userHullInputX.begin() + static_cast<long>(n)));
     bag.WriteProperty(prefix + "UserHull.Y",

@@ -3,6 +3,7 @@
 // What a DataSet holds beyond its public members, for the renderer, the contour tracer
 // and the control. Internal header: no compatibility promise.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -49,6 +50,12 @@ struct DataSetState {
   std::vector<double> dataHullX, dataHullY;
   std::vector<double> userHullInputX{0.0}, userHullInputY{0.0};
   std::int32_t userHullInputCount = 0;
+  // The user hull's points that can be used: its count, when both stored arrays hold that
+  // many; 0 otherwise (UserHullSet stores what it is given unchecked).
+  std::size_t UserHullCount() const {
+    const auto n = static_cast<std::size_t>(std::max(userHullInputCount, 0));
+    return n <= userHullInputX.size() && n <= userHullInputY.size() ? n : 0;
+  }
   std::vector<double> userHullX{0.0}, userHullY{0.0};
 
   // Limits; a range below the double epsilon is 1 so that normalising never divides by 0.

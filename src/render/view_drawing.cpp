@@ -232,7 +232,7 @@ FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const
 // Triangles whose centroid lies outside the user hull, worked out once as well.
 const std::vector<bool>& OutsideUserHull(const DataSetState& s, const MeshGeometry& mesh, FillGeometry& g) {
   if (!g.outsideReady) {
-    const auto hullCount = static_cast<std::size_t>(s.userHullInputCount);
+    const std::size_t hullCount = std::min(s.UserHullCount(), s.userHullX.size());
     const std::span<const double> hx = std::span<const double>(s.userHullX).first(hullCount);
     const std::span<const double> hy = std::span<const double>(s.userHullY).first(hullCount);
     const std::size_t triangles = mesh.TriangleCount();
@@ -256,7 +256,7 @@ void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, 
   FillGeometry& g = PrepareFill(s, mesh, map, context, context.fillCache != nullptr ? *context.fillCache : ownCache);
   const bool lit = context.lightingOn;
   const std::vector<bool>* skip = nullptr;
-  if (view.UserHullClipping() && s.userHullInputCount >= 3) {
+  if (view.UserHullClipping() && s.UserHullCount() >= 3) {
     skip = &OutsideUserHull(s, mesh, g);
   } else if (g.hasBlanks) {
     skip = &g.blank;
@@ -566,7 +566,7 @@ void DrawClosedPolyline(std::span<const double> x, std::span<const double> y, co
 
 void DrawHulls(const DataSetState& s, const View& view, const CCoordMapper& map, bool is3D) {
   const bool data = view.DataHullVisible() && view.DataHullLine().Width() > 0 && s.dataHullX.size() >= 2;
-  const auto userCount = static_cast<std::size_t>(s.userHullInputCount);
+  const std::size_t userCount = std::min(s.UserHullCount(), s.userHullX.size());
   const bool user = view.UserHullVisible() && view.UserHullLine().Width() > 0 && userCount >= 2;
   if (!data && !user) return;
   glPushAttrib(GL_CURRENT_BIT | GL_LINE_BIT | GL_DEPTH_BUFFER_BIT | GL_ENABLE_BIT);

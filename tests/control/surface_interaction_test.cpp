@@ -209,6 +209,16 @@ TEST(SurfaceMouse, TheCursorFollowsTheDataUnderThePointer) {
   EXPECT_NEAR(s.Cursor().XValue(), 1.5, pixel);
   EXPECT_NEAR(s.Cursor().YValue(), 0.5, pixel);
   EXPECT_NEAR(s.Cursor().ZValue(), s.Cursor().XValue() + 2 * s.Cursor().YValue(), 0.05);
+  // The conversion the cursor uses, in public: the cube's corners and a point between.
+  double sx = 0, sy = 0;
+  ASSERT_TRUE(s.ConvertInternalToScaledCoordinates(0.0, 1.0, sx, sy));
+  EXPECT_EQ(sx, axes.XAxis().Min());
+  EXPECT_EQ(sy, axes.YAxis().Max());
+  ASSERT_TRUE(s.ConvertInternalToScaledCoordinates(cube(0, 1.5), cube(1, 0.5), sx, sy));
+  EXPECT_NEAR(sx, 1.5, 1e-12);
+  EXPECT_NEAR(sy, 0.5, 1e-12);
+  EXPECT_FALSE(s.ConvertInternalToScaledCoordinates(std::nan(""), 0.5, sx, sy));
+  EXPECT_NEAR(sx, 1.5, 1e-12);  // untouched
   // Off the data (the window's corner): the cursor stays where it was.
   const double kept = s.Cursor().XValue();
   s.OnMouseMove(0, 0, 1, 1);

@@ -229,9 +229,12 @@ TEST(DataSetGeometry, SpanSettersMatchTheArraySetters) {
   EXPECT_ORVANE_ERROR(b.DataAsRectangularGridSet(one, two, two), 5, "Orvadis.Dataset", kUpper);
   EXPECT_ORVANE_ERROR(b.DataAsRectangularGridSet(two, two, std::vector<double>{0, 1, 2, std::nan("")}), 5,
                       "Orvadis.Dataset", "The Z values contain NaN (not a number).");
-  EXPECT_ORVANE_ERROR(b.UserHullSet(two, one), 5, "Orvadis.Dataset", kUpper);
-  EXPECT_ORVANE_ERROR(b.UserHullSet(two, withNan), 5, "Orvadis.Dataset",
-                      "The user hull Y values contain NaN (not a number).");
+  // A user hull is stored unchecked (it is checked when contours are traced), and one
+  // that cannot be used is not written.
+  b.UserHullSet(two, one);
+  PropertyBag unusable;
+  b.WriteContents(unusable, "D.");
+  EXPECT_FALSE(unusable.Contains("D.UserHull.X"));
   b.UserHullSet(std::vector<double>{0.5, 1.5, 1}, std::vector<double>{0.2, 0.2, 0.8});
   PropertyBag bag;
   b.WriteContents(bag, "D.");

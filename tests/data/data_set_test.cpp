@@ -360,13 +360,19 @@ TEST(DataSet, UserHullMustLieInTheDataHullOfScatteredData) {
   EXPECT_NEAR(BandArea(s.bandTriangles), 0.5, 1e-12);
   ASSERT_EQ(s.contourLines.size(), 1u);
   EXPECT_GT(s.contourLines[0].Count(), 0u);
-  d.UserHullSet(3, std::vector<double>{1, 11, 5}, std::vector<double>{1, 1, 8});
-  // A bad user hull is refused and the old one kept.
-  EXPECT_ORVANE_ERROR(d.UserHullSet(3, std::vector<double>{1, 2}, std::vector<double>{1, 2, 3}),
-                      5, "Orvadis.Dataset", kUpper);
-  EXPECT_ORVANE_ERROR(d.UserHullSet(2, std::vector<double>{1, NAN}, std::vector<double>{1, 2}), 5,
-                      "Orvadis.Dataset", "The user hull X values contain NaN (not a number).");
+  // A user hull is stored as given and checked where it is used, when contours are next
+  // traced: elements missing, points that are not finite.
+  d.UserHullSet(3, std::vector<double>{1, 2}, std::vector<double>{1, 2, 3});
   EXPECT_EQ(s.userHullInputCount, 3);
+  EXPECT_ORVANE_ERROR(s.PrepareForDrawing(), 9, "Orvadis.Dataset",
+                      "The user hull's arrays do not hold elements 0 to PointCount - 1 (PointCount 3).");
+  d.UserHullSet(2147483647, std::vector<double>{1, 2, 3}, std::vector<double>{1, 2, 3});
+  EXPECT_ORVANE_ERROR(s.PrepareForDrawing(), 9, "Orvadis.Dataset");
+  d.UserHullSet(3, std::vector<double>{1, NAN, 5}, std::vector<double>{1, 2, 3});
+  EXPECT_ORVANE_ERROR(s.PrepareForDrawing(), 5, "Orvadis.Dataset",
+                      "The user hull's points must be finite numbers (point 1 is not).");
+  d.UserHullSet(-4, std::vector<double>{}, std::vector<double>{});  // no points: no hull to check
+  EXPECT_NO_THROW(s.PrepareForDrawing());
   w.changes.clear();
   d.UserHullClear();
   EXPECT_EQ(w.changes.size(), 1u);

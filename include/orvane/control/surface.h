@@ -201,6 +201,11 @@ class Surface {
 
   // --- Methods --------------------------------------------------------------------------
 
+  /// Converts a point in the plot cube's internal coordinates (0 to 1 along each axis, as
+  /// the cursor finds them under the pointer) to the axes' scaled coordinates: Min +
+  /// internal x (Max - Min) of the X and of the Y axis. False, with scaledX and scaledY
+  /// untouched, when either input or result is not finite.
+  bool ConvertInternalToScaledCoordinates(double internalX, double internalY, double& scaledX, double& scaledY);
   /// "Causes a manual recalculation and refresh of the control." Shows the wait pointer,
   /// applies a pending border and look to the window, rebuilds the fonts if needed,
   /// recalculates what is stale (meshes, axis ranges, levels, contours), draws the frame

@@ -107,9 +107,11 @@ class DataSet {
   /// data." In data units, counter-clockwise; with a count of 0 the arrays are untouched.
   void DataHullGet(std::int32_t& pointCount, Array& xValues, Array& yValues) const;
   /// "Sets the user defined UserHull." A polygon in data units (elements 0..pointCount-1),
-  /// which must lie within the data hull when contours are traced over scattered data.
+  /// stored as given: when contours are next traced, arrays without those elements raise
+  /// error 9, points that are not finite error 5, and over scattered data a hull outside
+  /// the data hull its own error.
   void UserHullSet(std::int32_t pointCount, const Array& xValues, const Array& yValues);
-  /// UserHullSet from plain lists of the same length (otherwise error 5 "Upper bounds ...").
+  /// UserHullSet from plain lists, pointCount being x's length.
   void UserHullSet(std::span<const double> x, std::span<const double> y);
   /// "Clears the user defined UserHull."
   void UserHullClear();
@@ -204,6 +206,8 @@ class DataSet {
 
  private:
   friend struct detail::DataSetAccess;
+  // Stores a user hull as given and marks the contours stale.
+  void Store(std::vector<double> x, std::vector<double> y, std::int32_t pointCount);
   std::unique_ptr<detail::DataSetState> state_;
   std::vector<Connection> relays_;
 };
