@@ -20,13 +20,10 @@ void Refuse(const std::string& text) { throw Error(5, "orvane", text); }
 // variogram (of at most 5,000 of the points): the given model's fit, or the best model's.
 // Told on standard error.
 void FitKriging(const ResampleOptions& o, const std::string& file, const XyzPoints& points, Kriging& kriging) {
-  static const std::map<std::string, std::int32_t> kModels{
-      {"linear", orvKrigingMSVLinear}, {"spherical", orvKrigingMSVSpherical},
-      {"exponential", orvKrigingMSVExponential}, {"gaussian", orvKrigingMSVGaussian}};
   const bool model = o.Given("--model"), nugget = o.Given("--nugget"), sill = o.Given("--sill"), range = o.Given("--range");
   VariogramModel fit;
   try {
-    fit = BestVariogramModel(points.x, points.y, points.z, 5000, model ? kModels.at(o.model) : -1);
+    fit = BestVariogramModel(points.x, points.y, points.z, 5000, model ? VariogramModelNumber(o.model) : -1);
   } catch (const Error& e) {
     if (kriging.Sill() < kriging.Nugget()) {
       Refuse("--" + std::string(sill ? "sill" : "nugget") + " " + Number(sill ? kriging.Sill() : kriging.Nugget()) +
@@ -100,9 +97,6 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
                          Resampling& settings) {
   static const std::map<std::string, std::int32_t> kMethods{
       {"idw", orvResamplerTypeInverseDistance}, {"kriging", orvResamplerTypeKriging}, {"nn", orvResamplerTypeNNGridR}};
-  static const std::map<std::string, std::int32_t> kModels{
-      {"linear", orvKrigingMSVLinear}, {"spherical", orvKrigingMSVSpherical},
-      {"exponential", orvKrigingMSVExponential}, {"gaussian", orvKrigingMSVGaussian}};
   const std::map<std::string, std::string> belongsTo{
       {"--power", "idw"}, {"--max-points", "idw"}, {"--radius", "idw"}, {"--model", "kriging"}, {"--nugget", "kriging"}, {"--sill", "kriging"},
       {"--range", "kriging"}, {"--no-block", "kriging"}, {"--gradients", "nn"}, {"--tautness", "nn"}};
@@ -156,7 +150,7 @@ void ConfigureResampling(const ResampleOptions& o, const std::string& file, cons
   settings.InverseDistance().SetMaxPoints(static_cast<std::int32_t>(o.maxPoints));
   settings.InverseDistance().SetRadius(o.radius);
   Kriging& kriging = settings.Kriging();
-  kriging.SetModelSemiVariogram(kModels.at(o.model));
+  kriging.SetModelSemiVariogram(VariogramModelNumber(o.model));
   kriging.SetNugget(o.nugget);
   kriging.SetSill(o.sill);
   if (o.Given("--range")) {

@@ -38,6 +38,8 @@ py::array_t<double> Array1(std::span<const double> values);
 py::array_t<double> Array2(const GridFile& grid);
 // A polyline's vertices as an (n, 2) array.
 py::array_t<double> Vertices(const Polyline& line);
+// Contour lines as Python has them: per level, a list of (n, 2) arrays.
+py::list LinesOut(const std::vector<std::vector<Polyline>>& lines);
 
 // A Python progress callback, callable(done, total) -> bool or None, handed to the
 // library, which may call it from any of its threads: it takes the GIL for the call. A

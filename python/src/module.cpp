@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -109,6 +108,16 @@ py::array_t<double> Vertices(const Polyline& line) {
   return out;
 }
 
+py::list LinesOut(const std::vector<std::vector<Polyline>>& lines) {
+  py::list out;
+  for (const std::vector<Polyline>& level : lines) {
+    py::list pieces;
+    for (const Polyline& line : level) pieces.append(Vertices(line));
+    out.append(pieces);
+  }
+  return out;
+}
+
 ResamplingProgress Progress::Callback() {
   if (callback_.is_none()) return {};
   return [this](std::int64_t done, std::int64_t total) {
@@ -134,12 +143,11 @@ void Progress::Rethrow() {
 
 namespace {
 
-const std::map<std::string, std::int32_t>& Models() {
-  static const std::map<std::string, std::int32_t> models{{"linear", orvKrigingMSVLinear},
-                                                          {"spherical", orvKrigingMSVSpherical},
-                                                          {"exponential", orvKrigingMSVExponential},
-                                                          {"gaussian", orvKrigingMSVGaussian}};
-  return models;
+// The model numbered by its name; an unknown name raises orvane.Error.
+std::int32_t ModelNumber(const std::string& name) {
+  const std::int32_t model = VariogramModelNumber(name);
+  if (model < 0) Fail(5, "model must be linear, spherical, exponential or gaussian, not " + name);
+  return model;
 }
 
 template <class T>
@@ -162,21 +170,21 @@ void Configure(const py::dict& options, const std::vector<double>& x, const std:
   } else if (method == "kriging") {
     settings.SetResamplerType(orvResamplerTypeKriging);
     Kriging& kriging = settings.Kriging();
-    const std::optional<std::string> model = Option<std::string>(options, "model");
-    if (model && Models().count(*model) == 0) Fail(5, "model must be linear, spherical, exponential or gaussian, not " + *model);
+    const std::optional<std::string> name = Option<std::string>(options, "model");
+    const std::int32_t model = name ? ModelNumber(*name) : -1;  // -1: the best model
     const std::optional<double> nugget = Option<double>(options, "nugget"), sill = Option<double>(options, "sill"),
                                 range = Option<double>(options, "range");
     kriging.SetBlockMode(Option<bool>(options, "block").value_or(true));
-    if (!model || !nugget || !sill || !range) {
+    if (model < 0 || !nugget || !sill || !range) {
       // What is not given is fitted to the points' variogram, as orvane grid does.
-      const VariogramModel fit = BestVariogramModel(x, y, z, 5000, model ? Models().at(*model) : -1);
+      const VariogramModel fit = BestVariogramModel(x, y, z, 5000, model);
       kriging.SetModelSemiVariogram(fit.model);
       kriging.SetNugget(fit.nugget);
       kriging.SetSill(fit.nugget + fit.psill);
       kriging.SetAutoSetRange(false);
       kriging.SetRange(fit.range);
     }
-    if (model) kriging.SetModelSemiVariogram(Models().at(*model));
+    if (model >= 0) kriging.SetModelSemiVariogram(model);
     if (nugget) kriging.SetNugget(*nugget);
     if (sill) kriging.SetSill(*sill);
     if (range) {
@@ -265,13 +273,7 @@ py::list ContourLines(const py::handle& xs, const py::handle& ys, const py::hand
     py::gil_scoped_release release;
     lines = data.ContourLines(levels, tiesAbove);
   }
-  py::list out;
-  for (const std::vector<Polyline>& level : lines) {
-    py::list pieces;
-    for (const Polyline& line : level) pieces.append(Vertices(line));
-    out.append(pieces);
-  }
-  return out;
+  return LinesOut(lines);
 }
 
 py::list ContourBands(const py::handle& xs, const py::handle& ys, const py::handle& zs, const py::handle& levelsIn,
@@ -342,10 +344,9 @@ py::list FitVariogram(const py::dict& bins, std::optional<std::string> model) {
   SameLength(distance, gamma, &pairs);
   std::vector<VariogramBin> in;
   for (std::size_t k = 0; k < distance.size(); ++k) in.push_back({distance[k], gamma[k], static_cast<std::int64_t>(pairs[k])});
-  if (model && Models().count(*model) == 0) Fail(5, "model must be linear, spherical, exponential or gaussian, not " + *model);
   py::list out;
   if (model) {
-    out.append(ModelDict(orvane::FitVariogram(in, Models().at(*model))));
+    out.append(ModelDict(orvane::FitVariogram(in, ModelNumber(*model))));
   } else {
     for (const VariogramModel& m : FitVariograms(in)) out.append(ModelDict(m));
   }

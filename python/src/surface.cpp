@@ -235,14 +235,7 @@ void AddSurface(py::module_& m) {
       .def(
           "contour_lines",
           [](const DataSetRef& r, const py::handle& levelsIn, bool tiesAbove) {
-            const std::vector<double> levels = Doubles(levelsIn, "levels", 1);
-            py::list out;
-            for (const std::vector<Polyline>& level : r.get().ContourLines(levels, tiesAbove)) {
-              py::list pieces;
-              for (const Polyline& line : level) pieces.append(Vertices(line));
-              out.append(pieces);
-            }
-            return out;
+            return LinesOut(r.get().ContourLines(Doubles(levelsIn, "levels", 1), tiesAbove));
           },
           py::arg("levels"), py::arg("ties_above") = true, "Per level, a list of (n, 2) vertex arrays.")
       .def_property_readonly(

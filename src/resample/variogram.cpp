@@ -17,6 +17,7 @@
 #include <limits>
 #include <numbers>
 #include <string>
+#include <string_view>
 
 #include "orvane/core/error.h"
 #include "orvane/resample/resampling.h"
@@ -168,9 +169,21 @@ double VariogramModel::Gamma(double h) const {
   return nugget + psill * Shape(model, h / range);
 }
 
+namespace {
+
+constexpr std::array<std::string_view, 4> kModelNames{"linear", "spherical", "exponential", "gaussian"};
+
+}  // namespace
+
 const char* VariogramModel::Name() const {
-  static const char* const names[] = {"linear", "spherical", "exponential", "gaussian"};
-  return model >= 0 && model <= 3 ? names[model] : "unknown";
+  return model >= 0 && model <= 3 ? kModelNames[static_cast<std::size_t>(model)].data() : "unknown";
+}
+
+std::int32_t VariogramModelNumber(std::string_view name) {
+  for (std::size_t k = 0; k < kModelNames.size(); ++k) {
+    if (kModelNames[k] == name) return static_cast<std::int32_t>(k);
+  }
+  return -1;
 }
 
 VariogramModel FitVariogram(std::span<const VariogramBin> bins, std::int32_t model) {

@@ -105,6 +105,13 @@ struct KrigingEngine {
 
   void Run();
   void RunGlobal();
+  // The factorised system of every point; none (after Fail) when there are too many
+  // points or the system is singular.
+  std::unique_ptr<Eigen::PartialPivLU<Eigen::MatrixXd>> FactoriseAll();
+  void FailSingularNeighbourhood() {
+    Fail(kKrigingSingular, "A kriging system of a neighbourhood is singular: points coincide, "
+                           "or the model cannot tell them apart.");
+  }
   void RunBlock();
   void RunCrossValidation();
   // The estimate and variance at (px, py) from the points near (indices), with the
@@ -140,24 +147,30 @@ bool KrigingEngine::ForEachColumn(Column column) {
   return ParallelFor(gridX.size(), static_cast<std::int32_t>(gridY.size()), column);
 }
 
-void KrigingEngine::RunGlobal() {
+std::unique_ptr<Eigen::PartialPivLU<Eigen::MatrixXd>> KrigingEngine::FactoriseAll() {
   const std::size_t n = x.size();
   if (n > kMaxGlobalPoints) {
     Fail(kKrigingTooLarge, "A global kriging system of " + std::to_string(n) +
                                " points would not fit in memory (at most " +
                                std::to_string(kMaxGlobalPoints) + "); use block kriging.");
-    return;
+    return nullptr;
   }
   std::vector<std::uint32_t> all(n);
   for (std::size_t i = 0; i < n; ++i) all[i] = static_cast<std::uint32_t>(i);
   auto lu = std::make_unique<Eigen::PartialPivLU<Eigen::MatrixXd>>(System(all));
   const double rcond = lu->rcond();
   if (!(rcond > kMinReciprocalCondition)) {
-    Fail(kKrigingSingular, "The kriging system is singular (reciprocal condition " +
-                               std::to_string(rcond) +
+    Fail(kKrigingSingular, "The kriging system is singular (reciprocal condition " + std::to_string(rcond) +
                                "): points coincide, or the model cannot tell them apart.");
-    return;
+    return nullptr;
   }
+  return lu;
+}
+
+void KrigingEngine::RunGlobal() {
+  const std::size_t n = x.size();
+  std::unique_ptr<Eigen::PartialPivLU<Eigen::MatrixXd>> lu = FactoriseAll();
+  if (!lu) return;
   Eigen::VectorXd rhs(static_cast<Eigen::Index>(n) + 1);
   for (std::size_t i = 0; i < n; ++i) rhs(static_cast<Eigen::Index>(i)) = z[i];
   rhs(static_cast<Eigen::Index>(n)) = 0.0;
@@ -202,8 +215,7 @@ void KrigingEngine::RunBlock() {
   });
   if (!done) return;
   if (singular) {
-    Fail(kKrigingSingular, "A kriging system of a neighbourhood is singular: points coincide, "
-                           "or the model cannot tell them apart.");
+    FailSingularNeighbourhood();
     return;
   }
   status = kKrigingOk;
@@ -248,28 +260,15 @@ void KrigingEngine::RunCrossValidation() {
     });
     if (!done) return;
     if (singular) {
-      Fail(kKrigingSingular, "A kriging system of a neighbourhood is singular: points coincide, "
-                             "or the model cannot tell them apart.");
+      FailSingularNeighbourhood();
       return;
     }
     status = kKrigingOk;
     return;
   }
-  if (n > kMaxGlobalPoints) {
-    Fail(kKrigingTooLarge, "A global kriging system of " + std::to_string(n) +
-                               " points would not fit in memory (at most " +
-                               std::to_string(kMaxGlobalPoints) + "); use block kriging.");
-    return;
-  }
-  std::vector<std::uint32_t> all(n);
-  for (std::size_t i = 0; i < n; ++i) all[i] = static_cast<std::uint32_t>(i);
-  const Eigen::PartialPivLU<Eigen::MatrixXd> lu(System(all));
-  const double rcond = lu.rcond();
-  if (!(rcond > kMinReciprocalCondition)) {
-    Fail(kKrigingSingular, "The kriging system is singular (reciprocal condition " + std::to_string(rcond) +
-                               "): points coincide, or the model cannot tell them apart.");
-    return;
-  }
+  const std::unique_ptr<Eigen::PartialPivLU<Eigen::MatrixXd>> factors = FactoriseAll();
+  if (!factors) return;
+  const Eigen::PartialPivLU<Eigen::MatrixXd>& lu = *factors;
   const auto rows = static_cast<Eigen::Index>(n) + 1;
   Eigen::VectorXd rhs = Eigen::VectorXd::Zero(rows);
   for (std::size_t i = 0; i < n; ++i) rhs(static_cast<Eigen::Index>(i)) = z[i];

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace orvane {
@@ -47,6 +48,9 @@ struct VariogramModel {
   /// The model's name: "linear", "spherical", "exponential" or "gaussian".
   const char* Name() const;
 };
+
+/// The model that Name() calls name; -1 for any other name.
+std::int32_t VariogramModelNumber(std::string_view name);
 
 /// Fits one model to the bins by weighted least squares with weights N_h / h^2: the
 /// nugget and partial sill, not negative, exactly for each range, and the range that
