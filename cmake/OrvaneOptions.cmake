@@ -19,3 +19,9 @@ if(ORVANE_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(orvane_options INTERFACE -fsanitize=address,undefined)
 endif()
+if(ORVANE_FUZZ)
+  # Coverage for libFuzzer in every object; the fuzz targets add the fuzzer's main.
+  target_compile_options(orvane_options INTERFACE
+    -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(orvane_options INTERFACE -fsanitize=address,undefined)
+endif()

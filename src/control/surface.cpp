@@ -340,8 +340,31 @@ void Surface::SetState(const std::vector<std::uint8_t>& bytes, std::int32_t type
   // The properties whatever the type; the data only for orvStateTypeFormattingAndData.
   const bool withData = type == orvStateTypeFormattingAndData;
   TryReading(bag, withData);
+  // The refresh can still refuse what was read (a resampler's settings that do not fit
+  // the data), so what was here is kept to be put back. Kriging reads its Range and Sill
+  // from the keys "1" and "2", which are written here too so that they come back as they
+  // were.
+  PropertyBag previous;
+  previous.SetContents(State(orvStateTypeFormattingAndData));
+  for (const auto& item : std::vector(previous.Items())) {
+    if (item.first.ends_with("Kriging.Range")) {
+      previous.WriteProperty(item.first.substr(0, item.first.size() - 5) + "1", item.second);
+    } else if (item.first.ends_with("Kriging.Sill")) {
+      previous.WriteProperty(item.first.substr(0, item.first.size() - 4) + "2", item.second);
+    }
+  }
   ReadPropertiesInPlace(bag, withData);
-  Refresh();
+  try {
+    Refresh();
+  } catch (const Error&) {
+    ReadPropertiesInPlace(previous, true);
+    try {
+      Refresh();
+    } catch (const Error&) {
+      // It failed before the State came as well; the host heard of that then.
+    }
+    throw;
+  }
 }
 
 orvane::DataSets& Surface::DataSets() noexcept { return state_->dataSets; }

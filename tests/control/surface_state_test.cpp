@@ -9,6 +9,7 @@
 
 #include "control_fixture.h"
 #include "orvane/core/property_bag.h"
+#include "orvane/resample/resampling.h"
 #include "support/expect_error.h"
 
 namespace orvane {
@@ -180,6 +181,22 @@ TEST(SurfaceState, BytesOrValuesThatCannotBeUsedChangeNothing) {
   EXPECT_THROW(c.surface.SetState(bagWith("Datasets.DataSet1.Count", std::int32_t{5}), orvStateTypeFormattingAndData),
                Error);
   EXPECT_EQ(c.surface.State(orvStateTypeFormattingAndData), before);
+
+  // Refused only by the refresh: kriging's Sill reads back as 2, below this Nugget. The
+  // control is put back, its Range and Sill included.
+  Kriging& k = c.surface.DataSets().Item(0).Resampling().Kriging();
+  c.surface.DataSets().Item(0).Resampling().SetResamplerType(orvResamplerTypeKriging);
+  k.SetAutoSetRange(false);
+  k.SetRange(7);
+  k.SetSill(9);
+  k.SetNugget(5);
+  c.surface.Refresh();
+  const std::vector<std::uint8_t> kriged = c.surface.State(orvStateTypeFormattingAndData);
+  EXPECT_ORVANE_ERROR(c.surface.SetState(kriged, orvStateTypeFormattingAndData), 5, "Orvada.Kriging",
+                      "Sill (2) must not be below Nugget (5).");
+  EXPECT_EQ(c.surface.State(orvStateTypeFormattingAndData), kriged);
+  EXPECT_EQ(k.Range(), 7);
+  EXPECT_EQ(k.Sill(), 9);
 }
 
 // Damaged States: each is either taken whole or refused with an orvane::Error, and a
