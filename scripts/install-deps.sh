@@ -10,8 +10,9 @@ set -euo pipefail
 packages=(
   # build
   g++ cmake ninja-build pkg-config make
-  # the second compiler the code must build with
-  clang
+  # the second compiler the code must build with, and its sanitizer and libFuzzer
+  # runtimes (make fuzz)
+  clang libclang-rt-dev
   # persistence and command line
   nlohmann-json3-dev libcli11-dev
   # polygon clipping (Boost.Geometry, header-only)

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "axes/mlib_scale.h"
-#include "support/expect_error.h"
 
 namespace orvane {
 namespace {
@@ -92,12 +91,6 @@ TEST(MLibScale, DegenerateRangesAreWidenedByATenthOfTheirDecade) {
   EXPECT_GT(interval, 0.0);
   EXPECT_LE(lo, 4.95);
   EXPECT_GE(hi, 5.05);
-}
-
-TEST(MLibScale, RunningPastTheMultipliersIsSubscriptOutOfRange) {
-  double lo = 0, hi = 0, interval = 0;
-  EXPECT_ORVANE_ERROR(AutoRangeAndInterval(-1, 1, 1, true, false, lo, hi, interval), 9,
-                      "Orvada", "Subscript out of range");
 }
 
 TEST(MLibScale, IndexBoundsSnapToExactMultiples) {

@@ -1,10 +1,11 @@
 #pragma once
 
 // A control on a headless host, taken its defaults and sized, with helpers to count what
-// it draws and to give it data.
+// it draws, to find where it drew a point of the cube, and to give it data.
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "data/data_set_state.h"
 #include "orvane/control/surface.h"
 #include "orvane/host/headless_host.h"
+#include "render/gl.h"
 
 namespace orvane::testing {
 
@@ -33,6 +35,19 @@ struct Control {
   std::int64_t MainListBuilds() { return State().renderer.PlotOfKind(0).BuildCount(); }
   const detail::Bitmap& Image() { return State().target.Image(); }
   const std::vector<std::string>& Keys() const { return host.NotifiedKeys(); }
+  // Window pixel (top-left origin) of a cube point, through the main views' matrices or,
+  // with views false, those of the cube drawn before them.
+  std::array<int, 2> Project(double x, double y, double z, bool views = true) {
+    const auto& frame = State().renderer.LastFrame();
+    const auto& m = views ? frame.mainViews : frame.beforeViews;
+    double wx = 0, wy = 0, wz = 0;
+    gluProject(x, y, z, m.modelView.data(), m.projection.data(), m.viewport.data(), &wx, &wy, &wz);
+    return {static_cast<int>(std::floor(wx)), Image().header.biHeight - 1 - static_cast<int>(std::floor(wy))};
+  }
+  Color PixelAt(double x, double y, double z, bool views = true) {
+    const auto p = Project(x, y, z, views);
+    return Image().Pixel(p[0], p[1]);
+  }
 };
 
 // z = x * y over an n x n grid on [0, 1] x [0, 1].
@@ -67,6 +82,11 @@ inline int CountNot(const detail::Bitmap& image, Color colour) {
     for (int x = 0; x < image.header.biWidth; ++x) n += image.Pixel(x, y) != colour;
   }
   return n;
+}
+
+// Pixels of an image that are colour.
+inline int CountOf(const detail::Bitmap& image, Color colour) {
+  return image.header.biWidth * image.header.biHeight - CountNot(image, colour);
 }
 
 }  // namespace orvane::testing

@@ -3,57 +3,30 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cmath>
-
-#include "control/surface_state.h"
 #include "control_fixture.h"
 #include "orvane/axes/axes.h"
 #include "orvane/render/cursor.h"
 #include "orvane/render/faces.h"
 #include "render/annotations.h"
-#include "render/gl.h"
 
 namespace orvane {
 namespace {
 
 using testing::Control;
+using testing::CountOf;
 
 constexpr Color kRed = 0x0000FF, kGreen = 0x00FF00, kBlue = 0xFF0000;
 
-// Window pixel (top-left origin) of a cube point, through the matrices of the cube.
-std::array<int, 2> Project(Control& c, double x, double y, double z, bool views = false) {
-  const auto& frame = c.State().renderer.LastFrame();
-  const auto& m = views ? frame.mainViews : frame.beforeViews;
-  double wx = 0, wy = 0, wz = 0;
-  gluProject(x, y, z, m.modelView.data(), m.projection.data(), m.viewport.data(), &wx, &wy, &wz);
-  return {static_cast<int>(std::floor(wx)), c.Image().header.biHeight - 1 - static_cast<int>(std::floor(wy))};
-}
-
-Color PixelAt(Control& c, double x, double y, double z, bool views = false) {
-  const auto p = Project(c, x, y, z, views);
-  return c.Image().Pixel(p[0], p[1]);
-}
-
-// Whether the colour lies at the projected pixel or one of its eight neighbours: a line
+// Whether the colour lies at the cube point's pixel or one of its eight neighbours: a line
 // one pixel wide through a point on a pixel boundary lights either side.
 bool ColourNear(Control& c, Color colour, double x, double y, double z) {
-  const auto p = Project(c, x, y, z);
+  const auto p = c.Project(x, y, z, false);
   for (int dy = -1; dy <= 1; ++dy) {
     for (int dx = -1; dx <= 1; ++dx) {
       if (c.Image().Pixel(p[0] + dx, p[1] + dy) == colour) return true;
     }
   }
   return false;
-}
-
-int Count(Control& c, Color colour) {
-  int n = 0;
-  const auto& h = c.Image().header;
-  for (int y = 0; y < h.biHeight; ++y) {
-    for (int x = 0; x < h.biWidth; ++x) n += c.Image().Pixel(x, y) == colour;
-  }
-  return n;
 }
 
 // Faces in their own fill colours, without grids, edges or axis lines.
@@ -76,9 +49,9 @@ TEST(SurfaceDrawing, EachPairShowsTheFaceBehindAndSwitchesSidesAsThePlotTurns) {
   c.surface.SetRotationZ(30);
   c.surface.Refresh();
   const auto planes = detail::PlotAnnotations::FacePlanes(c.State().renderer.LastFrame());
-  EXPECT_EQ(PixelAt(c, 0.5, 0.5, planes[0]), kRed);
-  EXPECT_EQ(PixelAt(c, 0.5, planes[1], 0.5), kGreen);
-  EXPECT_EQ(PixelAt(c, planes[2], 0.5, 0.5), kBlue);
+  EXPECT_EQ(c.PixelAt(0.5, 0.5, planes[0], false), kRed);
+  EXPECT_EQ(c.PixelAt(0.5, planes[1], 0.5, false), kGreen);
+  EXPECT_EQ(c.PixelAt(planes[2], 0.5, 0.5, false), kBlue);
 
   // Half a turn about Z: the viewer crosses the XZ and YZ planes, the faces move across.
   c.surface.SetRotationZ(210);
@@ -87,8 +60,16 @@ TEST(SurfaceDrawing, EachPairShowsTheFaceBehindAndSwitchesSidesAsThePlotTurns) {
   EXPECT_EQ(turned[0], planes[0]);
   EXPECT_EQ(turned[1], 1.0 - planes[1]);
   EXPECT_EQ(turned[2], 1.0 - planes[2]);
-  EXPECT_EQ(PixelAt(c, 0.5, turned[1], 0.5), kGreen);
-  EXPECT_EQ(PixelAt(c, turned[2], 0.5, 0.5), kBlue);
+  EXPECT_EQ(c.PixelAt(0.5, turned[1], 0.5, false), kGreen);
+  EXPECT_EQ(c.PixelAt(turned[2], 0.5, 0.5, false), kBlue);
+
+  // In 2-D only the floor is drawn.
+  c.surface.SetPlotType(orvPlotType2D);
+  c.surface.Refresh();
+  EXPECT_EQ(detail::PlotAnnotations::FacePlanes(c.State().renderer.LastFrame())[0], 0.0);
+  EXPECT_GT(CountOf(c.Image(), kRed), 1000);
+  EXPECT_EQ(CountOf(c.Image(), kGreen), 0);
+  EXPECT_EQ(CountOf(c.Image(), kBlue), 0);
 }
 
 TEST(SurfaceDrawing, FaceFillsShowBehindTheDataAndNeverInFrontOfIt) {
@@ -106,12 +87,12 @@ TEST(SurfaceDrawing, FaceFillsShowBehindTheDataAndNeverInFrontOfIt) {
     for (int i = 1; i < 10; ++i) {
       for (int j = 1; j < 10; ++j) {
         const double x = i / 10.0, y = j / 10.0, cz = (x * y - z.Min()) / (z.Max() - z.Min());
-        const Color p = PixelAt(c, x, y, cz, true);
+        const Color p = c.PixelAt(x, y, cz);
         EXPECT_TRUE(p != kRed && p != kGreen && p != kBlue) << x << "," << y << " rotation " << rotationZ;
       }
     }
-    EXPECT_GT(Count(c, kGreen), 500);
-    EXPECT_GT(Count(c, kBlue), 500);
+    EXPECT_GT(CountOf(c.Image(), kGreen), 500);
+    EXPECT_GT(CountOf(c.Image(), kBlue), 500);
   }
 }
 
@@ -130,35 +111,6 @@ TEST(SurfaceDrawing, AnAbsurdTickCountDrawsTheAxisWithoutTicks) {
   EXPECT_GT(c.Frames(), 0);
 }
 
-TEST(SurfaceDrawing, TwoDimensionsDrawOnlyTheFloor) {
-  Control c(160, 120);
-  PlainColouredFaces(c.surface);
-  c.surface.SetPlotType(orvPlotType2D);
-  c.surface.Refresh();
-  EXPECT_GT(Count(c, kRed), 1000);
-  EXPECT_EQ(Count(c, kGreen), 0);
-  EXPECT_EQ(Count(c, kBlue), 0);
-}
-
-TEST(SurfaceDrawing, MasterFillReachesEveryFaceOnlyWhileMastersRule) {
-  Control c(200, 200);
-  c.surface.Axes().AxisLineMaster().SetWidth(0);
-  Faces& faces = c.surface.Faces();
-  faces.SetMajorGridVisibleMaster(false);
-  faces.SetEdgeVisibleMaster(false);
-  faces.SetFillColorMaster(kGreen);
-  c.surface.Refresh();
-  const auto planes = detail::PlotAnnotations::FacePlanes(c.State().renderer.LastFrame());
-  EXPECT_EQ(PixelAt(c, 0.5, 0.5, planes[0]), kGreen);
-  EXPECT_EQ(PixelAt(c, 0.5, planes[1], 0.5), kGreen);
-  EXPECT_EQ(PixelAt(c, planes[2], 0.5, 0.5), kGreen);
-  faces.SetUseMasterProperties(false);
-  faces.SetFillColorMaster(kRed);  // no longer copied
-  c.surface.Refresh();
-  EXPECT_EQ(Count(c, kRed), 0);
-  EXPECT_GT(Count(c, kGreen), 1000);
-}
-
 TEST(SurfaceDrawing, EdgesOfWidthZeroDrawNothing) {
   Control c(200, 200);
   c.surface.Axes().AxisLineMaster().SetWidth(0);
@@ -166,11 +118,10 @@ TEST(SurfaceDrawing, EdgesOfWidthZeroDrawNothing) {
   faces.SetMajorGridVisibleMaster(false);
   faces.EdgeLineMaster().SetColor(kBlue);
   c.surface.Refresh();
-  const int edges = Count(c, kBlue);
-  EXPECT_GT(edges, 200);
+  EXPECT_GT(CountOf(c.Image(), kBlue), 200);
   faces.EdgeLineMaster().SetWidth(0);
   c.surface.Refresh();
-  EXPECT_EQ(Count(c, kBlue), 0);
+  EXPECT_EQ(CountOf(c.Image(), kBlue), 0);
 }
 
 TEST(SurfaceDrawing, GridLinesLieAtTheTickPositions) {
@@ -191,7 +142,7 @@ TEST(SurfaceDrawing, GridLinesLieAtTheTickPositions) {
     EXPECT_TRUE(ColourNear(c, kRed, t, 0.5, 0.0)) << "tick " << i;
   }
   // Half-way between two ticks: the face's fill.
-  EXPECT_EQ(PixelAt(c, (x.TickPosition(1) + x.TickPosition(2)) / 2, 0.37, 0.0), 0xFFFFFFu);
+  EXPECT_EQ(c.PixelAt((x.TickPosition(1) + x.TickPosition(2)) / 2, 0.37, 0.0, false), 0xFFFFFFu);
 }
 
 TEST(SurfaceDrawing, AxesRunAlongTheFrontEdgesAndMoveAsThePlotTurns) {
@@ -206,16 +157,16 @@ TEST(SurfaceDrawing, AxesRunAlongTheFrontEdgesAndMoveAsThePlotTurns) {
   c.surface.Refresh();
   auto frame = c.State().renderer.LastFrame();
   auto edges = detail::PlotAnnotations::AxisEdges(frame, frame.beforeViews);
-  EXPECT_EQ(PixelAt(c, 0.5, edges[0][0], edges[0][1]), kBlue);
-  EXPECT_EQ(PixelAt(c, edges[1][0], 0.5, edges[1][1]), kBlue);
-  EXPECT_EQ(PixelAt(c, edges[2][0], edges[2][1], 0.5), kBlue);
+  EXPECT_EQ(c.PixelAt(0.5, edges[0][0], edges[0][1], false), kBlue);
+  EXPECT_EQ(c.PixelAt(edges[1][0], 0.5, edges[1][1], false), kBlue);
+  EXPECT_EQ(c.PixelAt(edges[2][0], edges[2][1], 0.5, false), kBlue);
   const double y = edges[0][0];
   c.surface.SetRotationZ(210);
   c.surface.Refresh();
   frame = c.State().renderer.LastFrame();
   edges = detail::PlotAnnotations::AxisEdges(frame, frame.beforeViews);
   EXPECT_EQ(edges[0][0], 1.0 - y);
-  EXPECT_EQ(PixelAt(c, 0.5, edges[0][0], edges[0][1]), kBlue);
+  EXPECT_EQ(c.PixelAt(0.5, edges[0][0], edges[0][1], false), kBlue);
 }
 
 TEST(SurfaceDrawing, CursorShowsThroughTheSurfaceIn3DAndCrossesTheMapIn2D) {
@@ -228,21 +179,21 @@ TEST(SurfaceDrawing, CursorShowsThroughTheSurfaceIn3DAndCrossesTheMapIn2D) {
   cursor.SetYValue(0.5);
   cursor.SetZValue(0.25);
   c.surface.Refresh();
-  EXPECT_EQ(Count(c, kRed), 0);  // hidden by default
+  EXPECT_EQ(CountOf(c.Image(), kRed), 0);  // hidden by default
   cursor.SetVisible(true);
   c.surface.Refresh();
   const Axis& z = c.surface.Axes().ZAxis();
   const double cz = (0.25 - z.Min()) / (z.Max() - z.Min());
   // Along the vertical line, under the surface (the point itself is on it).
-  EXPECT_EQ(PixelAt(c, 0.5, 0.5, cz * 0.5, true), kRed);
-  EXPECT_EQ(PixelAt(c, 0.2, 0.5, cz, true), kRed);
-  EXPECT_EQ(PixelAt(c, 0.5, 0.8, cz, true), kRed);
+  EXPECT_EQ(c.PixelAt(0.5, 0.5, cz * 0.5), kRed);
+  EXPECT_EQ(c.PixelAt(0.2, 0.5, cz), kRed);
+  EXPECT_EQ(c.PixelAt(0.5, 0.8, cz), kRed);
 
   c.surface.SetPlotType(orvPlotType2D);
   c.surface.Refresh();
-  EXPECT_EQ(PixelAt(c, 0.5, 0.1, 1.0, true), kRed);
-  EXPECT_EQ(PixelAt(c, 0.9, 0.5, 1.0, true), kRed);
-  EXPECT_NE(PixelAt(c, 0.3, 0.3, 1.0, true), kRed);
+  EXPECT_EQ(c.PixelAt(0.5, 0.1, 1.0), kRed);
+  EXPECT_EQ(c.PixelAt(0.9, 0.5, 1.0), kRed);
+  EXPECT_NE(c.PixelAt(0.3, 0.3, 1.0), kRed);
 }
 
 }  // namespace

@@ -6,16 +6,14 @@
 
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <random>
 #include <set>
 #include <string>
-#include <cstdlib>
-#include <filesystem>
 #include <vector>
 
 #include "control/fitting_zoom.h"
-#include "control/surface_state.h"
 #include "control_fixture.h"
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
@@ -24,22 +22,12 @@
 #include "orvane/render/faces.h"
 #include "orvane/render/marker.h"
 #include "orvane/render/view.h"
-#include "orvane/render/device_context.h"
-#include "render/gl.h"
 #include "support/expect_error.h"
 
 namespace orvane {
 namespace {
 
 using testing::Control;
-
-// Window pixel (top-left origin) of a cube point, through the main views' matrices.
-std::array<int, 2> Project(Control& c, double x, double y, double z) {
-  const auto& m = c.State().renderer.LastFrame().mainViews;
-  double wx = 0, wy = 0, wz = 0;
-  gluProject(x, y, z, m.modelView.data(), m.projection.data(), m.viewport.data(), &wx, &wy, &wz);
-  return {static_cast<int>(std::floor(wx)), c.Image().header.biHeight - 1 - static_cast<int>(std::floor(wy))};
-}
 
 // A flat 2 x 2 grid at height z over [x0, x0 + 1] x [0, 1].
 void Plane(DataSet& data, double z, double x0) {
@@ -57,13 +45,6 @@ void BareViews(Control& c) {
     data.ViewTop().SetVisible(false);
     data.ViewBottom().SetVisible(false);
   }
-}
-
-void Dump(Control& c, const std::string& name) {
-  if (std::getenv("ORVANE_TEST_PICTURES") == nullptr) return;
-  ImageDC image(c.Image().header.biWidth, c.Image().header.biHeight);
-  c.surface.OnPaint(image);
-  image.SavePng(std::string(std::getenv("ORVANE_TEST_PICTURES")) + "/" + name + ".png");
 }
 
 // The three fills: the described flat triangles, exact bands, interpolated colours.
@@ -93,7 +74,7 @@ TEST(SurfacePicture, AFlatPlaneIsOneColourWhateverTheOrderOfTheDataSetsOrTheFill
       std::set<Color> seen;
       for (int i = 1; i < 20; ++i) {
         for (int j = 1; j < 20; ++j) {
-          const auto p = Project(c, (i / 20.0 + 2.0 * z) / 3.0, j / 20.0, z);
+          const auto p = c.Project((i / 20.0 + 2.0 * z) / 3.0, j / 20.0, z);
           seen.insert(c.Image().Pixel(p[0], p[1]));
         }
       }
@@ -152,15 +133,14 @@ TEST(SurfacePicture, ExactBandsRunStraightAlongTheLevelsOfAScatteredPlane) {
     SetFill(c.surface, fill);
     c.surface.SetPlotType(orvPlotType2D);
     c.surface.Refresh();
-    Dump(c, fill == Fill::kBands ? "ramp2d_bands" : "ramp2d_flat");
     int worst = 0, strays = 0;
     for (int k = 1; k < 10; ++k) {
       const double level = 0.05 + 0.1 * k;
       const Color below = c.surface.Contouring().FindColor(level - 0.05, false);
       const Color above = c.surface.Contouring().FindColor(level + 0.05, false);
       for (double y = 0.15; y < 0.9; y += 0.1) {  // clear of the hull's missing slivers
-        const auto edge = Project(c, level, y, level);
-        const auto from = Project(c, level - 0.04, y, level), to = Project(c, level + 0.04, y, level);
+        const auto edge = c.Project(level, y, level);
+        const auto from = c.Project(level - 0.04, y, level), to = c.Project(level + 0.04, y, level);
         int first = -1;  // the first column of the band above
         for (int px = from[0]; px <= to[0]; ++px) {
           const Color p = c.Image().Pixel(px, edge[1]);
@@ -194,7 +174,6 @@ TEST(SurfacePicture, ExactBandsHoldIn3DLitOrNotOnGridsAndTriangulations) {
       SetFill(c.surface, Fill::kBands);
       c.surface.SetLightingOn(lit);
       c.surface.Refresh();
-      Dump(c, std::string("ramp3d_") + (grid ? "grid" : "points") + (lit ? "_lit" : ""));
       const Contouring& contouring = c.surface.Contouring();
       // Points a little off each level show their own band: exactly its colour unlit,
       // its hue lit; the margin is under a pixel and a half at this size.
@@ -204,7 +183,7 @@ TEST(SurfacePicture, ExactBandsHoldIn3DLitOrNotOnGridsAndTriangulations) {
           const double x = 0.05 + 0.1 * k + side * 0.008;
           if (x <= 0.0 || x >= 1.0) continue;
           for (double y = 0.1; y < 0.95; y += 0.2) {
-            const auto p = Project(c, x, y, x);
+            const auto p = c.Project(x, y, x);
             const Color colour = c.Image().Pixel(p[0], p[1]);
             if (lit) {
               EXPECT_EQ(BandColourOf(contouring, colour), contouring.FindColor(x, false)) << x << "," << y;
@@ -216,7 +195,7 @@ TEST(SurfacePicture, ExactBandsHoldIn3DLitOrNotOnGridsAndTriangulations) {
         }
       }
       EXPECT_EQ(checked, 100);
-      const auto a = Project(c, 0.05 - 0.008, 0.5, 0), b = Project(c, 0.05 + 0.008, 0.5, 0);
+      const auto a = c.Project(0.05 - 0.008, 0.5, 0), b = c.Project(0.05 + 0.008, 0.5, 0);
       EXPECT_LT(std::hypot(a[0] - b[0], a[1] - b[1]), 3.0);  // the margin is that small
     }
   }
@@ -242,7 +221,7 @@ TEST(SurfacePicture, MarkersOfA2DMapShowOverEveryFill) {
   c.surface.SetPlotType(orvPlotType2D);
   c.surface.Refresh();
   for (std::size_t k = 0; k < px.size(); ++k) {
-    const auto p = Project(c, px[k], py[k], pz[k]);
+    const auto p = c.Project(px[k], py[k], pz[k]);
     EXPECT_EQ(c.Image().Pixel(p[0], p[1]), 0x00FFFFu) << "marker " << k;
   }
 }
@@ -250,53 +229,36 @@ TEST(SurfacePicture, MarkersOfA2DMapShowOverEveryFill) {
 TEST(SurfacePicture, HullLinesHideBehindTheSurfaceIn3DAndShowOverItIn2D) {
   // A tilted plane over scattered points with a thick red data hull on the cube's floor,
   // seen from nearly straight above: the far side of the floor lies behind the surface.
-  // The hull's red pixels with the fill drawn, against those without it.
-  const auto redPixels = [](bool is3D, bool fill) {
+  // The hull's red pixels with the fill drawn, against those without it; with cover, a
+  // second data set's plane is drawn after the first over all of it.
+  const auto redPixels = [](bool is3D, bool fill, bool cover = false) {
     Control c(240, 240);
+    c.surface.DataSets().SetCount(cover ? 2 : 1);
     testing::Scatter(c.surface.DataSets().Item(0));
     View& view = c.surface.DataSets().Item(0).ViewMain();
     view.SetContourLinesVisible(false);
     view.SetContourFillVisible(fill);
     view.DataHullLine().SetColor(0x0000FF);
     view.DataHullLine().SetWidth(3);
+    if (cover) {
+      const std::vector<double> g{-1.0, 3.0};
+      DataSet& later = c.surface.DataSets().Item(1);
+      later.DataAsRectangularGridSet(g, 2, g, 2, Array2D(std::vector<double>{5, 5, 5, 5}, 2, 2));
+      later.ViewMain().SetContourLinesVisible(false);
+    }
     BareViews(c);
     c.surface.SetPlotType(is3D ? orvPlotType3D : orvPlotType2D);
     c.surface.SetRotationX(10);
     c.surface.SetRotationZ(0);
     c.surface.Refresh();
-    Dump(c, std::string("hull") + (is3D ? "3d" : "2d") + (fill ? "" : "_nofill"));
-    int red = 0;
-    const auto& h = c.Image().header;
-    for (int y = 0; y < h.biHeight; ++y) {
-      for (int x = 0; x < h.biWidth; ++x) red += c.Image().Pixel(x, y) == 0x0000FFu;
-    }
-    return red;
+    return testing::CountOf(c.Image(), 0x0000FF);
   };
   const int bare3D = redPixels(true, false);
   EXPECT_GT(bare3D, 600);
   EXPECT_LT(redPixels(true, true), bare3D * 2 / 3) << "the hull shows through the surface";
   const int bare2D = redPixels(false, false);
   EXPECT_EQ(redPixels(false, true), bare2D) << "the hull is buried under the fill";
-
-  // In 2-D a later data set's fill does not bury it either.
-  Control c(240, 240);
-  c.surface.DataSets().SetCount(2);
-  testing::Scatter(c.surface.DataSets().Item(0));
-  View& view = c.surface.DataSets().Item(0).ViewMain();
-  view.SetContourLinesVisible(false);
-  view.DataHullLine().SetColor(0x0000FF);
-  view.DataHullLine().SetWidth(3);
-  const std::vector<double> g{-1.0, 3.0};
-  c.surface.DataSets().Item(1).DataAsRectangularGridSet(g, 2, g, 2, Array2D(std::vector<double>{5, 5, 5, 5}, 2, 2));
-  c.surface.DataSets().Item(1).ViewMain().SetContourLinesVisible(false);
-  BareViews(c);
-  c.surface.SetPlotType(orvPlotType2D);
-  c.surface.Refresh();
-  int red = 0;
-  for (int y = 0; y < 240; ++y) {
-    for (int x = 0; x < 240; ++x) red += c.Image().Pixel(x, y) == 0x0000FFu;
-  }
-  EXPECT_GT(red, 600) << "the second data set's fill buries the first one's hull";
+  EXPECT_GT(redPixels(false, true, true), 600) << "the second data set's fill buries the first one's hull";
 }
 
 TEST(SurfacePicture, AFullyOpaqueTransparentViewLooksLikeTheOpaqueOne) {
@@ -371,10 +333,9 @@ TEST(SurfacePicture, ADottedContourAlongMeshEdgesRunsOnOnceAndARidgeOnTheLevelIs
     c.surface.SetPlotType(orvPlotType2D);
     c.surface.SetZoom(2.0);
     c.surface.Refresh();
-    Dump(c, tiesAbove ? "dotted_ties_above" : "dotted_exact");
     Axes& axes = c.surface.Axes();
     const auto cube = [&](double dx, double dy) {
-      return Project(c, (dx - axes.XAxis().Min()) / (axes.XAxis().Max() - axes.XAxis().Min()),
+      return c.Project((dx - axes.XAxis().Min()) / (axes.XAxis().Max() - axes.XAxis().Min()),
                      (dy - axes.YAxis().Min()) / (axes.YAxis().Max() - axes.YAxis().Min()), 0.0);
     };
     // Black pixels within a pixel of the segment from a to b (data units).
@@ -468,7 +429,6 @@ TEST(SurfacePicture, FourSamplesSmoothTheEdgesAndOneKeepsTheColoursExact) {
   for (int y = 0; y < 200; ++y)
     for (int x = 0; x < 200; ++x) blended += exact.count(c.Image().Pixel(x, y)) == 0;
   EXPECT_GT(blended, 200);
-  Dump(c, "samples4");
 
   // Kept in the State; a count the control cannot take is refused and changes nothing.
   const std::vector<std::uint8_t> state = c.surface.State();
@@ -495,7 +455,6 @@ TEST(SurfacePicture, AFittedMapFillsThePlotAreaAndEqualAspectKeepsItsShape) {
   layout::Box box = layout::FillBox(c.Image(), frame.plotWidth);
   EXPECT_GE(box.Height(), 0.75 * 600);
   EXPECT_NEAR((box.left + box.right) / 2.0, frame.plotWidth / 2.0, 2.0);  // centred beside the legend
-  Dump(c, "fitted_map");
 
   // 860 x 610 units at one scale are drawn 860 x 610, within 2 %.
   layout::Domain(c, 860.0, 610.0);
@@ -527,7 +486,7 @@ TEST(SurfacePicture, TheFittedCubeStaysInsideThePlotAreaAtAnySizeAndRotation) {
       c.surface.Refresh();
       const auto& frame = c.State().renderer.LastFrame();
       for (int corner = 0; corner < 8; ++corner) {
-        const auto p = Project(c, corner & 1, (corner >> 1) & 1, (corner >> 2) & 1);
+        const auto p = c.Project(corner & 1, (corner >> 1) & 1, (corner >> 2) & 1);
         EXPECT_GE(p[0], 0) << w << "x" << h << " rotation " << r[0] << "," << r[1] << "," << r[2];
         EXPECT_LT(p[0], frame.plotWidth);
         EXPECT_GE(p[1], h - frame.plotHeight);
@@ -559,7 +518,7 @@ TEST(SurfacePicture, ABaseStandsTheSurfaceOnABlockDownToTheFloorAlongItsBoundary
       std::set<Color> seen;
       for (const auto& [x, y] : {std::pair{0.5, 0.0}, std::pair{0.0, 0.5}, std::pair{1.0, 0.5}, std::pair{0.5, 1.0}}) {
         for (const double z : {0.1, 0.25, 0.4}) {
-          const auto p = Project(c, 0.05 + 0.9 * x, 0.05 + 0.9 * y, z);
+          const auto p = c.Project(0.05 + 0.9 * x, 0.05 + 0.9 * y, z);
           seen.insert(c.Image().Pixel(p[0], p[1]));
         }
       }
@@ -568,7 +527,6 @@ TEST(SurfacePicture, ABaseStandsTheSurfaceOnABlockDownToTheFloorAlongItsBoundary
     EXPECT_EQ(wall().count(0xFFFFFF), 1u) << "no block: the background shows under the plane";
     data.ViewMain().SetBaseVisible(true);
     c.surface.Refresh();
-    Dump(c, grid ? "base_grid" : "base_triangles");
     // Under the back edges the top may show instead; the front walls are the block's.
     const std::set<Color> seen = wall();
     const Color top = c.surface.Contouring().FindColor(1.0, false);
@@ -619,17 +577,16 @@ TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
     c.surface.Contouring().Contours().RemoveAll();
     c.surface.Contouring().Contours().AddLevels(std::vector<double>{0.25, 0.5, 0.75});
     c.surface.Refresh();
-    Dump(c, is3D ? "hole3d" : "hole2d");
     const Color background = c.Image().Pixel(1, 1);
     // Everything over the hole is background; beside it the map is drawn.
     int inside = 0, drawn = 0;
     for (int a = 0; a <= 18; ++a) {
       const double u = 0.41 + a / 100.0;
       for (int b = 0; b <= 18; ++b) {
-        const auto p = Project(c, u, 0.41 + b / 100.0, u);
+        const auto p = c.Project(u, 0.41 + b / 100.0, u);
         inside += c.Image().Pixel(p[0], p[1]) != background;
       }
-      const auto p = Project(c, u, 0.2, u);
+      const auto p = c.Project(u, 0.2, u);
       drawn += c.Image().Pixel(p[0], p[1]) != background;
     }
     EXPECT_EQ(inside, 0) << (is3D ? "3-D" : "2-D");
@@ -637,7 +594,7 @@ TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
     if (is3D) continue;
     // The line at z = 0.5 runs up x = 0.5 to the hole's edge (y = 0.35) and on from 0.65.
     const auto dark = [&c](double u, double v) {
-      const auto p = Project(c, u, v, u);
+      const auto p = c.Project(u, v, u);
       for (int dx = -1; dx <= 1; ++dx) {
         const Color k = c.Image().Pixel(p[0] + dx, p[1]);
         if ((k & 0xFF) + ((k >> 8) & 0xFF) + ((k >> 16) & 0xFF) < 150) return true;

@@ -18,7 +18,7 @@ using testing::Control;
 
 constexpr Color kWhite = 0xFFFFFF;
 
-TEST(SurfaceRefresh, WithoutAutoRefreshNothingDrawsUntilRefresh) {
+TEST(SurfaceRefresh, WithoutAutoRefreshNothingDrawsUntilRefreshAndWithItEachLetDrawsOnce) {
   Control c;
   Surface& s = c.surface;
   s.SetBackColor(0x102030);
@@ -32,13 +32,9 @@ TEST(SurfaceRefresh, WithoutAutoRefreshNothingDrawsUntilRefresh) {
   EXPECT_EQ(c.Frames(), 1);
   EXPECT_EQ(c.host.RepaintRequests(), 1);
   EXPECT_EQ(c.Image().Pixel(0, 0), 0x102030u);
-}
 
-TEST(SurfaceRefresh, WithAutoRefreshEachLetDrawsOnce) {
-  Control c;
-  Surface& s = c.surface;
   s.SetAutoRefresh(true);  // the let itself refreshes
-  EXPECT_EQ(c.Frames(), 1);
+  EXPECT_EQ(c.Frames(), 2);
   const std::vector<std::function<void()>> lets = {
       [&s] { s.SetBackColor(0x203040); },
       [&s] { s.SetForeColor(0x0000FF); },
@@ -47,7 +43,7 @@ TEST(SurfaceRefresh, WithAutoRefreshEachLetDrawsOnce) {
       [&s] { s.SetRotationX(70); },
       [&s] { s.SetLightingIntensityAmbient(0.3); },
       [&s] { s.SetPlotType(orvPlotType2D); },
-      [&s] { s.Header().SetText("Title"); },
+      [&s] { s.Header().SetText("Caption"); },
       [&s] { s.Legend().SetVisible(false); },
       [&s] { s.Cursor().SetXValue(0.5); },
       [&s] { s.Contouring().SetColorMapType(orvColorMapBlueRed); },
@@ -59,20 +55,6 @@ TEST(SurfaceRefresh, WithAutoRefreshEachLetDrawsOnce) {
     EXPECT_EQ(c.Frames(), before + 1) << "let " << k;
   }
   EXPECT_EQ(c.Image().Pixel(0, 0), 0x203040u);
-}
-
-TEST(SurfaceRefresh, LightingOnNeverRefreshesByItselfButItsNextFrameRebuildsTheLists) {
-  Control c;
-  Surface& s = c.surface;
-  testing::Saddle(s.DataSets().Item(0));
-  s.SetAutoRefresh(true);
-  const std::int64_t frames = c.Frames();
-  const std::int64_t builds = c.MainListBuilds();
-  s.SetLightingOn(true);
-  EXPECT_EQ(c.Frames(), frames);
-  s.Refresh();
-  EXPECT_EQ(c.Frames(), frames + 1);
-  EXPECT_EQ(c.MainListBuilds(), builds + 1);
 }
 
 TEST(SurfaceRefresh, AFacesMasterLetRedrawsOnceAfterItsRelayedChanges) {
@@ -115,7 +97,7 @@ TEST(SurfaceRefresh, AtDesignTimeOnlyThePaintRequestDraws) {
   EXPECT_EQ(c.Frames(), 1);  // nothing new: the picture is only copied
 }
 
-TEST(SurfaceRefresh, ACursorChangeRedrawsWithoutRecalculatingData) {
+TEST(SurfaceRefresh, ACursorChangeReplaysTheListWhileContouringAndLightingRebuildIt) {
   Control c;
   Surface& s = c.surface;
   testing::Scatter(s.DataSets().Item(0));
@@ -141,6 +123,12 @@ TEST(SurfaceRefresh, ACursorChangeRedrawsWithoutRecalculatingData) {
   EXPECT_EQ(c.Frames(), frames + 3);
   EXPECT_EQ(c.MainListBuilds(), builds + 1);
   EXPECT_EQ(s.Contouring().Contours().Count(), 5);
+  // LightingOn never refreshes by itself, but its next frame rebuilds the list too.
+  s.SetLightingOn(true);
+  EXPECT_EQ(c.Frames(), frames + 3);
+  s.Refresh();
+  EXPECT_EQ(c.Frames(), frames + 4);
+  EXPECT_EQ(c.MainListBuilds(), builds + 2);
 }
 
 TEST(SurfaceRefresh, RefreshFollowsTheDataWithTheAxesAndTheLevels) {
@@ -169,13 +157,14 @@ TEST(SurfaceRefresh, AnAxisMinimumAboveItsMaximumRaisesOnRefreshWithTheAxisLette
   s.Axes().YAxis().SetAutoRangeType(orvAutoRangeOff);
   s.Axes().YAxis().SetMin(2.0);
   s.Axes().YAxis().SetMax(1.0);
+  c.host.SetMousePointer(3);
   c.host.ClearRecords();
   EXPECT_ORVANE_ERROR(s.Refresh(), -2147221303, "Orvada.Surface", "Y Axis minimum is greater than maximum");
   EXPECT_EQ(c.Frames(), frames);
   EXPECT_EQ(c.Image().bits, picture);
-  // The wait pointer came and went although the refresh failed.
-  EXPECT_EQ(c.host.PointerChanges(), (std::vector<std::int32_t>{kPointerHourglass, kPointerDefault}));
-  EXPECT_EQ(c.host.MousePointer(), kPointerDefault);
+  // The wait pointer came and went although the refresh failed, and gave back the one shown.
+  EXPECT_EQ(c.host.PointerChanges(), (std::vector<std::int32_t>{kPointerHourglass, 3}));
+  EXPECT_EQ(c.host.MousePointer(), 3);
   // Still stale: the next refresh meets the same limits.
   EXPECT_ORVANE_ERROR(s.Refresh(), -2147221303, "Orvada.Surface", "Y Axis minimum is greater than maximum");
 
@@ -207,26 +196,12 @@ TEST(SurfaceRefresh, AnAutoRefreshThatFailsStillTellsTheHostOfTheChange) {
   EXPECT_EQ(c.host.MousePointer(), kPointerDefault);
 }
 
-TEST(SurfaceRefresh, TheWaitPointerGivesBackWhateverPointerWasShown) {
-  Control c;
-  c.host.SetMousePointer(3);
-  c.host.ClearRecords();
-  c.surface.Refresh();
-  EXPECT_EQ(c.host.PointerChanges(), (std::vector<std::int32_t>{kPointerHourglass, 3}));
-}
-
-// A data set whose scattered points are resampled by inverse distance.
-void Resampled(Surface& s, std::int32_t intervals) {
-  DataSet& data = s.DataSets().Item(0);
-  testing::Scatter(data, 20);
-  data.Resampling().SetResamplerType(orvResamplerTypeInverseDistance);
-  data.Resampling().SetIntervalCount(intervals);
-}
-
-TEST(SurfaceRefresh, ResamplingReportsItsProgressToTheHost) {
+TEST(SurfaceRefresh, ResamplingReportsProgressAndAStopFromTheHostEndsWithError18KeepingPictureAndData) {
   Control c;
   Surface& s = c.surface;
-  Resampled(s, 60);
+  testing::Scatter(s.DataSets().Item(0), 20);
+  s.DataSets().Item(0).Resampling().SetResamplerType(orvResamplerTypeInverseDistance);
+  s.DataSets().Item(0).Resampling().SetIntervalCount(60);
   s.Refresh();
   const std::vector<double>& reports = c.host.ProgressReports();
   ASSERT_FALSE(reports.empty());
@@ -237,16 +212,8 @@ TEST(SurfaceRefresh, ResamplingReportsItsProgressToTheHost) {
       EXPECT_GE(reports[k], reports[k - 1]);
     }
   }
-  EXPECT_EQ(detail::DataSetAccess::State(s.DataSets().Item(0)).gridX.size(), 61u);
-}
-
-TEST(SurfaceRefresh, AStopFromTheHostEndsWithError18AndKeepsThePictureAndTheData) {
-  Control c;
-  Surface& s = c.surface;
-  Resampled(s, 30);
-  s.Refresh();
   const detail::DataSetState& data = detail::DataSetAccess::State(s.DataSets().Item(0));
-  ASSERT_EQ(data.gridX.size(), 31u);
+  ASSERT_EQ(data.gridX.size(), 61u);
   const std::vector<double> meshZ = data.meshZ;
   const std::vector<std::uint8_t> picture = c.Image().bits;
   const std::int64_t frames = c.Frames();
@@ -261,7 +228,7 @@ TEST(SurfaceRefresh, AStopFromTheHostEndsWithError18AndKeepsThePictureAndTheData
   c.host.ClearRecords();
   EXPECT_ORVANE_ERROR(s.Refresh(), 18, "IInterpolator", "The resampling was interrupted.");
   EXPECT_EQ(asked, 1);  // the run stops at the first answer
-  EXPECT_EQ(data.gridX.size(), 31u);
+  EXPECT_EQ(data.gridX.size(), 61u);
   EXPECT_EQ(data.meshZ, meshZ);
   EXPECT_EQ(c.Frames(), frames);
   EXPECT_EQ(c.Image().bits, picture);

@@ -69,7 +69,32 @@ void CaptionAlone(Surface& s, const std::string& text) {
   s.Header().SetVisible(true);
 }
 
-TEST(SurfaceText, CaptionIsCentredInItsBandAtTheTopAndTheBandIsTwiceItsHeight) {
+// Each legend band's swatch, at the bar's middle column half-way between two ticks, shows
+// the colour of the values between them.
+void ExpectSwatches(Control& c, const detail::LegendLayout& l) {
+  const auto& frame = c.State().renderer.LastFrame();
+  const int px = frame.plotWidth + static_cast<int>((l.barLeft + l.barRight) / 2.0);
+  for (std::size_t k = 0; k + 1 < l.ticks.size(); ++k) {
+    const int py = frame.height - 1 - static_cast<int>((l.ticks[k].y + l.ticks[k + 1].y) / 2.0);
+    const double value = (l.ticks[k].value + l.ticks[k + 1].value) / 2.0;
+    EXPECT_EQ(c.Image().Pixel(px, py), c.surface.Contouring().FindColor(value, false)) << "band " << k;
+  }
+}
+
+// Text outlines that must stay inside [0, w] x [0, h] and never overlap one another.
+void ExpectApartAndInside(const std::vector<detail::TextQuad>& outlines, double w, double h, const std::string& what) {
+  for (std::size_t i = 0; i < outlines.size(); ++i) {
+    for (const auto& corner : outlines[i]) {
+      EXPECT_TRUE(corner[0] >= 0.0 && corner[0] <= w && corner[1] >= 0.0 && corner[1] <= h)
+          << what << ", outline " << i << ": " << corner[0] << ", " << corner[1];
+    }
+    for (std::size_t j = i + 1; j < outlines.size(); ++j) {
+      EXPECT_FALSE(detail::OutlinesOverlap(outlines[i], outlines[j])) << what << ": " << i << " " << j;
+    }
+  }
+}
+
+TEST(SurfaceText, CaptionIsCentredInItsBandAtTheTopAndTheBandIsTwiceItsMeasuredHeight) {
   Control c(300, 200);
   CaptionAlone(c.surface, "Z = f(X, Y)");
   c.surface.Refresh();
@@ -93,18 +118,16 @@ TEST(SurfaceText, CaptionIsCentredInItsBandAtTheTopAndTheBandIsTwiceItsHeight) {
   c.surface.Header().SetVisible(false);
   c.surface.Refresh();
   EXPECT_EQ(Ink(c, 0, 0, 300, 200), 0);
-}
 
-TEST(SurfaceText, ACaptionFontChangeIsMeasuredAgain) {
-  Control c(300, 200);
-  CaptionAlone(c.surface, "Title");
+  // A font change is measured again.
+  c.surface.Header().SetVisible(true);
   c.surface.Refresh();
-  const int band = c.State().renderer.LastFrame().height - c.State().renderer.LastFrame().plotHeight;
+  const int title = frame.height - frame.plotHeight;
   c.surface.Header().Font().SetSize(20.0);
   c.surface.Refresh();
-  const int larger = c.State().renderer.LastFrame().height - c.State().renderer.LastFrame().plotHeight;
-  EXPECT_GT(larger, band + 10);
-  EXPECT_GT(Ink(c, 0, 0, 300, larger), Ink(c, 0, 0, 300, band));
+  const int larger = frame.height - frame.plotHeight;
+  EXPECT_GT(larger, title + 10);
+  EXPECT_GT(Ink(c, 0, 0, 300, larger), Ink(c, 0, 0, 300, title));
 }
 
 TEST(SurfaceText, CaptionsThatCannotFitDrawWhatTheyCanInsideTheBand) {
@@ -147,15 +170,7 @@ TEST(SurfaceText, LegendSwatchesShowTheLevelColoursAndTheRoomComesOffThePlot) {
   const detail::LegendLayout l = Passes(c).Layout(room, frame.plotHeight);
   ASSERT_TRUE(l.visible);
   ASSERT_GE(l.ticks.size(), 3u);
-  const Contouring& contouring = c.surface.Contouring();
-  // The swatch between two levels, at the bar's middle column, in the band's colour.
-  for (std::size_t k = 0; k + 1 < l.ticks.size(); ++k) {
-    const double y = (l.ticks[k].y + l.ticks[k + 1].y) / 2.0;
-    const int px = frame.plotWidth + static_cast<int>((l.barLeft + l.barRight) / 2.0);
-    const int py = frame.height - 1 - static_cast<int>(y);
-    EXPECT_EQ(c.Image().Pixel(px, py), contouring.FindColor((l.ticks[k].value + l.ticks[k + 1].value) / 2.0, false))
-        << "band " << k;
-  }
+  ExpectSwatches(c, l);
   // Hidden, or with no levels: no room.
   c.surface.Legend().SetVisible(false);
   c.surface.Refresh();
@@ -185,11 +200,7 @@ TEST(SurfaceText, EvenLegendBandsShareTheBarEquallyAndKeepTheirColours) {
   ASSERT_EQ(l.ticks.size(), 4u);
   const double band = (l.barTop - l.barBottom) / 5.0;  // five bands: foot, 4 levels, top
   for (std::size_t k = 0; k < 4; ++k) EXPECT_NEAR(l.ticks[k].y, l.barBottom + band * static_cast<double>(k + 1), 1e-9);
-  for (std::size_t k = 0; k + 1 < l.ticks.size(); ++k) {
-    const int px = frame.plotWidth + static_cast<int>((l.barLeft + l.barRight) / 2.0);
-    const int py = frame.height - 1 - static_cast<int>((l.ticks[k].y + l.ticks[k + 1].y) / 2.0);
-    EXPECT_EQ(c.Image().Pixel(px, py), contouring.FindColor((l.ticks[k].value + l.ticks[k + 1].value) / 2.0, false));
-  }
+  ExpectSwatches(c, l);
   // Stored with the legend; absent, the bar is in proportion to Z.
   PropertyBag bag;
   c.surface.WriteProperties(bag);
@@ -225,17 +236,7 @@ TEST(SurfaceText, LegendLabelsNeverOverlapAndStayInsideTheControl) {
       outlines.push_back(detail::TextOutline(font, t.text, anchor));
     }
     ASSERT_FALSE(outlines.empty());
-    for (std::size_t i = 0; i < outlines.size(); ++i) {
-      for (const auto& corner : outlines[i]) {
-        EXPECT_GE(corner[0], 0.0);
-        EXPECT_LE(corner[0], room + 0.5) << levels;
-        EXPECT_GE(corner[1], 0.0);
-        EXPECT_LE(corner[1], frame.plotHeight);
-      }
-      for (std::size_t j = i + 1; j < outlines.size(); ++j) {
-        EXPECT_FALSE(detail::OutlinesOverlap(outlines[i], outlines[j])) << levels << ": " << i << " " << j;
-      }
-    }
+    ExpectApartAndInside(outlines, room + 0.5, frame.plotHeight, std::to_string(levels) + " levels");
     ExpectNoGlError(c);
   }
 }
@@ -250,17 +251,7 @@ TEST(SurfaceText, AxisLabelsNeverOverlapAndStayInsideTheControl) {
     c.surface.Refresh();
     const auto& outlines = Passes(c).AxisTextOutlines();
     EXPECT_GE(outlines.size(), 8u);
-    for (std::size_t i = 0; i < outlines.size(); ++i) {
-      for (const auto& corner : outlines[i]) {
-        EXPECT_GE(corner[0], 0.0);
-        EXPECT_LE(corner[0], 400.0);
-        EXPECT_GE(corner[1], 0.0);
-        EXPECT_LE(corner[1], 300.0);
-      }
-      for (std::size_t j = i + 1; j < outlines.size(); ++j) {
-        EXPECT_FALSE(detail::OutlinesOverlap(outlines[i], outlines[j])) << i << " " << j;
-      }
-    }
+    ExpectApartAndInside(outlines, 400.0, 300.0, "rotation " + std::to_string(rotation[0]) + "," + std::to_string(rotation[2]));
   }
 }
 
@@ -289,38 +280,6 @@ TEST(SurfaceText, CrowdedTickLabelsAreThinnedToEveryKthTick) {
     }
   }
   EXPECT_TRUE(thinned);  // the sizes are small enough to need it
-}
-
-TEST(SurfaceText, AFormatThatCannotBeUsedStillDrawsAndLeavesNoError) {
-  Control c(300, 200);
-  testing::Saddle(c.surface.DataSets().Item(0));
-  c.surface.Axes().SetLabelsFormatMaster("\"unclosed;;;;0.0E");
-  c.surface.Refresh();
-  EXPECT_TRUE(c.State().lastPaintError.empty()) << c.State().lastPaintError;
-  EXPECT_GT(Ink(c, 0, 0, 300, 200), 1000);
-  ExpectNoGlError(c);
-}
-
-TEST(SurfaceText, FacesAreBehindTheDataForThePresetViews) {
-  for (const auto& rotation : {std::array<double, 3>{60, 0, 30}, {120, 0, 30}, {120, 0, 210}, {60, 0, 210}}) {
-    Control c(200, 200);
-    c.surface.SetRotationX(rotation[0]);
-    c.surface.SetRotationZ(rotation[2]);
-    c.surface.Refresh();
-    const auto& frame = c.State().renderer.LastFrame();
-    const auto planes = detail::PlotAnnotations::FacePlanes(frame);
-    // The viewer looks from negative eye Z: the face drawn lies further along +Z in eye
-    // space than its opposite.
-    const auto& m = frame.beforeViews.modelView;
-    auto eyeZ = [&](double x, double y, double z) { return m[2] * x + m[6] * y + m[10] * z + m[14]; };
-    EXPECT_GT(eyeZ(0.5, 0.5, planes[0]), eyeZ(0.5, 0.5, 1 - planes[0])) << rotation[0] << "," << rotation[2];
-    EXPECT_GT(eyeZ(0.5, planes[1], 0.5), eyeZ(0.5, 1 - planes[1], 0.5)) << rotation[0] << "," << rotation[2];
-    EXPECT_GT(eyeZ(planes[2], 0.5, 0.5), eyeZ(1 - planes[2], 0.5, 0.5)) << rotation[0] << "," << rotation[2];
-  }
-  Control flat(200, 200);
-  flat.surface.SetPlotType(orvPlotType2D);
-  flat.surface.Refresh();
-  EXPECT_EQ(detail::PlotAnnotations::FacePlanes(flat.State().renderer.LastFrame())[0], 0.0);
 }
 
 }  // namespace

@@ -14,20 +14,6 @@ namespace {
 
 using testing::EventRecorder;
 
-
-TEST(Font, DefaultsAndConstruction) {
-  const Font plain;
-  EXPECT_EQ(plain.Name(), "Arial");
-  EXPECT_EQ(plain.Size(), Currency{80000});
-  EXPECT_FALSE(plain.Bold());
-  EXPECT_EQ(plain.Weight(), 400);
-  EXPECT_FALSE(plain.Italic() || plain.Underline() || plain.Strikethrough());
-  const Font caption("Arial", 10, true);
-  EXPECT_EQ(caption.SizePoints(), 10.0);
-  EXPECT_TRUE(caption.Bold());
-  EXPECT_EQ(caption.Weight(), 700);
-}
-
 TEST(Font, BoldAndWeightAreOneSetting) {
   Font font;
   EventRecorder events(font.FontChanged);

@@ -134,14 +134,9 @@ TEST(DataSetBlanks, TheResampledGridIsBlankBeyondTheDataHull) {
   EXPECT_EQ(data.BlankCount(), 0);
   r.SetBlankOutsideHull(true);
   const GridFile grid = data.ResampledGrid();
-  int blanks = 0;
   for (std::size_t i = 0; i < 5; ++i) {
-    for (std::size_t j = 0; j < 5; ++j) {
-      EXPECT_EQ(std::isnan(grid.z[i * 5 + j]), i + j > 4) << i << "," << j;
-      blanks += std::isnan(grid.z[i * 5 + j]);
-    }
+    for (std::size_t j = 0; j < 5; ++j) EXPECT_EQ(std::isnan(grid.z[i * 5 + j]), i + j > 4) << i << "," << j;
   }
-  EXPECT_EQ(blanks, 10);
   EXPECT_EQ(data.BlankCount(), 10);
   PropertyBag bag;
   r.WriteProperties(bag, "R.");

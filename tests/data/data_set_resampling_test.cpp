@@ -1,15 +1,13 @@
 // A data set's resampling: the run during the mesh rebuild, the resampled grid, the
-// relayed settings changes, failures and the persisted settings.
+// relayed settings changes and failures.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <random>
 #include <vector>
 
 #include "data/data_set_state.h"
-#include "orvane/core/property_bag.h"
 #include "orvane/data/data_set.h"
 #include "orvane/resample/resampling.h"
 #include "resample/interpolator.h"
@@ -113,22 +111,6 @@ TEST(DataSetResampling, TheRebuildDrawsTheResampledGrid) {
   EXPECT_FALSE(s.resampled);
 }
 
-TEST(DataSetResampling, KrigingRangeFollowsTheGridDiagonal) {
-  DataSet d;
-  const Scatter p = Points(30);
-  d.DataAsSparseGridSet(p.Count(), p.x, p.y, p.z);
-  d.Resampling().SetResamplerType(orvResamplerTypeKriging);
-  testing::EventRecorder events(d.PropertyChanged);
-  std::vector<double> gx, gy;
-  Array2D gz;
-  Grid(d, gx, gy, gz);
-  EXPECT_EQ(d.Resampling().Kriging().Range(), 5.0);
-  EXPECT_EQ(events.names, (std::vector<std::string>{"Resampling.Limits", "Resampling.Kriging.Range"}));
-  EXPECT_EQ(gx.size(), 11u);
-  // The engine's block estimate at a data corner is close to the data (nugget 1).
-  EXPECT_TRUE(std::isfinite(gz.At(10, 10)));
-}
-
 TEST(DataSetResampling, NaturalNeighbourOnAGridInput) {
   DataSet d;
   const std::vector<double> x{0, 1, 2}, y{0, 1};
@@ -220,29 +202,6 @@ TEST(DataSetResampling, AFailedRunAfterAGoodOneKeepsTheGoodGridAndItsLimits) {
   EXPECT_FALSE(s.needsRebuild);
   EXPECT_NE(s.meshZ, meshZ);
   EXPECT_EQ(d.ZMax(), *std::max_element(gz.Values().begin(), gz.Values().end()));
-}
-
-TEST(DataSetResampling, SettingsTravelWithTheContents) {
-  DataSet d;
-  const Scatter p = Points(10);
-  d.DataAsSparseGridSet(p.Count(), p.x, p.y, p.z);
-  d.Resampling().SetResamplerType(orvResamplerTypeNNGridR);
-  d.Resampling().SetIntervalCount(20);
-  d.Resampling().NNGridR().SetUseGradients(true);
-  PropertyBag bag;
-  d.WriteContents(bag, "DataSet1.");
-  EXPECT_EQ(bag.ReadProperty("DataSet1.Resampling.ResamperType", std::int32_t{0}), 3);
-  EXPECT_EQ(bag.ReadProperty("DataSet1.Resampling.NNGridrIGrad", false), true);
-  DataSet copy;
-  copy.ReadContents(bag, "DataSet1.");
-  EXPECT_EQ(copy.Resampling().ResamplerType(), orvResamplerTypeNNGridR);
-  EXPECT_EQ(copy.Resampling().IntervalCount(), 20);
-  EXPECT_TRUE(copy.Resampling().NNGridR().UseGradients());
-  std::vector<double> ax, ay, bx, by;
-  Array2D az, bz;
-  Grid(d, ax, ay, az);
-  Grid(copy, bx, by, bz);
-  EXPECT_EQ(az.Values(), bz.Values());
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include "orvane/data/data_sets.h"
 #include "orvane/render/view.h"
 #include "orvane/resample/resampling.h"
-#include "render/view_access.h"
 #include "support/event_recorder.h"
 #include "support/expect_error.h"
 
@@ -21,7 +20,6 @@ namespace orvane {
 namespace {
 
 using detail::DataSetAccess;
-using detail::ViewAccess;
 using testing::EventRecorder;
 
 // Every event a collection raises, as text, in order.
@@ -40,25 +38,6 @@ struct Collection {
 void SetPoints(DataSet& d) {
   d.DataAsSparseGridSet(4, std::vector<double>{0, 1, 0, 1}, std::vector<double>{0, 0, 1, 1},
                         std::vector<double>{1, 2, 3, 4});
-}
-
-TEST(DataSetViews, EachItemOwnsThreeDefaultViewsAtPositionsZeroOneTwo) {
-  DataSets sets;
-  sets.SetCount(3);
-  for (std::int32_t i = 0; i < 3; ++i) {
-    DataSet& d = sets.Item(i);
-    EXPECT_EQ(ViewAccess::PlotPosition(d.ViewMain()), 0);
-    EXPECT_EQ(ViewAccess::PlotPosition(d.ViewTop()), 1);
-    EXPECT_EQ(ViewAccess::PlotPosition(d.ViewBottom()), 2);
-    EXPECT_NE(&d.ViewMain(), &d.ViewTop());
-    EXPECT_NE(&d.ViewTop(), &d.ViewBottom());
-    EXPECT_TRUE(d.ViewTop().Visible());
-    EXPECT_EQ(d.ViewBottom().Transparency(), 0.5);
-  }
-  EXPECT_NE(&sets.Item(0).ViewMain(), &sets.Item(1).ViewMain());
-  EXPECT_STREQ(detail::PlotPositionName(0), "Main");
-  EXPECT_STREQ(detail::PlotPositionName(1), "Top");
-  EXPECT_STREQ(detail::PlotPositionName(2), "Bottom");
 }
 
 TEST(DataSetViews, TheDataSetRelaysItsViewsAndResamplingUnderTheirPrefixes) {
@@ -124,16 +103,8 @@ TEST(DataSetViews, SuspendedCollectionsRaiseNothingButTheItemsStillDo) {
   EXPECT_TRUE(c.events.empty());
   EXPECT_EQ(item.names,
             (std::vector<std::string>{"ViewTop.Visible", "Resampling.IntervalCount"}));
-}
-
-TEST(DataSetViews, RefusedViewValuesRaiseNothingAnywhere) {
-  Collection c;
-  c.events.clear();
-  View& view = c.sets.Item(0).ViewMain();
-  EXPECT_ORVANE_ERROR(view.SetTransparency(2.0), 5, "Orvada.View");
-  EXPECT_ORVANE_ERROR(view.DataMarkersMaster().SetShape(5), 5, "Orvada.Marker");
-  EXPECT_ORVANE_ERROR(view.MeshLine().SetDrawStyle(9), 5, "Orvada.Line");
-  EXPECT_TRUE(c.events.empty());
+  c.sets.Item(0).UserHullClear();
+  EXPECT_EQ(c.events, std::vector<std::string>{"DataChanged 0"});
 }
 
 TEST(DataSetViews, ViewsTravelWithTheContentsBetweenTheDataAndTheResampling) {

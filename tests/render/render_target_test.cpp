@@ -80,13 +80,18 @@ void CreateWithContext(RenderTarget& target, int width, int height) {
   ASSERT_TRUE(target.HasContext()) << target.FailureReason();
 }
 
-// Clears a whole target to one colour and reads it back.
-void Paint(RenderTarget& target, Color color) {
+// Makes the target current, draws, reads the picture back and lets the context go.
+template <class Draw>
+void DrawAndRead(RenderTarget& target, Draw draw) {
   ASSERT_TRUE(target.MakeCurrent());
-  ClearTo(color);
+  draw();
   target.ReadBack();
   EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
   target.ReleaseCurrent();
+}
+
+void Paint(RenderTarget& target, Color color) {
+  DrawAndRead(target, [color] { ClearTo(color); });
 }
 
 ::testing::AssertionResult AllPixelsAre(const Bitmap& image, Color color) {
@@ -113,18 +118,11 @@ struct FailPointGuard {
 TEST(RenderTarget, HeaderDescribesABottomUpBitmapWithPaddedRows) {
   RenderTarget target;
   target.Create(37, 23);
-  const BitmapInfoHeader& h = target.Image().header;
-  EXPECT_EQ(h.biSize, 40u);
-  EXPECT_EQ(h.biWidth, 37);
-  EXPECT_EQ(h.biHeight, 23);
-  EXPECT_EQ(h.biPlanes, 1);
-  EXPECT_EQ(h.biBitCount, 24);
-  EXPECT_EQ(h.biCompression, 0u);
-  EXPECT_EQ(h.biSizeImage, 37u * 23u * 3u);  // unpadded: advisory only
-  EXPECT_EQ(h.biXPelsPerMeter, 0);
-  EXPECT_EQ(h.biYPelsPerMeter, 0);
-  EXPECT_EQ(h.biClrUsed, 0u);
-  EXPECT_EQ(h.biClrImportant, 0u);
+  BitmapInfoHeader expected;  // its defaults are pinned by the serialisation below
+  expected.biWidth = 37;
+  expected.biHeight = 23;
+  expected.biSizeImage = 37u * 23u * 3u;  // unpadded: advisory only
+  EXPECT_EQ(target.Image().header, expected);
   EXPECT_EQ(target.Image().Stride(), 112u);  // 111 bytes of pixels, padded to 112
   EXPECT_EQ(target.Image().bits.size(), 112u * 23u);
   EXPECT_EQ(target.Width(), 37);
@@ -153,48 +151,35 @@ TEST(RenderTarget, HeaderSerialisesAsFortyLittleEndianBytes) {
   EXPECT_EQ(SerializeBitmapInfoHeader(h), expected);
 }
 
-TEST(RenderTarget, ClearColourIsReadBackAsBgrBytes) {
+TEST(RenderTarget, PixelsAreReadBackAsBgrBytesBottomRowFirst) {
   RenderTarget target;
-  CreateWithContext(target, 37, 5);
-  ASSERT_TRUE(target.MakeCurrent());
-  ClearTo(Rgb(255, 128, 0));
-  target.ReadBack();
-  target.ReleaseCurrent();
+  CreateWithContext(target, 37, 30);
+  const Color orange = Rgb(255, 128, 0);
+  DrawAndRead(target, [orange] {
+    PixelProjection(37, 30);
+    ClearTo(orange);
+    FillRect(kGreen, 0, 15, 37, 30);  // the upper half in OpenGL's coordinates
+  });
   const Bitmap& image = target.Image();
-  // First pixel of the bottom row: blue, green, red.
+  // In memory the bottom row comes first: blue, green, red; its padding byte is not
+  // pixel data and the next row starts after it. The top row comes last.
   EXPECT_EQ(image.bits[0], 0);
   EXPECT_EQ(image.bits[1], 128);
   EXPECT_EQ(image.bits[2], 255);
-  // The row's padding byte is not pixel data and the next row starts after it.
   EXPECT_EQ(image.bits[111], 0);
   EXPECT_EQ(image.bits[112], 0);
   EXPECT_EQ(image.bits[113], 128);
   EXPECT_EQ(image.bits[114], 255);
-  EXPECT_TRUE(AllPixelsAre(image, Rgb(255, 128, 0)));
-  ::testing::Test::RecordProperty("platform", RenderTarget::PlatformDescription());
-  std::printf("rendering through %s\n", RenderTarget::PlatformDescription().c_str());
-}
-
-TEST(RenderTarget, TopOfTheDrawingIsTheTopOfTheImage) {
-  RenderTarget target;
-  CreateWithContext(target, 40, 30);
-  ASSERT_TRUE(target.MakeCurrent());
-  PixelProjection(40, 30);
-  ClearTo(kBlack);
-  FillRect(kGreen, 0, 15, 40, 30);  // the upper half in OpenGL's coordinates
-  target.ReadBack();
-  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-  target.ReleaseCurrent();
-  const Bitmap& image = target.Image();
-  for (int x : {0, 17, 39}) {
+  EXPECT_EQ(image.bits[29 * image.Stride() + 1], 255);
+  // Pixel() counts rows from the top of the drawing.
+  for (int x : {0, 17, 36}) {
     EXPECT_EQ(image.Pixel(x, 0), kGreen) << x;
     EXPECT_EQ(image.Pixel(x, 14), kGreen) << x;
-    EXPECT_EQ(image.Pixel(x, 15), kBlack) << x;
-    EXPECT_EQ(image.Pixel(x, 29), kBlack) << x;
+    EXPECT_EQ(image.Pixel(x, 15), orange) << x;
+    EXPECT_EQ(image.Pixel(x, 29), orange) << x;
   }
-  // In memory the bottom row comes first, the top row last.
-  EXPECT_EQ(image.bits[1], 0);
-  EXPECT_EQ(image.bits[29 * image.Stride() + 1], 255);
+  ::testing::Test::RecordProperty("platform", RenderTarget::PlatformDescription());
+  std::printf("rendering through %s\n", RenderTarget::PlatformDescription().c_str());
 }
 
 TEST(RenderTarget, PixelOutsideTheBitmapIsRefused) {
@@ -208,96 +193,41 @@ TEST(RenderTarget, PixelOutsideTheBitmapIsRefused) {
 // ---------------------------------------------------------------------------------------
 // 3. Drawing through the compatibility profile
 
-TEST(RenderTarget, TriangleInAnOrthographicProjection) {
+TEST(RenderTarget, CompatibilityContextWithAFullViewportDisplayListsAndClipPlanes) {
   RenderTarget target;
-  CreateWithContext(target, 64, 64);
-  ASSERT_TRUE(target.MakeCurrent());
-  PixelProjection(64, 64);
-  ClearTo(kWhite);
-  glColor3ub(255, 0, 0);
-  glBegin(GL_TRIANGLES);
-  glVertex2d(8, 8);
-  glVertex2d(56, 8);
-  glVertex2d(32, 56);
-  glEnd();
-  target.ReadBack();
-  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-  target.ReleaseCurrent();
-  const Bitmap& image = target.Image();
-  // Image rows count from the top: OpenGL's y is 63 - row.
-  EXPECT_EQ(image.Pixel(32, 63 - 20), kRed);  // inside, near the base
-  EXPECT_EQ(image.Pixel(32, 63 - 50), kRed);  // inside, near the apex
-  EXPECT_EQ(image.Pixel(12, 63 - 40), kWhite);  // left of the left edge
-  EXPECT_EQ(image.Pixel(52, 63 - 40), kWhite);  // right of the right edge
-  EXPECT_EQ(image.Pixel(32, 63 - 4), kWhite);   // below the base
-  EXPECT_EQ(image.Pixel(0, 0), kWhite);
-  EXPECT_EQ(image.Pixel(63, 63), kWhite);
-}
-
-TEST(RenderTarget, NewContextViewportCoversTheTarget) {
-  RenderTarget target;
-  CreateWithContext(target, 50, 20);
-  ASSERT_TRUE(target.MakeCurrent());
-  GLint viewport[4] = {};
-  glGetIntegerv(GL_VIEWPORT, viewport);
-  target.ReleaseCurrent();
-  EXPECT_EQ(viewport[0], 0);
-  EXPECT_EQ(viewport[1], 0);
-  EXPECT_EQ(viewport[2], 50);
-  EXPECT_EQ(viewport[3], 20);
-}
-
-TEST(RenderTarget, CompatibilityProfileHasDisplayListsAndAttributeStacks) {
-  RenderTarget target;
-  CreateWithContext(target, 32, 32);
-  ASSERT_TRUE(target.MakeCurrent());
-  GLint major = 0;
-  glGetIntegerv(GL_MAJOR_VERSION, &major);
-  GLint minor = 0;
-  glGetIntegerv(GL_MINOR_VERSION, &minor);
-  if (major > 3 || (major == 3 && minor >= 2)) {
-    GLint profile = 0;
-    glGetIntegerv(GL_CONTEXT_PROFILE_MASK, &profile);
-    EXPECT_NE(profile & GL_CONTEXT_COMPATIBILITY_PROFILE_BIT, 0);
-  }
-
-  PixelProjection(32, 32);
-  ClearTo(kWhite);
-  const GLuint list = glGenLists(1);
-  ASSERT_NE(list, 0u);
-  glNewList(list, GL_COMPILE);
-  FillRect(kBlue, 0, 0, 16, 32);
-  glEndList();
-  EXPECT_TRUE(glIsList(list));
-
-  glPushAttrib(GL_ALL_ATTRIB_BITS);
-  GLint depth = 0;
-  glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
-  EXPECT_EQ(depth, 1);
-  glEnable(GL_LIGHTING);
-  glEnable(GL_LIGHT0);
-  glEnable(GL_CLIP_PLANE0);
-  glEnable(GL_LINE_STIPPLE);
-  glLineStipple(1, 0xEEEE);
-  glPopAttrib();
-  glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
-  EXPECT_EQ(depth, 0);
-  EXPECT_FALSE(glIsEnabled(GL_LIGHTING));
-  EXPECT_FALSE(glIsEnabled(GL_CLIP_PLANE0));
-  EXPECT_FALSE(glIsEnabled(GL_LINE_STIPPLE));
-
-  glCallList(list);
-  // A clip plane keeps x >= 24 of a green strip over the whole width.
-  const GLdouble plane[4] = {1.0, 0.0, 0.0, -24.0};
-  glClipPlane(GL_CLIP_PLANE0, plane);
-  glEnable(GL_CLIP_PLANE0);
-  FillRect(kGreen, 0, 0, 32, 8);
-  glDisable(GL_CLIP_PLANE0);
-  glDeleteLists(list, 1);
-  target.ReadBack();
-  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-  target.ReleaseCurrent();
-
+  CreateWithContext(target, 40, 32);
+  DrawAndRead(target, [] {
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);  // a new context's covers the target
+    EXPECT_EQ(std::vector<GLint>(viewport, viewport + 4), (std::vector<GLint>{0, 0, 40, 32}));
+    GLint major = 0, minor = 0;
+    glGetIntegerv(GL_MAJOR_VERSION, &major);
+    glGetIntegerv(GL_MINOR_VERSION, &minor);
+    if (major > 3 || (major == 3 && minor >= 2)) {
+      GLint profile = 0;
+      glGetIntegerv(GL_CONTEXT_PROFILE_MASK, &profile);
+      EXPECT_NE(profile & GL_CONTEXT_COMPATIBILITY_PROFILE_BIT, 0);
+    }
+    PixelProjection(40, 32);
+    ClearTo(kWhite);
+    const GLuint list = glGenLists(1);
+    ASSERT_NE(list, 0u);
+    glNewList(list, GL_COMPILE);
+    FillRect(kBlue, 0, 0, 16, 32);
+    glEndList();
+    glPushAttrib(GL_ALL_ATTRIB_BITS);  // attribute stacks: a core profile refuses them
+    glEnable(GL_LIGHTING);
+    glPopAttrib();
+    EXPECT_FALSE(glIsEnabled(GL_LIGHTING));
+    glCallList(list);
+    glDeleteLists(list, 1);
+    // A clip plane keeps x >= 24 of a green strip over the whole width.
+    const GLdouble plane[4] = {1.0, 0.0, 0.0, -24.0};
+    glClipPlane(GL_CLIP_PLANE0, plane);
+    glEnable(GL_CLIP_PLANE0);
+    FillRect(kGreen, 0, 0, 40, 8);
+    glDisable(GL_CLIP_PLANE0);
+  });
   const Bitmap& image = target.Image();
   EXPECT_EQ(image.Pixel(3, 10), kBlue);
   EXPECT_EQ(image.Pixel(15, 31), kBlue);
@@ -310,40 +240,35 @@ TEST(RenderTarget, CompatibilityProfileHasDisplayListsAndAttributeStacks) {
 TEST(RenderTarget, FramebufferHasWorkingDepthAndStencil) {
   RenderTarget target;
   CreateWithContext(target, 32, 32);
-  ASSERT_TRUE(target.MakeCurrent());
-  GLint depthBits = 0;
-  GLint stencilBits = 0;
-  glGetIntegerv(GL_DEPTH_BITS, &depthBits);
-  glGetIntegerv(GL_STENCIL_BITS, &stencilBits);
-  EXPECT_GE(depthBits, 24);
-  EXPECT_GE(stencilBits, 8);
-  EXPECT_EQ(target.DepthBits(), depthBits);
-  EXPECT_EQ(target.StencilBits(), stencilBits);
-
-  PixelProjection(32, 32);
-  ClearTo(kWhite);
-  // Depth: with the usual depth range, the nearer red square (z = 0.5 is depth 0.25)
-  // hides the blue one drawn after it.
-  glEnable(GL_DEPTH_TEST);
-  glDepthFunc(GL_LESS);
-  FillRect(kRed, 0, 0, 32, 32, 0.5);
-  FillRect(kBlue, 0, 0, 16, 32, -0.5);
-  glDisable(GL_DEPTH_TEST);
-  // Stencil: mark the bottom half, then green paints only where the mark is.
-  glEnable(GL_STENCIL_TEST);
-  glStencilFunc(GL_ALWAYS, 1, 0xFF);
-  glStencilOp(GL_KEEP, GL_KEEP, GL_REPLACE);
-  glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-  FillRect(kBlack, 0, 0, 32, 16);
-  glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-  glStencilFunc(GL_EQUAL, 1, 0xFF);
-  glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
-  FillRect(kGreen, 24, 0, 32, 32);
-  glDisable(GL_STENCIL_TEST);
-  target.ReadBack();
-  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-  target.ReleaseCurrent();
-
+  DrawAndRead(target, [&target] {
+    GLint depthBits = 0, stencilBits = 0;
+    glGetIntegerv(GL_DEPTH_BITS, &depthBits);
+    glGetIntegerv(GL_STENCIL_BITS, &stencilBits);
+    EXPECT_GE(depthBits, 24);
+    EXPECT_GE(stencilBits, 8);
+    EXPECT_EQ(target.DepthBits(), depthBits);
+    EXPECT_EQ(target.StencilBits(), stencilBits);
+    PixelProjection(32, 32);
+    ClearTo(kWhite);
+    // Depth: with the usual depth range, the nearer red square (z = 0.5 is depth 0.25)
+    // hides the blue one drawn after it.
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LESS);
+    FillRect(kRed, 0, 0, 32, 32, 0.5);
+    FillRect(kBlue, 0, 0, 16, 32, -0.5);
+    glDisable(GL_DEPTH_TEST);
+    // Stencil: mark the bottom half, then green paints only where the mark is.
+    glEnable(GL_STENCIL_TEST);
+    glStencilFunc(GL_ALWAYS, 1, 0xFF);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_REPLACE);
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+    FillRect(kBlack, 0, 0, 32, 16);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glStencilFunc(GL_EQUAL, 1, 0xFF);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    FillRect(kGreen, 24, 0, 32, 32);
+    glDisable(GL_STENCIL_TEST);
+  });
   const Bitmap& image = target.Image();
   EXPECT_EQ(image.Pixel(4, 4), kRed);     // the far blue square lost the depth test
   EXPECT_EQ(image.Pixel(28, 4), kRed);    // top half has no stencil mark
@@ -362,11 +287,7 @@ TEST(RenderTarget, EmptyTargetsRenderAndReadBackNothing) {
     EXPECT_EQ(target.Width(), size.first);
     EXPECT_EQ(target.Height(), size.second);
     EXPECT_EQ(target.Image().header.biSizeImage, 0u);
-    ASSERT_TRUE(target.MakeCurrent());
-    ClearTo(kRed);
-    target.ReadBack();
-    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-    target.ReleaseCurrent();
+    Paint(target, kRed);
     EXPECT_TRUE(target.Image().bits.empty());
     ImageDC dc(4, 4);
     target.CopyTo(dc, 0, 0);
@@ -444,12 +365,11 @@ TEST(RenderTarget, RecreatingTakesTheNewSize) {
   EXPECT_EQ(target.Height(), 40);
   EXPECT_EQ(target.Image().header.biSizeImage, 21u * 40u * 3u);
   EXPECT_EQ(target.Image().bits.size(), 64u * 40u);
-  ASSERT_TRUE(target.MakeCurrent());
-  PixelProjection(21, 40);
-  ClearTo(kWhite);
-  FillRect(kBlue, 20, 0, 21, 1);  // only the bottom-right pixel
-  target.ReadBack();
-  target.ReleaseCurrent();
+  DrawAndRead(target, [] {
+    PixelProjection(21, 40);
+    ClearTo(kWhite);
+    FillRect(kBlue, 20, 0, 21, 1);  // only the bottom-right pixel
+  });
   EXPECT_EQ(target.Image().Pixel(20, 39), kBlue);
   EXPECT_EQ(target.Image().Pixel(19, 39), kWhite);
   EXPECT_EQ(target.Image().Pixel(20, 38), kWhite);
@@ -515,15 +435,8 @@ TEST(RenderTarget, TwoTargetsKeepTheirOwnContextsAndImages) {
   a.ReadBack();  // nothing current: a's framebuffer still holds red, and none is left current
   EXPECT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
   EXPECT_TRUE(AllPixelsAre(a.Image(), kRed));
-  a.ReleaseCurrent();
-  b.ReleaseCurrent();
-}
 
-TEST(RenderTarget, ReleasingAnotherTargetLeavesTheCurrentContext) {
-  RenderTarget a;
-  RenderTarget b;
-  CreateWithContext(a, 4, 4);
-  CreateWithContext(b, 4, 4);
+  // Releasing the other target leaves the current context current.
   ASSERT_TRUE(a.MakeCurrent());
   const EGLContext current = eglGetCurrentContext();
   b.ReleaseCurrent();
@@ -573,20 +486,18 @@ TEST(ImageDC, NewImageIsWhiteAndRefusesAbsurdSizes) {
 TEST(ImageDC, RenderedTargetCopiesExactly) {
   RenderTarget target;
   CreateWithContext(target, 37, 23);
-  ASSERT_TRUE(target.MakeCurrent());
-  PixelProjection(37, 23);
-  ClearTo(Rgb(10, 20, 30));
-  glBegin(GL_TRIANGLES);
-  glColor3ub(255, 0, 0);
-  glVertex2d(0, 0);
-  glColor3ub(0, 255, 0);
-  glVertex2d(37, 0);
-  glColor3ub(0, 0, 255);
-  glVertex2d(18, 23);
-  glEnd();
-  target.ReadBack();
-  target.ReleaseCurrent();
-
+  DrawAndRead(target, [] {
+    PixelProjection(37, 23);
+    ClearTo(Rgb(10, 20, 30));
+    glBegin(GL_TRIANGLES);
+    glColor3ub(255, 0, 0);
+    glVertex2d(0, 0);
+    glColor3ub(0, 255, 0);
+    glVertex2d(37, 0);
+    glColor3ub(0, 0, 255);
+    glVertex2d(18, 23);
+    glEnd();
+  });
   ImageDC dc(37, 23);
   target.CopyTo(dc, 0, 0);
   for (int y = 0; y < 23; ++y) {

@@ -82,7 +82,6 @@ TEST(Trackball, DragAnglesFollowTheBallAndTheSheet) {
   auto before = ball.Quaternion();
   ball.Drag(0, 100, 200, 100, 200, 200);
   EXPECT_NEAR(TurnBetween(before, ball.Quaternion()), 2.0 * std::asin(2.0 / 3.0), 1e-12);
-  EXPECT_NEAR(TurnBetween(before, ball.Quaternion()) * 180.0 / M_PI, 83.62, 0.01);
 
   // From the centre (on the sphere, z = 1.5) to the corner (1, 1): d = sqrt(2) lies past
   // r / sqrt(2), so the corner is on the sheet, z = (r / 1.414213562)^2 / d.
@@ -109,13 +108,6 @@ TEST(Trackball, TheQuaternionStaysUnitAfterManyDrags) {
   }
   const auto& q = ball.Quaternion();
   EXPECT_NEAR(q[0] * q[0] + q[1] * q[1] + q[2] * q[2] + q[3] * q[3], 1.0, 1e-12);
-  double m[16];
-  ball.GetRotationMatrix(m);
-  // Still a rotation: its columns are unit length and square to each other.
-  for (int c = 0; c < 3; ++c) {
-    EXPECT_NEAR(m[4 * c] * m[4 * c] + m[4 * c + 1] * m[4 * c + 1] + m[4 * c + 2] * m[4 * c + 2], 1.0, 1e-12);
-  }
-  EXPECT_NEAR(m[0] * m[4] + m[1] * m[5] + m[2] * m[6], 0.0, 1e-12);
 }
 
 }  // namespace

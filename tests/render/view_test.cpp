@@ -35,29 +35,6 @@ std::vector<std::string> Keys(const PropertyBag& bag) {
 // ---------------------------------------------------------------------------------------
 // Marker
 
-TEST(Marker, ShapeConstantsKeepTheirPublicValues) {
-  EXPECT_EQ(orvMarkerShape3DCube, 0);
-  EXPECT_EQ(orvMarkerShape3DPyramid, 1);
-  EXPECT_EQ(orvMarkerShape2DSquare, 10);
-  EXPECT_EQ(orvMarkerShape2DTriangle, 11);
-  EXPECT_EQ(orvMarkerShape2DCircle, 12);
-  EXPECT_EQ(orvMarkerShape2DPlus, 13);
-  EXPECT_EQ(orvMarkerShape2DCross, 14);
-}
-
-TEST(Marker, NewMarkerIsAHiddenYellowCubeOfSizeThree) {
-  const Marker marker;
-  EXPECT_FALSE(marker.Visible());
-  EXPECT_EQ(marker.Shape(), orvMarkerShape3DCube);
-  EXPECT_EQ(marker.Size(), 3.0);
-  EXPECT_TRUE(marker.FillVisible());
-  EXPECT_EQ(marker.FillColor(), 0x00FFFFu);
-  EXPECT_TRUE(marker.EdgeVisible());
-  EXPECT_EQ(marker.EdgeLine().Color(), 0u);
-  EXPECT_EQ(marker.EdgeLine().DrawStyle(), orvDrawStyleSolid);
-  EXPECT_EQ(marker.EdgeLine().Width(), 1);
-}
-
 TEST(Marker, LetsRaiseTheirNamesOnlyOnChangeAndTheEdgeLineBubbles) {
   Marker marker;
   EventRecorder events(marker.PropertyChanged);
@@ -82,7 +59,11 @@ TEST(Marker, LetsRaiseTheirNamesOnlyOnChangeAndTheEdgeLineBubbles) {
 
 TEST(Marker, EveryShapeConstantIsAcceptedAndNothingElse) {
   Marker marker;
-  for (std::int32_t shape : {1, 10, 11, 12, 13, 14, 0}) {
+  const std::vector<std::int32_t> shapes{orvMarkerShape3DPyramid, orvMarkerShape2DSquare, orvMarkerShape2DTriangle,
+                                         orvMarkerShape2DCircle,  orvMarkerShape2DPlus,   orvMarkerShape2DCross,
+                                         orvMarkerShape3DCube};
+  EXPECT_EQ(shapes, (std::vector<std::int32_t>{1, 10, 11, 12, 13, 14, 0}));  // the stored values
+  for (std::int32_t shape : shapes) {
     marker.SetShape(shape);
     EXPECT_EQ(marker.Shape(), shape);
   }
@@ -110,91 +91,6 @@ TEST(Marker, SizeMustBeFiniteAndNotNegative) {
   EXPECT_TRUE(events.names.empty());
   marker.SetSize(1e300);
   EXPECT_EQ(events.names, std::vector<std::string>{"Size"});
-}
-
-TEST(Marker, PersistsItsKeysInOrderAndRoundTrips) {
-  Marker marker;
-  marker.SetVisible(true);
-  marker.SetShape(orvMarkerShape2DTriangle);
-  marker.SetSize(4.25);
-  marker.SetFillVisible(false);
-  marker.SetFillColor(0x80123456u);
-  marker.SetEdgeVisible(false);
-  marker.EdgeLine().SetColor(Rgb(9, 9, 9));
-  PropertyBag bag;
-  marker.WriteProperties(bag, "M.");
-  EXPECT_EQ(Keys(bag), (std::vector<std::string>{"M.FillColor", "M.EdgeVisible", "M.FillVisible",
-                                                 "M.Shape", "M.Size", "M.Visible",
-                                                 "M.EdgeLine.Color", "M.EdgeLine.DrawStyle",
-                                                 "M.EdgeLine.Width"}));
-  EXPECT_EQ(bag.TypeOf("M.FillColor"), PropertyType::Long);
-  EXPECT_EQ(bag.TypeOf("M.Shape"), PropertyType::Long);
-  EXPECT_EQ(bag.TypeOf("M.Size"), PropertyType::Double);
-  EXPECT_EQ(bag.TypeOf("M.Visible"), PropertyType::Boolean);
-
-  PropertyBag stored;
-  stored.SetContents(bag.Contents());
-  Marker copy;
-  EventRecorder events(copy.PropertyChanged);
-  copy.ReadProperties(stored, "M.");
-  EXPECT_TRUE(copy.Visible());
-  EXPECT_EQ(copy.Shape(), orvMarkerShape2DTriangle);
-  EXPECT_EQ(copy.Size(), 4.25);
-  EXPECT_FALSE(copy.FillVisible());
-  EXPECT_EQ(copy.FillColor(), 0x80123456u);
-  EXPECT_FALSE(copy.EdgeVisible());
-  EXPECT_EQ(copy.EdgeLine().Color(), Rgb(9, 9, 9));
-  EXPECT_EQ(events.names,
-            (std::vector<std::string>{"FillColor", "EdgeVisible", "FillVisible", "Shape", "Size",
-                                      "Visible", "EdgeLine.Color"}));
-
-  copy.ReadProperties(PropertyBag(), "M.");  // no keys: the defaults
-  EXPECT_FALSE(copy.Visible());
-  EXPECT_EQ(copy.Shape(), orvMarkerShape3DCube);
-  EXPECT_EQ(copy.Size(), 3.0);
-  EXPECT_EQ(copy.FillColor(), 0x00FFFFu);
-  EXPECT_EQ(copy.EdgeLine().Color(), 0u);
-}
-
-TEST(Marker, ABadStoredValueChangesNothing) {
-  Marker marker;
-  marker.SetSize(5.0);
-  EventRecorder events(marker.PropertyChanged);
-  PropertyBag badShape;
-  badShape.WriteProperty("M.Visible", true);
-  badShape.WriteProperty("M.Shape", std::int32_t{9});
-  EXPECT_ORVANE_ERROR(marker.ReadProperties(badShape, "M."), 5, "Orvada.Marker");
-  PropertyBag badSize;
-  badSize.WriteProperty("M.Visible", true);
-  badSize.WriteProperty("M.Size", -2.0);
-  EXPECT_ORVANE_ERROR(marker.ReadProperties(badSize, "M."), 5, "Orvada.Marker",
-                      "Size must be a finite number of 0 or more.");
-  PropertyBag badLine;
-  badLine.WriteProperty("M.Visible", true);
-  badLine.WriteProperty("M.EdgeLine.DrawStyle", std::int32_t{5});
-  EXPECT_ORVANE_ERROR(marker.ReadProperties(badLine, "M."), 5, "Orvada.Line");
-  EXPECT_FALSE(marker.Visible());
-  EXPECT_EQ(marker.Size(), 5.0);
-  EXPECT_TRUE(events.names.empty());
-}
-
-TEST(Marker, CopyFromTakesEveryPropertyWithItsEvents) {
-  Marker source;
-  source.SetShape(orvMarkerShape2DPlus);
-  source.SetFillColor(Rgb(0, 0, 255));
-  source.EdgeLine().SetWidth(3);
-  Marker target;
-  target.SetSize(9.0);
-  EventRecorder events(target.PropertyChanged);
-  target.CopyFrom(source);
-  EXPECT_EQ(target.Shape(), orvMarkerShape2DPlus);
-  EXPECT_EQ(target.FillColor(), Rgb(0, 0, 255));
-  EXPECT_EQ(target.Size(), 3.0);
-  EXPECT_EQ(target.EdgeLine().Width(), 3);
-  EXPECT_EQ(events.names,
-            (std::vector<std::string>{"FillColor", "Shape", "Size", "EdgeLine.Width"}));
-  target.CopyFrom(target);
-  EXPECT_EQ(events.names.size(), 4u);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -225,8 +121,12 @@ TEST(View, NewViewHasTheDocumentedDefaults) {
     EXPECT_EQ(line->DrawStyle(), orvDrawStyleSolid);
     EXPECT_EQ(line->Width(), 1);
   }
-  EXPECT_FALSE(view.DataMarkersMaster().Visible());
-  EXPECT_EQ(view.DataMarkersMaster().Size(), 3.0);
+  const Marker& marker = view.DataMarkersMaster();  // a hidden yellow cube of size 3
+  EXPECT_FALSE(marker.Visible());
+  EXPECT_EQ(marker.Shape(), orvMarkerShape3DCube);
+  EXPECT_EQ(marker.Size(), 3.0);
+  EXPECT_TRUE(marker.FillVisible() && marker.EdgeVisible());
+  EXPECT_EQ(marker.FillColor(), 0x00FFFFu);
 }
 
 // Each let with a new value raises the name the property is stored under, once; the same
@@ -306,24 +206,31 @@ TEST(View, RefusedValuesKeepTheOldOneAndRaiseNothing) {
                                                     "ContourLabelLevelSkipping"}));
 }
 
+// Lines and markers copy every property, default or not, with their events in stored order.
 TEST(View, SettingAMasterCopiesTheOtherObjectIn) {
   View view;
+  view.DataMarkersMaster().SetSize(9.0);
   Line line;
   line.SetColor(Rgb(10, 20, 30));
+  line.SetDrawStyle(orvDrawStyleDashDot);
   line.SetWidth(3);
   Marker marker;
   marker.SetVisible(true);
   marker.SetShape(orvMarkerShape2DCircle);
+  marker.SetFillColor(Rgb(0, 0, 255));
   marker.EdgeLine().SetDrawStyle(orvDrawStyleDashDot);
   EventRecorder events(view.PropertyChanged);
   view.SetContourLinesMaster(line);
   view.SetDataMarkersMaster(marker);
   EXPECT_EQ(events.names,
-            (std::vector<std::string>{"ContourLinesMaster.Color", "ContourLinesMaster.Width",
-                                      "DataMarkerMaster.Shape", "DataMarkerMaster.Visible",
-                                      "DataMarkerMaster.EdgeLine.DrawStyle"}));
+            (std::vector<std::string>{"ContourLinesMaster.Color", "ContourLinesMaster.DrawStyle",
+                                      "ContourLinesMaster.Width", "DataMarkerMaster.FillColor",
+                                      "DataMarkerMaster.Shape", "DataMarkerMaster.Size",
+                                      "DataMarkerMaster.Visible", "DataMarkerMaster.EdgeLine.DrawStyle"}));
   EXPECT_EQ(view.ContourLinesMaster().Color(), Rgb(10, 20, 30));
+  EXPECT_EQ(view.ContourLinesMaster().DrawStyle(), orvDrawStyleDashDot);
   EXPECT_EQ(view.DataMarkersMaster().Shape(), orvMarkerShape2DCircle);
+  EXPECT_EQ(view.DataMarkersMaster().FillColor(), Rgb(0, 0, 255));
   // A copy, not a share: later changes of the originals stay there.
   line.SetWidth(9);
   marker.SetSize(8.0);
@@ -332,7 +239,7 @@ TEST(View, SettingAMasterCopiesTheOtherObjectIn) {
   // Setting a master to itself or to equal values changes nothing.
   view.SetContourLinesMaster(view.ContourLinesMaster());
   view.SetDataMarkersMaster(view.DataMarkersMaster());
-  EXPECT_EQ(events.names.size(), 5u);
+  EXPECT_EQ(events.names.size(), 8u);
 }
 
 TEST(View, PersistsEveryKeyInItsStoredOrder) {
@@ -378,6 +285,9 @@ TEST(View, PersistsEveryKeyInItsStoredOrder) {
   EXPECT_EQ(bag.TypeOf(p + "Transparency"), PropertyType::Double);
   EXPECT_EQ(bag.ReadProperty(p + "Transparency", 0.0), 0.5);
   EXPECT_EQ(bag.TypeOf(p + "ClipToUserHull"), PropertyType::Boolean);
+  EXPECT_EQ(bag.TypeOf(p + "DataMarkerMaster.FillColor"), PropertyType::Long);
+  EXPECT_EQ(bag.TypeOf(p + "DataMarkerMaster.Shape"), PropertyType::Long);
+  EXPECT_EQ(bag.TypeOf(p + "DataMarkerMaster.Size"), PropertyType::Double);
 }
 
 TEST(View, RoundTripsThroughStoredContentsAndAnEmptyBagRestoresTheDefaults) {
@@ -406,6 +316,8 @@ TEST(View, RoundTripsThroughStoredContentsAndAnEmptyBagRestoresTheDefaults) {
   view.SetTransparencyOn(true);
   view.DataMarkersMaster().SetVisible(true);
   view.DataMarkersMaster().SetShape(orvMarkerShape3DPyramid);
+  view.DataMarkersMaster().SetSize(4.25);
+  view.DataMarkersMaster().SetFillColor(0x80123456u);  // the high bit survives the signed store
   PropertyBag bag;
   view.WriteProperties(bag, "V.");
   PropertyBag stored;
@@ -420,8 +332,9 @@ TEST(View, RoundTripsThroughStoredContentsAndAnEmptyBagRestoresTheDefaults) {
   EXPECT_EQ(copy.ContourLabelsFillColor(), 0x80FF00FFu);
   EXPECT_EQ(copy.Transparency(), 0.125);
   EXPECT_EQ(copy.DataMarkersMaster().Shape(), orvMarkerShape3DPyramid);
+  EXPECT_EQ(copy.DataMarkersMaster().FillColor(), 0x80123456u);
   // One event per stored value that differed, in stored order.
-  EXPECT_EQ(events.names.size(), 24u);
+  EXPECT_EQ(events.names.size(), 26u);
   EXPECT_EQ(events.names.front(), "Visible");
   EXPECT_EQ(events.names.back(), "DataMarkerMaster.Visible");
 
@@ -433,35 +346,47 @@ TEST(View, RoundTripsThroughStoredContentsAndAnEmptyBagRestoresTheDefaults) {
   EXPECT_EQ(reset.Contents(), defaults.Contents());
 }
 
+// A bad value anywhere, in the view or in its lines and marker, is refused before
+// anything is applied.
 TEST(View, ABadStoredValueAnywhereChangesNothing) {
-  const std::vector<std::pair<std::string, PropertyValue>> bad = {
-      {"Transparency", 1.5},
-      {"Transparency", kNaN},
-      {"ContourLabelDensity", std::int32_t{-1}},
-      {"ContourLabelLevelSkipping", std::int32_t{-4}},
-      {"MeshLine.DrawStyle", std::int32_t{6}},
-      {"DataMarkerMaster.Shape", std::int32_t{2}},
-      {"DataMarkerMaster.EdgeLine.DrawStyle", std::int32_t{-1}},
-      {"Visible", std::string("not a Boolean")},
+  struct Bad {
+    std::string key;
+    PropertyValue value;
+    std::int32_t number;
+    std::string source;
   };
-  for (const auto& [key, value] : bad) {
+  const std::vector<Bad> bad = {
+      {"Transparency", 1.5, 5, "Orvada.View"},
+      {"Transparency", kNaN, 5, "Orvada.View"},
+      {"ContourLabelDensity", std::int32_t{-1}, 5, "Orvada.View"},
+      {"ContourLabelLevelSkipping", std::int32_t{-4}, 5, "Orvada.View"},
+      {"MeshLine.DrawStyle", std::int32_t{6}, 5, "Orvada.Line"},
+      {"DataMarkerMaster.Shape", std::int32_t{2}, 5, "Orvada.Marker"},
+      {"DataMarkerMaster.Size", -2.0, 5, "Orvada.Marker"},
+      {"DataMarkerMaster.EdgeLine.DrawStyle", std::int32_t{-1}, 5, "Orvada.Line"},
+      {"Visible", std::string("not a Boolean"), 13, "PropertyBag"},
+  };
+  for (const Bad& b : bad) {
     View view;
     EventRecorder events(view.PropertyChanged);
     PropertyBag bag;
-    bag.WriteProperty("V.Visible", false);  // a good value read before the bad one
+    bag.WriteProperty("V.Visible", false);  // good values beside the bad one
     bag.WriteProperty("V.MeshVisible", true);
     bag.WriteProperty("V.UserHullLine.Width", std::int32_t{5});
-    bag.WriteProperty("V." + key, value);
-    EXPECT_THROW(view.ReadProperties(bag, "V."), Error) << key;
-    EXPECT_TRUE(view.Visible()) << key;
-    EXPECT_FALSE(view.MeshVisible()) << key;
-    EXPECT_EQ(view.UserHullLine().Width(), 1) << key;
-    EXPECT_TRUE(events.names.empty()) << key;
+    bag.WriteProperty("V.DataMarkerMaster.Visible", true);
+    bag.WriteProperty("V." + b.key, b.value);
+    EXPECT_ORVANE_ERROR(view.ReadProperties(bag, "V."), b.number, b.source) << b.key;
+    EXPECT_TRUE(view.Visible()) << b.key;
+    EXPECT_FALSE(view.MeshVisible()) << b.key;
+    EXPECT_EQ(view.UserHullLine().Width(), 1) << b.key;
+    EXPECT_FALSE(view.DataMarkersMaster().Visible()) << b.key;
+    EXPECT_TRUE(events.names.empty()) << b.key;
   }
-  View view;
-  PropertyBag bag;
-  bag.WriteProperty("V.Transparency", 2.0);
-  EXPECT_ORVANE_ERROR(view.ReadProperties(bag, "V."), 5, "Orvada.View");
+  PropertyBag size;
+  size.WriteProperty("M.Size", -2.0);
+  Marker marker;
+  EXPECT_ORVANE_ERROR(marker.ReadProperties(size, "M."), 5, "Orvada.Marker",
+                      "Size must be a finite number of 0 or more.");
 }
 
 // ---------------------------------------------------------------------------------------

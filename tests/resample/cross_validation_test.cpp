@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <limits>
 #include <random>
 #include <sstream>
@@ -123,6 +122,11 @@ Points Scattered(int count, unsigned seed) {
   return p;
 }
 
+Points Without(Points p, std::size_t i) {
+  for (std::vector<double>* v : {&p.x, &p.y, &p.z}) v->erase(v->begin() + static_cast<std::ptrdiff_t>(i));
+  return p;
+}
+
 TEST(CrossValidation, KrigingEqualsTheRefitWithoutEachPoint) {
   // The shortcut against the literal definition: the engine given every point but one,
   // asked for the value at that point. Block kriging (80 points) searches neighbourhoods.
@@ -132,10 +136,7 @@ TEST(CrossValidation, KrigingEqualsTheRefitWithoutEachPoint) {
     UseKriging(settings, orvKrigingMSVExponential, 3.0, 900.0, 45.0, block);
     const CrossValidation cv = CrossValidate(settings, p.x, p.y, p.z);
     for (std::size_t i = 0; i < p.x.size(); ++i) {
-      Points rest = p;
-      rest.x.erase(rest.x.begin() + static_cast<std::ptrdiff_t>(i));
-      rest.y.erase(rest.y.begin() + static_cast<std::ptrdiff_t>(i));
-      rest.z.erase(rest.z.begin() + static_cast<std::ptrdiff_t>(i));
+      const Points rest = Without(p, i);
       KrigingHandle h = KrigingCreate();
       ASSERT_EQ(KrigingSetData(h, static_cast<std::int32_t>(rest.x.size()), rest.x.data(), rest.y.data(), rest.z.data()), kKrigingOk);
       ASSERT_EQ(KrigingSetGridCoordinate(h, 1, &p.x[i], 1, &p.y[i]), kKrigingOk);
@@ -171,10 +172,7 @@ TEST(CrossValidation, InverseDistanceAndNaturalNeighbourLeaveEachPointOut) {
   std::vector<double> hx, hy;
   std::int64_t outside = 0, outOfRange = 0;
   for (std::size_t i = 0; i < p.x.size(); ++i) {
-    Points rest = p;
-    rest.x.erase(rest.x.begin() + static_cast<std::ptrdiff_t>(i));
-    rest.y.erase(rest.y.begin() + static_cast<std::ptrdiff_t>(i));
-    rest.z.erase(rest.z.begin() + static_cast<std::ptrdiff_t>(i));
+    const Points rest = Without(p, i);
     EXPECT_EQ(global.points[i].predicted, InverseDistanceResampler::EstimateAt(p.x[i], p.y[i], rest.x, rest.y, rest.z, 2.0));
     EXPECT_TRUE(std::isnan(global.points[i].variance));
     const std::vector<double> at = InverseDistanceResampler::LocalGrid({p.x[i]}, {p.y[i]}, rest.x, rest.y, rest.z, 2.0, 5, 12.0);

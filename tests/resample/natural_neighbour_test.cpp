@@ -243,18 +243,15 @@ TEST(NaturalNeighbour, DuplicatesMergeAndDegenerateInputIsRefused) {
   NaturalNeighbour::Cursor cursor;
   EXPECT_EQ(nn.ValueAt(1, 1, {}, cursor), 3.0);
   const char* line = "Natural-neighbour interpolation needs points that do not all lie on one line.";
-  EXPECT_ORVANE_ERROR(NaturalNeighbour(std::vector<double>{0, 1}, std::vector<double>{0, 1},
-                                       std::vector<double>{0, 1}),
-                      5, "Orvada.NNGridR", "Natural-neighbour interpolation needs at least three points.");
-  EXPECT_ORVANE_ERROR(NaturalNeighbour(std::vector<double>{0, 1, 2, 3}, std::vector<double>{1, 2, 3, 4},
-                                       std::vector<double>{0, 1, 2, 3}),
-                      5, "Orvada.NNGridR", line);
-  EXPECT_ORVANE_ERROR(NaturalNeighbour(std::vector<double>{0, 1, 2}, std::vector<double>{5, 5, 5},
-                                       std::vector<double>{0, 1, 2}),
-                      5, "Orvada.NNGridR", line);
-  EXPECT_ORVANE_ERROR(NaturalNeighbour(std::vector<double>{0, 0, 0}, std::vector<double>{0, 0, 0},
-                                       std::vector<double>{0, 1, 2}),
-                      5, "Orvada.NNGridR", line);
+  struct Case {
+    std::vector<double> x, y, z;
+    const char* message;
+  };
+  for (const Case& c : {Case{{0, 1}, {0, 1}, {0, 1}, "Natural-neighbour interpolation needs at least three points."},
+                        Case{{0, 1, 2, 3}, {1, 2, 3, 4}, {0, 1, 2, 3}, line}, Case{{0, 1, 2}, {5, 5, 5}, {0, 1, 2}, line},
+                        Case{{0, 0, 0}, {0, 0, 0}, {0, 1, 2}, line}}) {
+    EXPECT_ORVANE_ERROR(NaturalNeighbour(c.x, c.y, c.z), 5, "Orvada.NNGridR", c.message);
+  }
 }
 
 }  // namespace
