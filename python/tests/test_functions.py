@@ -20,19 +20,15 @@ def run(tmp_path, *args):
 
 def write_points(tmp_path, x, y, z):
     path = tmp_path / "p.csv"
-    with open(path, "w") as f:
-        f.write("x,y,z\n")
-        for row in zip(x, y, z):
-            f.write(",".join(repr(float(v)) for v in row) + "\n")
+    rows = (",".join(repr(float(v)) for v in row) for row in zip(x, y, z))
+    path.write_text("x,y,z\n" + "".join(row + "\n" for row in rows))
     return str(path)
 
 
 def read_grid(path):
     """orvane grid's CSV (x, y, z lines, X outer; an empty z is blank) as xs, ys, Z[j, i]."""
     rows = [line.split(",") for line in open(path).read().split("\n") if line]
-    x = np.array([float(r[0]) for r in rows])
-    y = np.array([float(r[1]) for r in rows])
-    z = np.array([float(r[2]) if r[2] else np.nan for r in rows])
+    x, y, z = (np.array([float(v) if v else np.nan for v in column]) for column in zip(*rows))
     xs, ys = np.unique(x), np.unique(y)
     return xs, ys, z.reshape(len(xs), len(ys)).T
 

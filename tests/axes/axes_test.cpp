@@ -14,16 +14,16 @@ namespace {
 
 // Names raised by several events, in order.
 struct Names {
-  std::vector<std::string> seen;
-  Connection Watch(Event<const std::string&>& e) {
-    return e.Connect([this](const std::string& n) { seen.push_back(n); });
+  explicit Names(std::initializer_list<Event<const std::string&>*> events) {
+    for (auto* e : events) connections.push_back(e->Connect([this](const std::string& n) { seen.push_back(n); }));
   }
+  std::vector<std::string> seen;
+  std::vector<Connection> connections;
 };
 
 TEST(Axis, TheWorkedExampleGivesMinus20To80By20) {
   Axis axis;
-  Names names;
-  Connection c = names.Watch(axis.ScaleChanged);
+  Names names({&axis.ScaleChanged});
   axis.SetDataRange(-1, 70);
   EXPECT_EQ(axis.MajorInterval(), 8);  // ten intervals: -8 to 72
   axis.SetMajorIntervalCount(5);
@@ -68,15 +68,6 @@ TEST(Axis, DefaultsAndTicks) {
   EXPECT_DOUBLE_EQ(axis.TickPosition(1), 0.2);
   EXPECT_EQ(axis.TickPosition(5), 1.0);
   EXPECT_EQ(axis.LabelText(axis.TickValue(0)), "-20.00");
-  // A manual range that the interval does not divide: the last tick lies below Max.
-  axis.SetAutoRangeType(orvAutoRangeOff);
-  axis.SetMajorIntervalType(orvIntervalTypeByInterval);
-  axis.SetMin(0);
-  axis.SetMax(10);
-  axis.SetMajorInterval(3);
-  EXPECT_EQ(axis.TickCount(), 3);
-  EXPECT_EQ(axis.TickValue(3), 9);
-  EXPECT_EQ(axis.MajorIntervalCount(), 3);  // 10 / 3 rounded
 }
 
 TEST(Axis, ExactAndOffRangesAndIntervalsByInterval) {
@@ -108,8 +99,7 @@ TEST(Axis, ExactAndOffRangesAndIntervalsByInterval) {
 
 TEST(Axis, InvalidLetsRaiseErrorFiveAndKeepTheOldValue) {
   Axis axis;
-  Names names;
-  Connection c = names.Watch(axis.ScaleChanged);
+  Names names({&axis.ScaleChanged});
   const char* standard = "Invalid procedure call or argument";
   EXPECT_ORVANE_ERROR(axis.SetAutoRangeType(3), 5, "Orvada.Axis", standard);
   EXPECT_ORVANE_ERROR(axis.SetAutoRangeType(-1), 5, "Orvada.Axis", standard);
@@ -140,14 +130,16 @@ TEST(Axis, TickCountTruncatesTowardZero) {
   axis.SetMin(0);
   axis.SetMax(10);
   axis.SetMajorInterval(3);
-  EXPECT_EQ(axis.TickCount(), 3);  // 3.33 truncated
-  // A negative interval gives a negative count: ticks 0 to -3 are none at all.
-  axis.SetMajorInterval(-3);
-  EXPECT_EQ(axis.TickCount(), -3);
-  axis.SetMajorInterval(-2);
-  EXPECT_EQ(axis.TickCount(), -5);
-  axis.SetMajorInterval(-20);
-  EXPECT_EQ(axis.TickCount(), 0);  // -0.5 truncates to 0, not -1
+  // A range that the interval does not divide: the last tick lies below Max.
+  EXPECT_EQ(axis.TickValue(3), 9);
+  EXPECT_EQ(axis.MajorIntervalCount(), 3);  // 10 / 3 rounded
+  // 3.33 truncates to 3. A negative interval gives a negative count (ticks 0 to -3 are
+  // none at all), and -0.5 truncates to 0, not -1.
+  const std::pair<double, std::int32_t> counts[] = {{3, 3}, {-3, -3}, {-2, -5}, {-20, 0}};
+  for (const auto& [interval, count] : counts) {
+    axis.SetMajorInterval(interval);
+    EXPECT_EQ(axis.TickCount(), count) << interval;
+  }
   // So does an inverted range.
   axis.SetMajorInterval(4);
   axis.SetMin(10);
@@ -168,9 +160,7 @@ TEST(Axis, ReadingItsOwnBagChangesNothingAndADifferentValueRecalculates) {
   axis.TitleFont().SetItalic(true);
   PropertyBag bag;
   axis.WriteProperties(bag, "A.");
-  Names names;
-  Connection scale = names.Watch(axis.ScaleChanged);
-  Connection font = names.Watch(axis.FontChanged);
+  Names names({&axis.ScaleChanged, &axis.FontChanged});
   axis.ReadProperties(bag, "A.");
   EXPECT_TRUE(names.seen.empty());
   EXPECT_EQ(axis.Min(), -20);
@@ -199,9 +189,7 @@ TEST(Axes, NewAxesHaveTitlesAndTheMastersApplied) {
 
 TEST(Axes, AxisFormattingIsIgnoredWhileTheMastersRule) {
   Axes axes;
-  Names names;
-  Connection p = names.Watch(axes.PropertyChanged);
-  Connection f = names.Watch(axes.FontChanged);
+  Names names({&axes.PropertyChanged, &axes.FontChanged});
   axes.XAxis().SetLabelsFormat("0.0");
   axes.XAxis().SetLabelsVisible(false);
   axes.XAxis().LabelsFont().SetSize(20.0);  // undone at once, silently
@@ -229,9 +217,7 @@ TEST(Axes, AxisFormattingIsIgnoredWhileTheMastersRule) {
 
 TEST(Axes, MasterLetsReachEveryAxisWithTheirEventNames) {
   Axes axes;
-  Names names;
-  Connection p = names.Watch(axes.PropertyChanged);
-  Connection f = names.Watch(axes.FontChanged);
+  Names names({&axes.PropertyChanged, &axes.FontChanged});
   axes.SetLabelsFormatMaster("0.000");
   axes.SetLabelsVisibleMaster(false);
   axes.SetTitleVisibleMaster(false);
@@ -306,13 +292,8 @@ TEST(Axes, ReadingTheirOwnBagChangesNothing) {
   ASSERT_LT(yMin, yMax);
   PropertyBag bag;
   axes.WriteProperties(bag, "Axes.");
-  Names names;
-  std::vector<Connection> connections;
-  connections.push_back(names.Watch(axes.PropertyChanged));
-  connections.push_back(names.Watch(axes.FontChanged));
-  for (Axis* a : {&axes.XAxis(), &axes.YAxis(), &axes.ZAxis()}) {
-    connections.push_back(names.Watch(a->ScaleChanged));
-  }
+  Names names({&axes.PropertyChanged, &axes.FontChanged, &axes.XAxis().ScaleChanged, &axes.YAxis().ScaleChanged,
+               &axes.ZAxis().ScaleChanged});
   axes.ReadProperties(bag, "Axes.");
   EXPECT_TRUE(names.seen.empty()) << names.seen.size() << " events, first " << names.seen.front();
   EXPECT_EQ(axes.XAxis().Min(), 0);  // not widened to -0.05..0.05

@@ -94,16 +94,15 @@ TEST(MLibScale, DegenerateRangesAreWidenedByATenthOfTheirDecade) {
 }
 
 TEST(MLibScale, IndexBoundsSnapToExactMultiples) {
-  double low = 0, high = 0;
-  ScaleIndexBounds(0.30000000000000004, 0.6000000000000001, 0.1, low, high);
-  EXPECT_EQ(low, 3);
-  EXPECT_EQ(high, 6);
-  ScaleIndexBounds(-5, -3, 1, low, high);
-  EXPECT_EQ(low, -5);
-  EXPECT_EQ(high, -3);
-  ScaleIndexBounds(-5.5, -2.5, 1, low, high);
-  EXPECT_EQ(low, -6);
-  EXPECT_EQ(high, -2);
+  // min, max, interval, then the expected low and high index.
+  const double cases[][5] = {{0.30000000000000004, 0.6000000000000001, 0.1, 3, 6}, {-5, -3, 1, -5, -3},
+                             {-5.5, -2.5, 1, -6, -2}};
+  for (const auto& c : cases) {
+    double low = 0, high = 0;
+    ScaleIndexBounds(c[0], c[1], c[2], low, high);
+    EXPECT_EQ(low, c[3]) << c[0];
+    EXPECT_EQ(high, c[4]) << c[0];
+  }
 }
 
 TEST(MLibScale, ProductsCeilingsAndEpsilon) {

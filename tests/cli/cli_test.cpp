@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -27,6 +28,10 @@
 
 namespace {
 
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
 struct Outcome {
   int status = -1;
   std::string out;  // standard output and error together
@@ -49,7 +54,21 @@ Outcome Orvane(const std::string& arguments) {
   return Shell(std::string(ORVANE_CLI_PATH) + " " + arguments + " 2>&1");
 }
 
-std::string Meuse() { return std::string(ORVANE_SHARED_DATA) + "/meuse.csv"; }
+// Runs a command that must succeed; a failure shows its arguments and output.
+::testing::AssertionResult Succeeds(const std::string& arguments) {
+  const Outcome run = Orvane(arguments);
+  if (run.status == 0) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "orvane " << arguments << " gave status " << run.status << ":\n" << run.out;
+}
+
+// The output of a command that must succeed.
+std::string Output(const std::string& arguments) {
+  const Outcome run = Orvane(arguments);
+  EXPECT_EQ(run.status, 0) << "orvane " << arguments << "\n" << run.out;
+  return run.out;
+}
+
+const std::string kMeuse = std::string(ORVANE_SHARED_DATA) + "/meuse.csv";
 
 class Cli : public ::testing::Test {
  protected:
@@ -60,16 +79,15 @@ class Cli : public ::testing::Test {
     std::filesystem::create_directories(dir_);
   }
   void TearDown() override { std::filesystem::remove_all(dir_); }
+  std::string Path(const std::string& name) const { return (dir_ / name).string(); }
   std::string Write(const std::string& name, const std::string& text) {
-    const std::string path = (dir_ / name).string();
-    std::ofstream(path) << text;
-    return path;
+    std::ofstream(Path(name)) << text;
+    return Path(name);
   }
   // The property bag of the State that orvane state saves for the arguments.
   orvane::PropertyBag Stored(const std::string& arguments) {
-    const std::string path = (dir_ / "saved.state").string();
-    const Outcome run = Orvane("state " + arguments + " -o " + path);
-    EXPECT_EQ(run.status, 0) << arguments << "\n" << run.out;
+    const std::string path = Path("saved.state");
+    EXPECT_TRUE(Succeeds("state " + arguments + " -o " + path));
     std::ifstream in(path, std::ios::binary);
     orvane::PropertyBag bag;
     bag.SetContents(std::vector<std::uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
@@ -116,6 +134,20 @@ std::string Scattered(int n, unsigned seed, F f, double xSpan = 1, double ySpan 
   for (int i = 0; i < n; ++i) {
     const double x = xSpan * unit(random), y = ySpan * unit(random);
     text << x << ' ' << y << ' ' << f(x, y) << '\n';
+  }
+  return text.str();
+}
+
+// Lines "x y z" from f(i, j) = {x, y, z} for i from 0 to ni and j from 0 to nj, to 17 digits.
+template <class F>
+std::string Lattice(int ni, int nj, F f) {
+  std::ostringstream text;
+  text.precision(17);
+  for (int i = 0; i <= ni; ++i) {
+    for (int j = 0; j <= nj; ++j) {
+      const std::array<double, 3> p = f(i, j);
+      text << p[0] << ' ' << p[1] << ' ' << p[2] << '\n';
+    }
   }
   return text.str();
 }
@@ -191,22 +223,21 @@ int InvalidBandsPerGdal(const std::filesystem::path& file) {
 TEST_F(Cli, VersionHelpAndUsage) {
   const Outcome version = Orvane("--version");
   EXPECT_EQ(version.status, 0);
-  EXPECT_EQ(version.out.rfind("orvane ", 0), 0u);
+  EXPECT_THAT(version.out, StartsWith("orvane "));
   const Outcome help = Orvane("--help");
   EXPECT_EQ(help.status, 0);
-  EXPECT_NE(help.out.find("triangulate"), std::string::npos);
+  EXPECT_THAT(help.out, HasSubstr("triangulate"));
   const Outcome bare = Orvane("");
   EXPECT_EQ(bare.status, 2);
-  EXPECT_NE(bare.out.find("Subcommands:"), std::string::npos) << bare.out;
+  EXPECT_THAT(bare.out, HasSubstr("Subcommands:"));
 }
 
 TEST_F(Cli, InfoReportsCountsLimitsAndHull) {
   // A byte-order mark, a header and CR line endings of either kind. 3.5 comes back from
   // normalised units over -7.3 .. 6.9 as 3.500000000000001, and must be printed as read.
   const std::string file = Write("h.xyz", "\xEF\xBB\xBF" "x y z\r\n-7.3 0 1\r\n6.9 0 2\r\r\n3.5 5 3\n-7.3 5 4\r\n0 2 -5\n");
-  const Outcome run = Orvane("info " + file + " --json");
-  ASSERT_EQ(run.status, 0) << run.out;
-  EXPECT_EQ(nlohmann::json::parse(run.out), nlohmann::json::parse(R"({"hull":[[-7.3,0],[6.9,0],[3.5,5],[-7.3,5]],
+  EXPECT_EQ(nlohmann::json::parse(Output("info " + file + " --json")),
+            nlohmann::json::parse(R"({"hull":[[-7.3,0],[6.9,0],[3.5,5],[-7.3,5]],
       "points":5,"triangles":4,"xmax":6.9,"xmin":-7.3,"ymax":5,"ymin":0,"zmax":4,"zmin":-5})"));
   EXPECT_EQ(Orvane("info " + file).out, "file       " + file + "\npoints     5\nx          -7.3 .. 6.9\ny          0 .. 5\n"
                                         "z          -5 .. 4\ntriangles  4\nhull       4 vertices, counter-clockwise\n"
@@ -221,7 +252,7 @@ TEST_F(Cli, BadRequestsAreRefusedByNameAndWriteNothing) {
   const std::string words = Write("words.xyz", "hello world\n"), four = Write("four.xyz", "1 2 3\n4 5 6 7\n");
   const std::string two = Write("two.xyz", "1 2 3\n4 5\n"), nan = Write("nan.xyz", "0 0 1\n1 0 nan\n2 0 2\n");
   const std::string junk = Write("junk.state", "not a state at all");
-  const std::string meuse = Meuse(), out = (dir_ / "out").string(), missing = (dir_ / "none.xyz").string();
+  const std::string out = Path("out"), missing = Path("none.xyz");
   const std::string contour = "contour " + points + " -o " + out + ".geojson ";
   const std::string grid = "grid " + points + " -o " + out + ".csv --method ";
   const std::string render = "render " + points + " -o " + out + ".png ";
@@ -238,7 +269,7 @@ TEST_F(Cli, BadRequestsAreRefusedByNameAndWriteNothing) {
       {grid + "idw --interval 4", "orvane: grid: unknown option --interval; did you mean --intervals?\n" + hint},
       {contour + "--intervals 4", "orvane: contour: unknown option --intervals; did you mean --interval?\n" + hint},
       {grid + "idw --colour red", "orvane: grid: unknown option --colour\n" + hint},
-      {"cv " + meuse + " --method idw --intervals 4", "orvane: cv: unknown option --intervals\n" + hint},
+      {"cv " + kMeuse + " --method idw --intervals 4", "orvane: cv: unknown option --intervals\n" + hint},
       // Input.
       {"info " + missing, "orvane: " + missing + ": cannot open the file (No such file or directory)\n"},
       {"info /dev/zero", "orvane: /dev/zero:1: the line is longer than 1 MiB\n"},  // not read into memory
@@ -315,9 +346,9 @@ TEST_F(Cli, BadRequestsAreRefusedByNameAndWriteNothing) {
       {"render --state " + missing + " -o " + out + ".png", "orvane: " + missing + ": cannot open the state file\n"},
       {"render --sample -o " + out + ".jpg",
        "orvane: " + out + ".jpg: cannot write .jpg files; orvane render writes .png (or - for standard output)\n"},
-      {"variogram " + meuse + " --plot " + out + ".svg", "orvane: " + out + ".svg: --plot writes .png (or - for standard output)\n"},
-      {"cv " + meuse + " --method idw --extrapolate", "orvane: --extrapolate applies to --method nn only\n"},
-      {"cv " + meuse + " --method idw --radius 1", "orvane: no point could be estimated from the others (no other point in range)\n"}};
+      {"variogram " + kMeuse + " --plot " + out + ".svg", "orvane: " + out + ".svg: --plot writes .png (or - for standard output)\n"},
+      {"cv " + kMeuse + " --method idw --extrapolate", "orvane: --extrapolate applies to --method nn only\n"},
+      {"cv " + kMeuse + " --method idw --radius 1", "orvane: no point could be estimated from the others (no other point in range)\n"}};
   const std::set<std::string> inputs = Listing(dir_);
   for (const auto& [arguments, message] : cases) {
     const Outcome run = Orvane(arguments);
@@ -325,54 +356,44 @@ TEST_F(Cli, BadRequestsAreRefusedByNameAndWriteNothing) {
     if (message.back() == '\n') {
       EXPECT_EQ(run.out, message) << arguments;
     } else {
-      EXPECT_EQ(run.out.rfind(message, 0), 0u) << arguments << "\n" << run.out;
+      EXPECT_THAT(run.out, StartsWith(message)) << arguments;
     }
   }
   EXPECT_EQ(Listing(dir_), inputs);
   // The bounds themselves are taken, and named in the help.
-  EXPECT_EQ(Orvane(contour + "--count 10000").status, 0);
-  EXPECT_NE(Orvane("contour --help").out.find("1 to 10000"), std::string::npos);
-  EXPECT_NE(Orvane("grid --help").out.find("1 to 10000"), std::string::npos);
-  EXPECT_EQ(Orvane("grid " + upright + " --method idw --xmin 0 --xmax 2 --intervals 2 -o " + out + ".csv").status, 0);
-  EXPECT_EQ(Orvane(grid + "kriging --nugget 0.5 --sill 3").status, 0);
+  EXPECT_TRUE(Succeeds(contour + "--count 10000"));
+  EXPECT_THAT(Orvane("contour --help").out, HasSubstr("1 to 10000"));
+  EXPECT_THAT(Orvane("grid --help").out, HasSubstr("1 to 10000"));
+  EXPECT_TRUE(Succeeds("grid " + upright + " --method idw --xmin 0 --xmax 2 --intervals 2 -o " + out + ".csv"));
+  EXPECT_TRUE(Succeeds(grid + "kriging --nugget 0.5 --sill 3"));
 }
 
 TEST_F(Cli, InputColumnsInvalidRowsDuplicatesNoDataAndFields) {
   // Chosen columns of a wider, semicolon-separated file.
   const std::string wide = Write("wide.csv", "id;name;x;y;z\n1;a;0;0;1\n2;b;2;0;2\n3;c;2;3;3\n4;d;0;3;4\n");
-  const Outcome picked = Orvane("info --json --columns 3,4,5 " + wide);
-  ASSERT_EQ(picked.status, 0) << picked.out;
-  const nlohmann::json facts = nlohmann::json::parse(picked.out);
+  const nlohmann::json facts = nlohmann::json::parse(Output("info --json --columns 3,4,5 " + wide));
   EXPECT_EQ(facts["points"], 4);
   EXPECT_EQ(facts["xmax"], 2.0);
   EXPECT_EQ(facts["zmax"], 4.0);
   // Rows with NaN or missing values, skipped when asked.
   const std::string gaps = Write("gaps.xyz", "0 0 1\n1 0 nan\n2 0 2\n1 1\n2 3 3\n0 3 4\n");
-  const Outcome lenient = Orvane("info --skip-invalid " + gaps);
-  ASSERT_EQ(lenient.status, 0) << lenient.out;
-  EXPECT_NE(lenient.out.find("orvane: " + gaps + ": skipped 2 rows with missing or invalid values\n"), std::string::npos)
-      << lenient.out;
-  EXPECT_NE(lenient.out.find("points     4\n"), std::string::npos) << lenient.out;
+  const std::string lenient = Output("info --skip-invalid " + gaps);
+  EXPECT_THAT(lenient, HasSubstr("orvane: " + gaps + ": skipped 2 rows with missing or invalid values\n"));
+  EXPECT_THAT(lenient, HasSubstr("points     4\n"));
   // Exact duplicates merge into their mean, with a note, for every command.
   const std::string twice = Write("twice.xyz", "0 0 1\n2 0 2\n2 2 3\n0 2 4\n0 0 3\n");
-  const Outcome merged = Orvane("info " + twice);
-  ASSERT_EQ(merged.status, 0) << merged.out;
-  EXPECT_NE(merged.out.find("orvane: " + twice + ": merged 1 duplicate point (same X and Y) into the mean Z of each place\n"),
-            std::string::npos)
-      << merged.out;
-  EXPECT_NE(merged.out.find("points     4\n"), std::string::npos);
-  const std::string csv = (dir_ / "g.csv").string();
-  ASSERT_EQ(Orvane("grid " + twice + " --method idw --intervals 1 -o " + csv).status, 0);
-  EXPECT_EQ(Lines(csv).at(0), "0,0,2");
-  const std::string tri = (dir_ / "t.csv").string();
-  ASSERT_EQ(Orvane("triangulate " + twice + " -o " + tri).status, 0);
-  for (const std::string& line : Lines(tri)) EXPECT_EQ(line.find('4'), std::string::npos) << line;  // points 0 to 3
+  const std::string merged = Output("info " + twice);
+  EXPECT_THAT(merged, HasSubstr("orvane: " + twice + ": merged 1 duplicate point (same X and Y) into the mean Z of each place\n"));
+  EXPECT_THAT(merged, HasSubstr("points     4\n"));
+  ASSERT_TRUE(Succeeds("grid " + twice + " --method idw --intervals 1 -o " + Path("g.csv")));
+  EXPECT_EQ(Lines(Path("g.csv")).at(0), "0,0,2");
+  ASSERT_TRUE(Succeeds("triangulate " + twice + " -o " + Path("t.csv")));
+  for (const std::string& line : Lines(Path("t.csv"))) EXPECT_THAT(line, Not(HasSubstr("4")));  // points 0 to 3
   // -9999 as no data; a vector layer's Z by name.
   const std::string missing = Write("m.xyz", "0 0 1\n1 0 -9999\n0 1 3\n2 2 4\n");
-  const Outcome nodata = Orvane("info --json --nodata -9999 " + missing);
-  ASSERT_EQ(nodata.status, 0) << nodata.out;
-  EXPECT_NE(nodata.out.find("orvane: " + missing + ": left out 1 point with no data\n"), std::string::npos);
-  EXPECT_NE(nodata.out.find("\"zmin\":1.0"), std::string::npos) << nodata.out;
+  const std::string nodata = Output("info --json --nodata -9999 " + missing);
+  EXPECT_THAT(nodata, HasSubstr("orvane: " + missing + ": left out 1 point with no data\n"));
+  EXPECT_THAT(nodata, HasSubstr("\"zmin\":1.0"));
   const std::string layer = Write("p.geojson", R"({"type":"FeatureCollection","features":[
     {"type":"Feature","properties":{"zinc":1},"geometry":{"type":"Point","coordinates":[0,0]}},
     {"type":"Feature","properties":{"zinc":2},"geometry":{"type":"Point","coordinates":[1,0]}},
@@ -386,8 +407,8 @@ TEST_F(Cli, InputColumnsInvalidRowsDuplicatesNoDataAndFields) {
 
 TEST_F(Cli, TriangulateWritesEveryTriangleOnce) {
   const std::string file = Write("random.xyz", Scattered(300, 8, [](double x, double y) { return x + y; }, 100, 100));
-  const std::string out = (dir_ / "tri.csv").string();
-  ASSERT_EQ(Orvane("triangulate " + file + " -o " + out).status, 0);
+  const std::string out = Path("tri.csv");
+  ASSERT_TRUE(Succeeds("triangulate " + file + " -o " + out));
   const nlohmann::json facts = nlohmann::json::parse(Orvane("info --json " + file).out);
   std::set<std::array<int, 3>> triangles;
   for (const std::string& line : Lines(out)) {
@@ -405,13 +426,9 @@ TEST_F(Cli, TriangulateWritesEveryTriangleOnce) {
 // What the lines and bands hold is checked against the library below.
 TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
   // z = x on a 9 x 5 lattice over [0, 4] x [0, 2].
-  std::ostringstream text;
-  for (int i = 0; i <= 8; ++i) {
-    for (int j = 0; j <= 4; ++j) text << i * 0.5 << "," << j * 0.5 << "," << i * 0.5 << "\n";
-  }
-  const std::string file = Write("plane.xyz", text.str());
-  const std::string out = (dir_ / "plane.geojson").string();
-  ASSERT_EQ(Orvane("contour " + file + " --levels 1.25,3 --bands -o " + out).status, 0);
+  const std::string file = Write("plane.xyz", Lattice(8, 4, [](int i, int j) { return std::array{i * 0.5, j * 0.5, i * 0.5}; }));
+  const std::string out = Path("plane.geojson");
+  ASSERT_TRUE(Succeeds("contour " + file + " --levels 1.25,3 --bands -o " + out));
   const nlohmann::json doc = Json(out);
   EXPECT_EQ(doc["type"], "FeatureCollection");
   const auto& features = doc["features"];
@@ -423,7 +440,7 @@ TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
   EXPECT_EQ(features[3]["properties"], nlohmann::json::parse(R"({"lower":1.25,"upper":3})"));
   EXPECT_TRUE(features[4]["properties"]["upper"].is_null());
   // Automatic levels: as many intervals as asked; none at the Z limits 0 and 4.
-  ASSERT_EQ(Orvane("contour " + file + " --count 4 -o " + out).status, 0);
+  ASSERT_TRUE(Succeeds("contour " + file + " --count 4 -o " + out));
   const nlohmann::json counted = Json(out);
   ASSERT_EQ(counted["features"].size(), 3u);
   for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(counted["features"][k]["properties"]["level"], static_cast<double>(k) + 1);
@@ -431,19 +448,12 @@ TEST_F(Cli, ContourWritesGeoJsonLinesAndBands) {
 
 TEST_F(Cli, BandsAreMergedPolygonsWithHoles) {
   // A ring of high ground around a pit on a 41 x 41 lattice over [-1, 1]^2.
-  std::ostringstream text;
-  text.precision(17);
-  for (int i = 0; i <= 40; ++i) {
-    for (int j = 0; j <= 40; ++j) {
-      const double x = -1 + i / 20.0, y = -1 + j / 20.0;
-      const double r = std::hypot(x, y);
-      text << x << ' ' << y << ' ' << std::exp(-std::pow((r - 0.5) / 0.15, 2)) << '\n';
-    }
-  }
-  const std::string file = Write("crater.xyz", text.str());
+  const std::string file = Write("crater.xyz", Lattice(40, 40, [](int i, int j) {
+    const double x = -1 + i / 20.0, y = -1 + j / 20.0;
+    return std::array{x, y, std::exp(-std::pow((std::hypot(x, y) - 0.5) / 0.15, 2))};
+  }));
   const std::filesystem::path out = dir_ / "crater.geojson";
-  const Outcome run = Orvane("contour " + file + " --levels 0.5 --bands -o " + out.string());
-  ASSERT_EQ(run.status, 0) << run.out;
+  ASSERT_TRUE(Succeeds("contour " + file + " --levels 0.5 --bands -o " + out.string()));
   const nlohmann::json doc = Json(out.string());
   ASSERT_EQ(doc["features"].size(), 3u);
   const auto& below = doc["features"][1]["geometry"]["coordinates"];
@@ -473,15 +483,14 @@ TEST_F(Cli, BandsOfScatteredDataAreValidGeometry) {
     return std::sin(9 * x) * std::cos(7 * y) + 0.1 * std::sin(5000 * x * y);  // and rough noise
   }));
   const std::filesystem::path out = dir_ / "noisy.geojson";
-  const Outcome run = Orvane("contour " + file + " --count 12 --bands -o " + out.string());
-  ASSERT_EQ(run.status, 0) << run.out;
+  ASSERT_TRUE(Succeeds("contour " + file + " --count 12 --bands -o " + out.string()));
   EXPECT_EQ(InvalidBandsPerGdal(out), 0);
 }
 
 TEST_F(Cli, ApiGivesTheLinesAndBandsTheExportWrites) {
   const std::string file = Write("wave.xyz", Scattered(500, 8, [](double x, double y) { return std::sin(2 * x) * std::cos(3 * y); }, 3, 2));
-  const std::string out = (dir_ / "wave.geojson").string();
-  ASSERT_EQ(Orvane("contour " + file + " --levels -0.5,0,0.25,0.5 --bands -o " + out).status, 0);
+  const std::string out = Path("wave.geojson");
+  ASSERT_TRUE(Succeeds("contour " + file + " --levels -0.5,0,0.25,0.5 --bands -o " + out));
   const nlohmann::json features = Json(out)["features"];
 
   const orvane::XyzPoints points = orvane::ReadXyzFile(file);
@@ -525,16 +534,11 @@ TEST_F(Cli, ApiGivesTheLinesAndBandsTheExportWrites) {
 
 TEST_F(Cli, IntervalLevelsAreMultiplesOfTheIntervalPlusTheOffset) {
   // z = 100 + 20 x over [0, 1] x [0, 1].
-  std::ostringstream text;
-  for (int i = 0; i <= 10; ++i) {
-    for (int j = 0; j <= 4; ++j) text << i / 10.0 << ' ' << j / 4.0 << ' ' << 100 + 2 * i << '\n';
-  }
-  const std::string file = Write("ramp.xyz", text.str());
-  const std::string out = (dir_ / "c.geojson").string();
+  const std::string file = Write("ramp.xyz", Lattice(10, 4, [](int i, int j) { return std::array{i / 10.0, j / 4.0, 100.0 + 2 * i}; }));
+  const std::string out = Path("c.geojson");
   const auto levels = [&](const std::string& options) {
     std::vector<double> found;
-    const Outcome run = Orvane("contour " + file + " " + options + " -o " + out);
-    EXPECT_EQ(run.status, 0) << options << run.out;
+    EXPECT_TRUE(Succeeds("contour " + file + " " + options + " -o " + out));
     const nlohmann::json doc = Json(out);
     for (const auto& feature : doc["features"]) {
       if (feature["properties"].contains("level")) found.push_back(feature["properties"]["level"].get<double>());
@@ -560,14 +564,14 @@ TEST_F(Cli, IntervalLevelsAreMultiplesOfTheIntervalPlusTheOffset) {
   // Written as typed: 100.6, not 100.60000000000001 (100 + 503 x 0.2).
   levels("--interval 0.2");
   const std::string geojson = Slurp(out);
-  EXPECT_NE(geojson.find("{\"level\":100.6}"), std::string::npos);
-  EXPECT_NE(geojson.find("{\"level\":114.2}"), std::string::npos);
+  EXPECT_THAT(geojson, HasSubstr("{\"level\":100.6}"));
+  EXPECT_THAT(geojson, HasSubstr("{\"level\":114.2}"));
   for (std::size_t at = geojson.find("\"level\":"); at != std::string::npos; at = geojson.find("\"level\":", at + 1)) {
     const std::string value = geojson.substr(at + 8, geojson.find('}', at) - at - 8);
     EXPECT_LE(value.size(), 5u) << value;  // 100.2 to 119.8
   }
   // Bands the data do not reach are not written: one band below 130, none above it.
-  ASSERT_EQ(Orvane("contour " + file + " --levels 130 --bands -o " + out).status, 0);
+  ASSERT_TRUE(Succeeds("contour " + file + " --levels 130 --bands -o " + out));
   EXPECT_EQ(Json(out)["features"].size(), 2u);
 }
 
@@ -590,20 +594,20 @@ class CliOutput : public Cli {
 };
 
 TEST_F(CliOutput, AFullDiskLeavesTheOldFileIntact) {
-  for (const auto& [command, target] : Writers((dir_ / "out").string())) {
+  for (const auto& [command, target] : Writers(Path("out"))) {
     std::ofstream(target) << "old contents\n";
     const std::set<std::string> before = Listing(dir_);
     // At most 4 blocks of output: every command here writes more.
     const Outcome run = Shell("sh -c 'ulimit -f 4; exec " + std::string(ORVANE_CLI_PATH) + " " + command + "' 2>&1");
     EXPECT_EQ(run.status, 2) << command << run.out;
-    EXPECT_NE(run.out.find(target + ": cannot write the file"), std::string::npos) << run.out;
+    EXPECT_THAT(run.out, HasSubstr(target + ": cannot write the file"));
     EXPECT_EQ(Slurp(target), "old contents\n") << command;
     EXPECT_EQ(Listing(dir_), before) << command;  // no temporary left behind
   }
 }
 
 TEST_F(CliOutput, TargetsThatCannotBeReplacedAreRefusedUpFront) {
-  for (const auto& [command, locked] : Writers((dir_ / "locked").string())) {
+  for (const auto& [command, locked] : Writers(Path("locked"))) {
     std::ofstream(locked) << "keep\n";
     std::filesystem::permissions(locked, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
     const Outcome run = Orvane(command);
@@ -611,7 +615,7 @@ TEST_F(CliOutput, TargetsThatCannotBeReplacedAreRefusedUpFront) {
     EXPECT_EQ(run.out, "orvane: " + locked + ": cannot replace the file: it is read-only\n") << command;
     EXPECT_EQ(Slurp(locked), "keep\n");
   }
-  for (const auto& [command, folder] : Writers((dir_ / "folder").string())) {
+  for (const auto& [command, folder] : Writers(Path("folder"))) {
     std::filesystem::create_directory(folder);
     std::ofstream(std::filesystem::path(folder) / "inside") << "x";
     const Outcome run = Orvane(command);
@@ -619,7 +623,7 @@ TEST_F(CliOutput, TargetsThatCannotBeReplacedAreRefusedUpFront) {
     EXPECT_EQ(run.out, "orvane: " + folder + ": cannot replace the file (Is a directory)\n") << command;
     EXPECT_EQ(Listing(folder), std::set<std::string>{"inside"});
   }
-  for (const auto& [command, nowhere] : Writers((dir_ / "missing" / "out").string())) {
+  for (const auto& [command, nowhere] : Writers(Path("missing/out"))) {
     const Outcome run = Orvane(command);
     EXPECT_EQ(run.out, "orvane: " + nowhere + ": cannot create the file (No such file or directory)\n") << command;
   }
@@ -627,37 +631,33 @@ TEST_F(CliOutput, TargetsThatCannotBeReplacedAreRefusedUpFront) {
 }
 
 TEST_F(CliOutput, AGoodRunReplacesTheTargetKeepingItsMode) {
-  const std::string target = (dir_ / "tri.csv").string();
+  const std::string target = Path("tri.csv");
   std::ofstream(target) << "old\n";
   const auto mode = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write | std::filesystem::perms::others_read;
   std::filesystem::permissions(target, mode);
-  ASSERT_EQ(Orvane("triangulate " + input_ + " -o " + target).status, 0);
+  ASSERT_TRUE(Succeeds("triangulate " + input_ + " -o " + target));
   EXPECT_NE(Slurp(target).substr(0, 4), "old\n");
   EXPECT_EQ(std::filesystem::status(target).permissions(), mode);
   EXPECT_EQ(Listing(dir_), (std::set<std::string>{"in.xyz", "tri.csv"}));
 }
 
 TEST_F(Cli, DevicesAndPipesAreWrittenStraightThrough) {
-  const std::string meuse = Meuse();
-  for (const std::string& command : std::vector<std::string>{"render --sample", "contour " + meuse, "grid " + meuse + " --method idw", "triangulate " + meuse}) {
-    const Outcome run = Orvane(command + " -o /dev/null");
-    EXPECT_EQ(run.status, 0) << command << ": " << run.out;
+  for (const std::string& command :
+       std::vector<std::string>{"render --sample", "contour " + kMeuse, "grid " + kMeuse + " --method idw", "triangulate " + kMeuse}) {
+    EXPECT_TRUE(Succeeds(command + " -o /dev/null"));
   }
   // Through a named pipe, the same bytes as the file, and nothing left beside it.
-  const std::string file = (dir_ / "g.csv").string(), pipe = (dir_ / "pipe").string();
-  ASSERT_EQ(Orvane("grid " + meuse + " --method idw --intervals 3 -o " + file).status, 0);
+  const std::string file = Path("g.csv"), pipe = Path("pipe");
+  ASSERT_TRUE(Succeeds("grid " + kMeuse + " --method idw --intervals 3 -o " + file));
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  const Outcome streamed = Shell("(cat " + pipe + " > " + (dir_ / "read.csv").string() + " &) ; " +
-                                 std::string(ORVANE_CLI_PATH) + " grid " + meuse + " --method idw --intervals 3 -o " + pipe +
-                                 " && sleep 0.2");
+  const Outcome streamed = Shell("(cat " + pipe + " > " + Path("read.csv") + " &) ; " + std::string(ORVANE_CLI_PATH) + " grid " +
+                                 kMeuse + " --method idw --intervals 3 -o " + pipe + " && sleep 0.2");
   EXPECT_EQ(streamed.status, 0) << streamed.out;
-  EXPECT_EQ(Slurp((dir_ / "read.csv").string()), Slurp(file));
-  std::size_t entries = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(dir_)) ++entries;
-  EXPECT_EQ(entries, 3U);  // g.csv, pipe, read.csv
+  EXPECT_EQ(Slurp(Path("read.csv")), Slurp(file));
+  EXPECT_EQ(Listing(dir_), (std::set<std::string>{"g.csv", "pipe", "read.csv"}));
   // A block device keeps the old protection.
   if (std::filesystem::is_block_file("/dev/loop0")) {
-    EXPECT_NE(Orvane("triangulate " + meuse + " -o /dev/loop0").out.find("it is not a regular file"), std::string::npos);
+    EXPECT_THAT(Orvane("triangulate " + kMeuse + " -o /dev/loop0").out, HasSubstr("it is not a regular file"));
   }
 }
 
@@ -665,46 +665,40 @@ TEST_F(Cli, DevicesAndPipesAreWrittenStraightThrough) {
 
 TEST_F(Cli, GridWritesCsvWithTheXIndexOuter) {
   const std::string file = Write("p.xyz", "0 0 1\n1 0 2\n0 1 3\n1 1 4\n0.5 0.5 9\n");
-  const std::string out = (dir_ / "g.csv").string();
-  const Outcome run = Orvane("grid " + file + " --method idw --intervals 2 -o " + out);
-  ASSERT_EQ(run.status, 0) << run.out;
+  const std::string out = Path("g.csv");
+  ASSERT_TRUE(Succeeds("grid " + file + " --method idw --intervals 2 -o " + out));
   const std::vector<std::string> lines = Lines(out);
   ASSERT_EQ(lines.size(), 9u);
   EXPECT_EQ(lines[0], "0,0,1");      // exact hits keep the data
-  EXPECT_EQ(lines[1].rfind("0,0.5,", 0), 0u);
+  EXPECT_THAT(lines[1], StartsWith("0,0.5,"));
   EXPECT_EQ(lines[4], "0.5,0.5,9");
   EXPECT_EQ(lines[8], "1,1,4");
   // Power 0 gives the plain mean away from the data.
-  ASSERT_EQ(Orvane("grid " + file + " --method idw --power 0 --intervals 2 -o " + out).status, 0);
+  ASSERT_TRUE(Succeeds("grid " + file + " --method idw --power 0 --intervals 2 -o " + out));
   EXPECT_EQ(Lines(out)[1], "0,0.5,3.8");
   // Explicit limits replace the data's; the others stay.
-  ASSERT_EQ(Orvane("grid " + file + " --method idw --intervals 4 --xmin -1 -o " + out).status, 0);
-  EXPECT_EQ(Lines(out)[0].rfind("-1,0,", 0), 0u);
-  EXPECT_EQ(Lines(out)[24].rfind("1,1,", 0), 0u);
+  ASSERT_TRUE(Succeeds("grid " + file + " --method idw --intervals 4 --xmin -1 -o " + out));
+  EXPECT_THAT(Lines(out)[0], StartsWith("-1,0,"));
+  EXPECT_THAT(Lines(out)[24], StartsWith("1,1,"));
 }
 
 TEST_F(Cli, GridStopsCleanlyWhenInterrupted) {
   const std::string file = Write("big.xyz", Scattered(20000, 4, [](double x, double y) { return x - y; }));
-  const std::string out = (dir_ / "big.csv").string();
+  const std::string out = Path("big.csv");
   // Minutes of work, interrupted after a moment.
   const Outcome run = Shell("sh -c '" + std::string(ORVANE_CLI_PATH) + " grid " + file + " --method idw --intervals 3000 -o " +
                             out + " & pid=$!; sleep 1; kill -INT $pid; wait $pid; echo status=$?' 2>&1");
-  EXPECT_NE(run.out.find("status=130"), std::string::npos) << run.out;
-  EXPECT_NE(run.out.find("The resampling was interrupted."), std::string::npos) << run.out;
+  EXPECT_THAT(run.out, HasSubstr("status=130"));
+  EXPECT_THAT(run.out, HasSubstr("The resampling was interrupted."));
   EXPECT_FALSE(std::filesystem::exists(out));
   EXPECT_FALSE(std::filesystem::exists(out + ".partial"));
 }
 
 TEST_F(Cli, LocalInverseDistanceBlanksNodesWithNoPointInRange) {
   // Points on the left half only; a radius of 1 leaves the right half of the grid blank.
-  std::ostringstream text;
-  for (int i = 0; i <= 5; ++i) {
-    for (int j = 0; j <= 10; ++j) text << i << ' ' << j << ' ' << i + j << '\n';
-  }
-  const std::string file = Write("left.xyz", text.str());
-  const std::string out = (dir_ / "l.csv").string();
-  const Outcome run = Orvane("grid " + file + " --method idw --max-points 4 --radius 1 --xmax 10 --intervals 10 -o " + out);
-  ASSERT_EQ(run.status, 0) << run.out;
+  const std::string file = Write("left.xyz", Lattice(5, 10, [](int i, int j) { return std::array{1.0 * i, 1.0 * j, 1.0 * (i + j)}; }));
+  const std::string out = Path("l.csv");
+  ASSERT_TRUE(Succeeds("grid " + file + " --method idw --max-points 4 --radius 1 --xmax 10 --intervals 10 -o " + out));
   std::size_t blank = 0;
   for (const std::string& line : Lines(out)) blank += line.back() == ',' ? 1u : 0u;
   EXPECT_EQ(blank, 4u * 11u);  // X = 7 .. 10: farther than 1 from every point
@@ -712,12 +706,11 @@ TEST_F(Cli, LocalInverseDistanceBlanksNodesWithNoPointInRange) {
 
 TEST_F(Cli, GridFilesGoThroughEveryCommandWithTheirBlanksAndCrs) {
   const std::string points = Write("tri.xyz", TrianglePoints());
-  const std::string grd = (dir_ / "t.grd").string();
+  const std::string grd = Path("t.grd");
   // 11 x 11 nodes, those above the diagonal outside the hull: 55 of them, blank unless the
   // method extrapolates (as inverse distance and kriging do unless told).
   const auto blanks = [&](const std::string& method) {
-    const Outcome made = Orvane("grid " + points + " --method " + method + " --intervals 10 --crs EPSG:28992 -o " + grd);
-    EXPECT_EQ(made.status, 0) << method << made.out;
+    EXPECT_TRUE(Succeeds("grid " + points + " --method " + method + " --intervals 10 --crs EPSG:28992 -o " + grd));
     return nlohmann::json::parse(Orvane("info --json " + grd).out)["blanks"];
   };
   for (const std::string method : {"nn --extrapolate", "idw", "kriging --no-block --model spherical --nugget 0", "kriging --range 3"}) {
@@ -727,59 +720,52 @@ TEST_F(Cli, GridFilesGoThroughEveryCommandWithTheirBlanksAndCrs) {
     EXPECT_EQ(blanks(method), 55) << method;
   }
   EXPECT_EQ(Lines(grd).at(4), "0 20");  // the DSAA header's Z range leaves the blanks out
-  const Outcome info = Orvane("info " + grd);
-  ASSERT_EQ(info.status, 0) << info.out;
-  EXPECT_NE(info.out.find("grid       11 x 11 nodes\n"), std::string::npos) << info.out;
-  EXPECT_NE(info.out.find("x          0 .. 10\n"), std::string::npos) << info.out;
-  EXPECT_NE(info.out.find("blank      55 cells\ncrs        EPSG:28992\n"), std::string::npos) << info.out;
+  const std::string info = Output("info " + grd);
+  EXPECT_THAT(info, HasSubstr("grid       11 x 11 nodes\n"));
+  EXPECT_THAT(info, HasSubstr("x          0 .. 10\n"));
+  EXPECT_THAT(info, HasSubstr("blank      55 cells\ncrs        EPSG:28992\n"));
   EXPECT_EQ(nlohmann::json::parse(Orvane("info --json " + grd).out)["columns"], 11);
   // The grid's own CSV and DSAA output read back as they are; the CRS carries through.
-  const std::string csv = (dir_ / "t.csv").string();
-  ASSERT_EQ(Orvane("grid " + grd + " --method nn --intervals 10 -o " + csv).status, 0);
-  EXPECT_NE(Orvane("info " + csv).out.find("blank      55 cells\n"), std::string::npos);
-  const std::string tif = (dir_ / "t.tif").string();
-  ASSERT_EQ(Orvane("grid " + grd + " --method idw --intervals 10 -o " + tif).status, 0);
-  EXPECT_NE(Shell("gdalinfo " + tif).out.find("ID[\"EPSG\",28992]]"), std::string::npos);
+  const std::string csv = Path("t.csv"), tif = Path("t.tif");
+  ASSERT_TRUE(Succeeds("grid " + grd + " --method nn --intervals 10 -o " + csv));
+  EXPECT_THAT(Orvane("info " + csv).out, HasSubstr("blank      55 cells\n"));
+  ASSERT_TRUE(Succeeds("grid " + grd + " --method idw --intervals 10 -o " + tif));
+  EXPECT_THAT(Shell("gdalinfo " + tif).out, HasSubstr("ID[\"EPSG\",28992]]"));
   // Contours carry the grid's CRS into GeoJSON, where GDAL finds it.
-  const std::string geojson = (dir_ / "t.geojson").string();
-  const Outcome contour = Orvane("contour " + grd + " --count 5 -o " + geojson);
-  ASSERT_EQ(contour.status, 0) << contour.out;
-  const Outcome ogr = Shell("ogrinfo -so -al " + geojson + " 2>&1");
-  EXPECT_NE(ogr.out.find("ID[\"EPSG\",28992]]"), std::string::npos) << ogr.out;
+  const std::string geojson = Path("t.geojson"), local = Path("local.geojson");
+  ASSERT_TRUE(Succeeds("contour " + grd + " --count 5 -o " + geojson));
+  EXPECT_THAT(Shell("ogrinfo -so -al " + geojson + " 2>&1").out, HasSubstr("ID[\"EPSG\",28992]]"));
   // --crs gives another; one with no EPSG code goes in as WKT.
-  ASSERT_EQ(Orvane("contour " + grd + " --crs EPSG:4326 -o " + geojson).status, 0);
-  EXPECT_NE(Shell("ogrinfo -so -al " + geojson).out.find("ID[\"EPSG\",4326]]"), std::string::npos);
-  const std::string local = (dir_ / "local.geojson").string();
-  ASSERT_EQ(Orvane("contour " + grd + " --crs '+proj=tmerc +lat_0=0 +lon_0=7 +k=1 +x_0=0 +y_0=0 +ellps=GRS80' -o " + local).status, 0);
-  EXPECT_NE(Shell("ogrinfo -so -al " + local).out.find("METHOD[\"Transverse Mercator\""), std::string::npos);
+  ASSERT_TRUE(Succeeds("contour " + grd + " --crs EPSG:4326 -o " + geojson));
+  EXPECT_THAT(Shell("ogrinfo -so -al " + geojson).out, HasSubstr("ID[\"EPSG\",4326]]"));
+  ASSERT_TRUE(Succeeds("contour " + grd + " --crs '+proj=tmerc +lat_0=0 +lon_0=7 +k=1 +x_0=0 +y_0=0 +ellps=GRS80' -o " + local));
+  EXPECT_THAT(Shell("ogrinfo -so -al " + local).out, HasSubstr("METHOD[\"Transverse Mercator\""));
   // The grid draws as it is.
-  const Outcome render = Orvane("render " + grd + " --plot-type 2d --size 300x300 -o " + (dir_ / "t.png").string());
-  ASSERT_EQ(render.status, 0) << render.out;
+  ASSERT_TRUE(Succeeds("render " + grd + " --plot-type 2d --size 300x300 -o " + Path("t.png")));
 }
 
 TEST_F(Cli, GridsAreWrittenInTheFormatTheirExtensionNames) {
   const std::string points = Write("tri.xyz", TrianglePoints());
   const std::pair<std::string, std::string> formats[] = {{".tif", "GTiff"}, {".nc", "netCDF"}, {".asc", "AAIGrid"}, {".grd", "GSAG"}};
   for (const auto& [extension, driver] : formats) {
-    const std::string out = (dir_ / ("g" + extension)).string();
-    const Outcome run = Orvane("grid " + points + " --method nn --intervals 20 --crs EPSG:28992 -o " + out);
-    ASSERT_EQ(run.status, 0) << extension << run.out;
+    const std::string out = Path("g" + extension);
+    ASSERT_TRUE(Succeeds("grid " + points + " --method nn --intervals 20 --crs EPSG:28992 -o " + out));
     const Outcome gdal = Shell("gdalinfo -json " + out);
     ASSERT_EQ(gdal.status, 0) << gdal.out;
     const nlohmann::json facts = nlohmann::json::parse(gdal.out);
     EXPECT_EQ(facts["driverShortName"], driver);
     EXPECT_EQ(facts["size"], nlohmann::json::array({21, 21})) << extension;
     EXPECT_EQ(facts["geoTransform"], nlohmann::json::parse("[-0.25, 0.5, 0, 10.25, 0, -0.5]")) << extension;
-    EXPECT_NE(facts["coordinateSystem"]["wkt"].get<std::string>().find("Amersfoort / RD New"), std::string::npos) << extension;
+    EXPECT_THAT(facts["coordinateSystem"]["wkt"].get<std::string>(), HasSubstr("Amersfoort / RD New")) << extension;
   }
-  EXPECT_NE(Shell("gdalinfo " + (dir_ / "g.tif").string()).out.find("COMPRESSION=DEFLATE"), std::string::npos);
+  EXPECT_THAT(Shell("gdalinfo " + Path("g.tif")).out, HasSubstr("COMPRESSION=DEFLATE"));
   // Standard output: CSV by default, a text format on request, a PNG.
   const Outcome text = Shell(std::string(ORVANE_CLI_PATH) + " grid " + points + " --method idw --intervals 1 -o - 2>/dev/null");
   EXPECT_EQ(text.status, 0);
-  EXPECT_EQ(text.out.rfind("0,0,", 0), 0u) << text.out;
+  EXPECT_THAT(text.out, StartsWith("0,0,"));
   EXPECT_EQ(std::count(text.out.begin(), text.out.end(), '\n'), 4);
   const Outcome asc = Shell(std::string(ORVANE_CLI_PATH) + " grid " + points + " --method idw --intervals 1 -o - --format asc");
-  EXPECT_EQ(asc.out.rfind("ncols        2\n", 0), 0u) << asc.out;
+  EXPECT_THAT(asc.out, StartsWith("ncols        2\n"));
   const Outcome png = Shell(std::string(ORVANE_CLI_PATH) + " render --sample --size 64x48 -o - | head -c 8 | od -An -tx1");
   EXPECT_EQ(png.out, " 89 50 4e 47 0d 0a 1a 0a\n");
 }
@@ -787,9 +773,8 @@ TEST_F(Cli, GridsAreWrittenInTheFormatTheirExtensionNames) {
 // --- Pictures and States ----------------------------------------------------------------
 
 TEST_F(Cli, RenderDrawsTheSampleAndDataFilesToPng) {
-  const std::string out = (dir_ / "s.png").string();
-  const Outcome run = Orvane("render --sample --size 320x240 -o " + out);
-  ASSERT_EQ(run.status, 0) << run.out;
+  const std::string out = Path("s.png");
+  ASSERT_TRUE(Succeeds("render --sample --size 320x240 -o " + out));
   const Png png = ReadPng(out);
   ASSERT_EQ(png.width, 320);
   ASSERT_EQ(png.height, 240);
@@ -803,8 +788,7 @@ TEST_F(Cli, RenderDrawsTheSampleAndDataFilesToPng) {
   for (const std::string& arguments :
        {points + " --plot-type 2d", grid + " --lighting --mesh --colormap land-sea-dark", points + " --resample idw --intervals 20",
         points + " --markers --no-fill --rotation 90,0,0 --zoom 1.5 --contours 5 --interpolate-colors --title T"}) {
-    const Outcome r = Orvane("render " + arguments + " --size 160x120 -o " + out);
-    EXPECT_EQ(r.status, 0) << arguments << "\n" << r.out;
+    EXPECT_TRUE(Succeeds("render " + arguments + " --size 160x120 -o " + out));
     EXPECT_EQ(ReadPng(out).width, 160) << arguments;
   }
 }
@@ -821,8 +805,8 @@ TEST_F(Cli, FillAndTiesDefaultToExactBandsAndWholeContoursAndKeepWhatAStateHolds
   EXPECT_EQ(stored("--fill smooth"), (std::array{false, true, true}));
   EXPECT_EQ(stored("--interpolate-colors"), (std::array{false, true, true}));
   // A state's own choice stands unless the options name another.
-  const std::string state = (dir_ / "f.state").string();
-  ASSERT_EQ(Orvane("state --sample --fill flat --ties exact --formatting-only -o " + state).status, 0);
+  const std::string state = Path("f.state");
+  ASSERT_TRUE(Succeeds("state --sample --fill flat --ties exact --formatting-only -o " + state));
   EXPECT_EQ(stored("--state " + state), (std::array{false, false, false}));
 }
 
@@ -895,16 +879,14 @@ TEST_F(Cli, RenderLevelsColourMapsAspectAndSamples) {
 TEST_F(Cli, LightingKeepsTheColourMapsHuesAndShadesTheSlopes) {
   // A cone on flat ground, drawn unlit and lit from the same place: every coloured pixel
   // keeps its hue (the RGB direction), and the slopes turned away darken.
-  std::ostringstream text;
-  for (int i = 0; i <= 40; ++i) {
-    for (int j = 0; j <= 40; ++j) text << i << ' ' << j << ' ' << std::max(0.0, 12.0 - std::hypot(i - 20.0, j - 20.0)) << '\n';
-  }
-  const std::string cone = Write("cone.xyz", text.str());
-  const std::string unlit = (dir_ / "u.png").string(), lit = (dir_ / "l.png").string();
+  const std::string cone = Write("cone.xyz", Lattice(40, 40, [](int i, int j) {
+    return std::array{1.0 * i, 1.0 * j, std::max(0.0, 12.0 - std::hypot(i - 20.0, j - 20.0))};
+  }));
+  const std::string unlit = Path("u.png"), lit = Path("l.png");
   for (const std::string fill : {"bands", "flat"}) {
     const std::string options = " --size 320x240 --no-lines --fill " + fill;
-    ASSERT_EQ(Orvane("render " + cone + options + " -o " + unlit).status, 0);
-    ASSERT_EQ(Orvane("render " + cone + options + " --lighting -o " + lit).status, 0);
+    ASSERT_TRUE(Succeeds("render " + cone + options + " -o " + unlit));
+    ASSERT_TRUE(Succeeds("render " + cone + options + " --lighting -o " + lit));
     const Png u = ReadPng(unlit), l = ReadPng(lit);
     ASSERT_EQ(u.width, l.width);
     std::vector<double> angles;
@@ -929,29 +911,26 @@ TEST_F(Cli, LightingKeepsTheColourMapsHuesAndShadesTheSlopes) {
 }
 
 TEST_F(Cli, StateSavesWhatRenderDrawsAgain) {
-  const std::string state = (dir_ / "s.state").string(), a = (dir_ / "a.png").string(), b = (dir_ / "b.png").string();
-  ASSERT_EQ(Orvane("state --sample --plot-type 2d --title Saved -o " + state).status, 0);
+  const std::string state = Path("s.state"), a = Path("a.png"), b = Path("b.png"), formatting = Path("f.state");
+  ASSERT_TRUE(Succeeds("state --sample --plot-type 2d --title Saved -o " + state));
   // The state keeps the zoom it was saved with (1); a render fits the plot unless told.
-  ASSERT_EQ(Orvane("render --sample --plot-type 2d --title Saved --zoom 1 --size 200x150 -o " + a).status, 0);
+  ASSERT_TRUE(Succeeds("render --sample --plot-type 2d --title Saved --zoom 1 --size 200x150 -o " + a));
   // The state alone (it holds the data) draws the same picture.
-  const Outcome run = Orvane("render --state " + state + " --size 200x150 -o " + b);
-  ASSERT_EQ(run.status, 0) << run.out;
+  ASSERT_TRUE(Succeeds("render --state " + state + " --size 200x150 -o " + b));
   const Png pa = ReadPng(a), pb = ReadPng(b);
   ASSERT_EQ(pb.width, 200);
   EXPECT_EQ(pa.rgb, pb.rgb);
   // Options given with it win; the formatting-only state keeps a FILE's data.
-  const std::string formatting = (dir_ / "f.state").string();
-  ASSERT_EQ(Orvane("state --sample --no-legend --formatting-only -o " + formatting).status, 0);
-  EXPECT_EQ(Orvane("render --sample --state " + formatting + " --plot-type 3d --size 120x90 -o " + b).status, 0);
+  ASSERT_TRUE(Succeeds("state --sample --no-legend --formatting-only -o " + formatting));
+  EXPECT_TRUE(Succeeds("render --sample --state " + formatting + " --plot-type 3d --size 120x90 -o " + b));
 }
 
 TEST_F(Cli, NaturalNeighbourMapsStopAtTheDataHullUnlessTheyExtrapolate) {
   const std::string points = Write("tri.xyz", TrianglePoints());
   const auto coloured = [&](const std::string& options) {
-    const std::string out = (dir_ / "nn.png").string();
-    const Outcome run = Orvane("render " + points + " --plot-type 2d --size 300x300 --no-legend --resample nn --intervals 40 " +
-                               options + " -o " + out);
-    EXPECT_EQ(run.status, 0) << run.out;
+    const std::string out = Path("nn.png");
+    EXPECT_TRUE(Succeeds("render " + points + " --plot-type 2d --size 300x300 --no-legend --resample nn --intervals 40 " + options +
+                         " -o " + out));
     return ColouredPixels(ReadPng(out));
   };
   const int blank = coloured(""), full = coloured("--extrapolate"), asked = coloured("--blank-outside-hull");
@@ -963,55 +942,42 @@ TEST_F(Cli, NaturalNeighbourMapsStopAtTheDataHullUnlessTheyExtrapolate) {
 // --- Geostatistics ----------------------------------------------------------------------
 
 TEST_F(Cli, VariogramsAndKrigingDefaultsFollowTheData) {
-  const std::string meuse = Meuse();
-  const Outcome run = Orvane("variogram --json " + meuse);
-  ASSERT_EQ(run.status, 0) << run.out;
-  const nlohmann::json v = nlohmann::json::parse(run.out);
+  const nlohmann::json v = nlohmann::json::parse(Output("variogram --json " + kMeuse));
   ASSERT_EQ(v["bins"].size(), 15u);
   EXPECT_EQ(v["bins"][0]["pairs"], 57);
   EXPECT_NEAR(v["bins"][0]["distance"].get<double>(), 79.292437455826644, 1e-9);
   ASSERT_EQ(v["models"].size(), 4u);
   EXPECT_EQ(v["models"][0]["model"], "exponential");
   for (std::size_t k = 1; k < 4; ++k) EXPECT_LE(v["models"][k - 1]["sse"].get<double>(), v["models"][k]["sse"].get<double>());
-  const Outcome text = Orvane("variogram " + meuse);
-  EXPECT_NE(text.out.find("79.2924       37363         57\n"), std::string::npos) << text.out;
-  EXPECT_NE(text.out.find("exponential  9486.6        163285        1145.13       1.79147e+06\n"), std::string::npos) << text.out;
+  const Outcome text = Orvane("variogram " + kMeuse);
+  EXPECT_THAT(text.out, HasSubstr("79.2924       37363         57\n"));
+  EXPECT_THAT(text.out, HasSubstr("exponential  9486.6        163285        1145.13       1.79147e+06\n"));
   // Kriging without a model takes the best fit, and says so; a given model wins.
-  const std::string out = (dir_ / "k.csv").string();
-  const Outcome fitted = Orvane("grid " + meuse + " --method kriging --intervals 4 -o " + out);
-  ASSERT_EQ(fitted.status, 0) << fitted.out;
-  EXPECT_NE(fitted.out.find("orvane: kriging with the fitted exponential model: nugget 9486.6, sill 172772, range 1145.13"),
-            std::string::npos)
-      << fitted.out;
-  const Outcome given =
-      Orvane("grid " + meuse + " --method kriging --model spherical --nugget 0 --sill 1 --range 900 --intervals 4 -o " + out);
-  EXPECT_EQ(given.out.find("fitted"), std::string::npos) << given.out;
+  const std::string out = Path("k.csv"), variance = Path("v.csv");
+  EXPECT_THAT(Output("grid " + kMeuse + " --method kriging --intervals 4 -o " + out),
+              HasSubstr("orvane: kriging with the fitted exponential model: nugget 9486.6, sill 172772, range 1145.13"));
+  const std::string given = " --method kriging --model spherical --nugget 0 --sill 1 --range 900 --intervals 4 -o ";
+  EXPECT_THAT(Orvane("grid " + kMeuse + given + out).out, Not(HasSubstr("fitted")));
   // What is not given is fitted: here the spherical model's nugget, sill and range.
-  EXPECT_NE(Orvane("grid " + meuse + " --method kriging --model spherical --intervals 4 -o " + out)
-                .out.find("orvane: kriging with the spherical model: nugget 24806.6 (fitted), sill 159556 (fitted), "
-                          "range 831.117 (fitted)"),
-            std::string::npos);
+  EXPECT_THAT(Orvane("grid " + kMeuse + " --method kriging --model spherical --intervals 4 -o " + out).out,
+              HasSubstr("orvane: kriging with the spherical model: nugget 24806.6 (fitted), sill 159556 (fitted), "
+                        "range 831.117 (fitted)"));
   // The kriging variance, on the same nodes in the same format.
-  const std::string variance = (dir_ / "v.csv").string();
-  ASSERT_EQ(Orvane("grid " + meuse + " --method kriging --intervals 4 --variance " + variance + " -o " + out).status, 0);
+  ASSERT_TRUE(Succeeds("grid " + kMeuse + " --method kriging --intervals 4 --variance " + variance + " -o " + out));
   EXPECT_EQ(Lines(variance).size(), 25u);
   // Values that do not vary fit no model: the bins are printed, and kriging keeps its
   // defaults, which reproduce the constant.
   std::string lattice = "x,y,z\n";
   for (int k = 0; k < 25; ++k) lattice += std::to_string(k % 5) + "," + std::to_string(k / 5) + ",5\n";
   const std::string flat = Write("flat.csv", lattice);
-  const Outcome bins = Orvane("variogram " + flat);
-  EXPECT_EQ(bins.status, 0);
-  EXPECT_NE(bins.out.find("orvane: no model was fitted: Every semivariance is 0: the values do not vary"), std::string::npos)
-      << bins.out;
-  ASSERT_EQ(Orvane("grid " + flat + " --method kriging --intervals 2 -o " + out).status, 0);
+  EXPECT_THAT(Output("variogram " + flat), HasSubstr("orvane: no model was fitted: Every semivariance is 0: the values do not vary"));
+  ASSERT_TRUE(Succeeds("grid " + flat + " --method kriging --intervals 2 -o " + out));
   for (const std::string& line : Lines(out)) EXPECT_NEAR(std::stod(line.substr(line.rfind(',') + 1)), 5.0, 1e-12) << line;
 }
 
 TEST_F(Cli, VariogramPlotDrawsTheBinsAndEveryFittedCurve) {
-  const std::string out = (dir_ / "v.png").string();
-  const Outcome run = Orvane("variogram " + Meuse() + " --plot " + out + " --size 500x400");
-  ASSERT_EQ(run.status, 0) << run.out;
+  const std::string out = Path("v.png");
+  ASSERT_TRUE(Succeeds("variogram " + kMeuse + " --plot " + out + " --size 500x400"));
   const Png png = ReadPng(out);
   ASSERT_EQ(png.width, 500);
   ASSERT_EQ(png.height, 400);
@@ -1028,59 +994,52 @@ TEST_F(Cli, VariogramPlotDrawsTheBinsAndEveryFittedCurve) {
 }
 
 TEST_F(Cli, CrossValidationSummarisesAndWritesTheResiduals) {
-  const std::string meuse = Meuse();
   // gstat's krige.cv for this model: me 1.66299, rmse 226.804, msdr 0.929825.
-  const Outcome run = Orvane("cv " + meuse +
-                             " --method kriging --model spherical --nugget 20000 --sill 170000 --range 1000 --no-block --json");
-  ASSERT_EQ(run.status, 0) << run.out;
-  const nlohmann::json summary = nlohmann::json::parse(run.out);
+  const nlohmann::json summary = nlohmann::json::parse(
+      Output("cv " + kMeuse + " --method kriging --model spherical --nugget 20000 --sill 170000 --range 1000 --no-block --json"));
   EXPECT_EQ(summary["points"], 155);
   EXPECT_NEAR(summary["me"].get<double>(), 1.6629864426985346, 1e-9);
   EXPECT_NEAR(summary["rmse"].get<double>(), 226.80433110518095, 1e-9);
   EXPECT_NEAR(summary["medae"].get<double>(), 80.039954218711273, 1e-9);
   EXPECT_NEAR(summary["msdr"].get<double>(), 0.92982470293801156, 1e-9);
   // Natural neighbour leaves the hull's points out, as its grid blanks outside the hull.
-  const Outcome nn = Orvane("cv " + meuse + " --method nn");
-  EXPECT_NE(nn.out.find("leave-one-out cross-validation by natural neighbour of 155 points\n"
-                        "12 points have no estimate (outside the others' hull), 143 counted\n"
-                        "mean error                     -22.2545\n"),
-            std::string::npos)
-      << nn.out;
-  EXPECT_EQ(nn.out.find("deviation"), std::string::npos);
-  const nlohmann::json idw = nlohmann::json::parse(Orvane("cv " + meuse + " --method idw --json").out);
+  const Outcome nn = Orvane("cv " + kMeuse + " --method nn");
+  EXPECT_THAT(nn.out, HasSubstr("leave-one-out cross-validation by natural neighbour of 155 points\n"
+                                "12 points have no estimate (outside the others' hull), 143 counted\n"
+                                "mean error                     -22.2545\n"));
+  EXPECT_THAT(nn.out, Not(HasSubstr("deviation")));
+  const nlohmann::json idw = nlohmann::json::parse(Orvane("cv " + kMeuse + " --method idw --json").out);
   EXPECT_FALSE(idw.contains("msdr"));
   // Residuals per point; the hull's points keep their row with empty estimates.
-  const std::string residuals = (dir_ / "r.csv").string();
-  ASSERT_EQ(Orvane("cv " + meuse + " --method nn -o " + residuals).status, 0);
+  const std::string residuals = Path("r.csv");
+  ASSERT_TRUE(Succeeds("cv " + kMeuse + " --method nn -o " + residuals));
   const std::vector<std::string> rows = Lines(residuals);
   ASSERT_EQ(rows.size(), 156u);
   EXPECT_EQ(rows[0], "x,y,observed,predicted,residual");
   EXPECT_EQ(std::count_if(rows.begin(), rows.end(), [](const std::string& r) { return r.ends_with(",,"); }), 12);
-  const Outcome kriged = Orvane("cv " + meuse + " --method kriging --model linear --nugget 0 --sill 100000 --range 2000 -o -");
-  EXPECT_TRUE(kriged.out.starts_with("x,y,observed,predicted,residual,variance,zscore\n181072,333611,1022,")) << kriged.out;
+  const Outcome kriged = Orvane("cv " + kMeuse + " --method kriging --model linear --nugget 0 --sill 100000 --range 2000 -o -");
+  EXPECT_THAT(kriged.out, StartsWith("x,y,observed,predicted,residual,variance,zscore\n181072,333611,1022,"));
 }
 
 TEST_F(Cli, RenderShowsOnlyWhatTheKrigingStandardErrorSupports) {
-  const std::string meuse = Meuse();
-  const std::string out = (dir_ / "se.png").string();
+  const std::string out = Path("se.png");
   const auto render = [&](const std::string& options) {
-    const Outcome run = Orvane("render " + meuse + " --plot-type 2d --size 300x300 --no-legend --resample kriging " +
-                               "--model spherical --nugget 20000 --sill 170000 --range 1000 --intervals 10 " + options +
-                               " -o " + out);
-    EXPECT_EQ(run.status, 0) << run.out;
-    return std::make_pair(run.out, ColouredPixels(ReadPng(out)));
+    const std::string said = Output("render " + kMeuse + " --plot-type 2d --size 300x300 --no-legend --resample kriging " +
+                                    "--model spherical --nugget 20000 --sill 170000 --range 1000 --intervals 10 " + options +
+                                    " -o " + out);
+    return std::make_pair(said, ColouredPixels(ReadPng(out)));
   };
   const auto [all, full] = render("");
   const auto [none, kept] = render("--variance 1e9");
   const auto [some, masked] = render("--variance 250");
   EXPECT_EQ(none, "orvane: 0 of 121 cells have a kriging standard error above 1e+09 and are left blank\n");
   EXPECT_NEAR(kept, full, full / 20);  // the same map (a grid's cells may split along the other diagonal)
-  EXPECT_NE(some.find(" of 121 cells have a kriging standard error above 250 and are left blank"), std::string::npos);
+  EXPECT_THAT(some, HasSubstr(" of 121 cells have a kriging standard error above 250 and are left blank"));
   EXPECT_LT(masked, full * 2 / 3);
   EXPECT_GT(masked, full / 10);
-  const Outcome nothing = Orvane("render " + meuse + " --resample kriging --variance 1 -o " + out);
+  const Outcome nothing = Orvane("render " + kMeuse + " --resample kriging --variance 1 -o " + out);
   EXPECT_EQ(nothing.status, 2);
-  EXPECT_NE(nothing.out.find("orvane: --variance 1 leaves no cell to draw: the least standard error is "), std::string::npos);
+  EXPECT_THAT(nothing.out, HasSubstr("orvane: --variance 1 leaves no cell to draw: the least standard error is "));
 }
 
 }  // namespace

@@ -11,18 +11,15 @@ namespace {
 using testing::EventRecorder;
 
 TEST(NamedColors, ValuesAreRedPlus256GreenPlus65536Blue) {
-  EXPECT_EQ(orvColorAliceBlue, 0xFFF8F0);
-  EXPECT_EQ(orvColorBlack, 0);
-  EXPECT_EQ(orvColorWhite, 0xFFFFFF);
   EXPECT_EQ(orvColorRed, 0x0000FF);
-  EXPECT_EQ(orvColorDarkorange, static_cast<std::int32_t>(FromHexRgb(0xFF8C00)));
-  EXPECT_EQ(orvColorFeldspar, static_cast<std::int32_t>(FromHexRgb(0xD19275)));
-  EXPECT_EQ(orvColorLightSlateBlue, static_cast<std::int32_t>(FromHexRgb(0x8470FF)));
-  EXPECT_EQ(orvColorVioletRed, static_cast<std::int32_t>(FromHexRgb(0xD02090)));
-  // Deliberately not the usual web values.
-  EXPECT_EQ(orvColorMediumPurple, 0xD87093);
-  EXPECT_EQ(orvColorPaleVioletRed, 0x9370D8);
-  EXPECT_EQ(orvColorYellowGreen, static_cast<std::int32_t>(FromHexRgb(0x9ACD32)));
+  // Each against its web hex #RRGGBB.
+  const std::pair<std::int32_t, std::uint32_t> colors[] = {
+      {orvColorAliceBlue, 0xF0F8FF},  {orvColorBlack, 0x000000},    {orvColorWhite, 0xFFFFFF},
+      {orvColorDarkorange, 0xFF8C00}, {orvColorFeldspar, 0xD19275}, {orvColorLightSlateBlue, 0x8470FF},
+      {orvColorVioletRed, 0xD02090},  {orvColorYellowGreen, 0x9ACD32},
+      // Deliberately not the usual web values, #9370DB and #DB7093.
+      {orvColorMediumPurple, 0x9370D8}, {orvColorPaleVioletRed, 0xD87093}};
+  for (const auto& [value, web] : colors) EXPECT_EQ(value, static_cast<std::int32_t>(FromHexRgb(web))) << std::hex << web;
 }
 
 TEST(ColorMap, OrderedInsertionReplacesAnEqualValue) {

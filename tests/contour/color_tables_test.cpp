@@ -35,6 +35,11 @@ std::vector<double> Values(const ColorMap& map) {
   return values;
 }
 
+// The map's colour at each of the given positions.
+void ExpectSamples(const ColorMap& map, std::initializer_list<std::pair<double, Color>> samples) {
+  for (const auto& [t, color] : samples) EXPECT_EQ(map.Sample(t), color) << "at " << t;
+}
+
 // Named maps.
 
 TEST(ColorTableNamed, ElevationsTakeTerrainAndOtherDataViridis) {
@@ -273,30 +278,22 @@ TEST(ColorTableLoad, AbsoluteTableIsCutToTheLevelRange) {
   // Levels 50..150: the table covers the first half and its end colour the rest.
   LoadColorTable(map, table, 50, 150);
   EXPECT_EQ(Values(map), (std::vector<double>{0.0, 0.5, 1.0}));
-  EXPECT_EQ(map.Sample(0.0), Rgb(100, 50, 0));
-  EXPECT_EQ(map.Sample(0.25), Rgb(150, 75, 0));
-  EXPECT_EQ(map.Sample(0.5), Rgb(200, 100, 0));
-  EXPECT_EQ(map.Sample(1.0), Rgb(200, 100, 0));
+  ExpectSamples(map, {{0.0, Rgb(100, 50, 0)}, {0.25, Rgb(150, 75, 0)}, {0.5, Rgb(200, 100, 0)},
+                      {1.0, Rgb(200, 100, 0)}});
   // Levels 25..75 lie inside the table: both ends are interpolated.
   LoadColorTable(map, table, 25, 75);
   EXPECT_EQ(Values(map), (std::vector<double>{0.0, 1.0}));
-  EXPECT_EQ(map.Sample(0.0), Rgb(50, 25, 0));
-  EXPECT_EQ(map.Sample(1.0), Rgb(150, 75, 0));
+  ExpectSamples(map, {{0.0, Rgb(50, 25, 0)}, {1.0, Rgb(150, 75, 0)}});
   // Levels -100..100 with a colour below the table: it holds up to the table's start.
   table.below = Rgb(0, 0, 255);
   LoadColorTable(map, table, -100, 100);
-  EXPECT_EQ(map.Sample(0.0), Rgb(0, 0, 255));
-  EXPECT_EQ(map.Sample(0.4999), Rgb(0, 0, 255));
-  EXPECT_EQ(map.Sample(0.5), Rgb(0, 0, 0));
-  EXPECT_EQ(map.Sample(0.75), Rgb(100, 50, 0));
-  EXPECT_EQ(map.Sample(1.0), Rgb(200, 100, 0));
+  ExpectSamples(map, {{0.0, Rgb(0, 0, 255)}, {0.4999, Rgb(0, 0, 255)}, {0.5, Rgb(0, 0, 0)},
+                      {0.75, Rgb(100, 50, 0)}, {1.0, Rgb(200, 100, 0)}});
   // And a colour above it: the last value keeps the last colour.
   table.above = Rgb(0, 255, 0);
   LoadColorTable(map, table, 0, 200);
-  EXPECT_EQ(map.Sample(0.0), Rgb(0, 0, 0));
-  EXPECT_EQ(map.Sample(0.5), Rgb(200, 100, 0));
-  EXPECT_EQ(map.Sample(0.5001), Rgb(0, 255, 0));
-  EXPECT_EQ(map.Sample(1.0), Rgb(0, 255, 0));
+  ExpectSamples(map, {{0.0, Rgb(0, 0, 0)}, {0.5, Rgb(200, 100, 0)}, {0.5001, Rgb(0, 255, 0)},
+                      {1.0, Rgb(0, 255, 0)}});
 }
 
 TEST_F(ColorTableFile, DiscreteCptSamplesEachSliceInItsColour) {
@@ -307,14 +304,10 @@ TEST_F(ColorTableFile, DiscreteCptSamplesEachSliceInItsColour) {
       "slices.cpt"));
   ColorMap map;
   LoadColorTable(map, table, 0, 30);
-  const auto at = [&map](double level) { return map.Sample(level / 30); };
-  EXPECT_EQ(at(0), Rgb(255, 0, 0));
-  EXPECT_EQ(at(9.999), Rgb(255, 0, 0));
-  EXPECT_EQ(at(10), Rgb(0, 0, 200));  // a boundary takes the slice above it
-  EXPECT_EQ(at(19.999), Rgb(0, 0, 200));
-  EXPECT_EQ(at(20), Rgb(0, 200, 0));
-  EXPECT_EQ(at(25), Rgb(0, 100, 100));
-  EXPECT_EQ(at(30), Rgb(0, 0, 200));
+  // Levels 0 to 30; a boundary takes the slice above it.
+  ExpectSamples(map, {{0.0, Rgb(255, 0, 0)}, {9.999 / 30, Rgb(255, 0, 0)}, {10.0 / 30, Rgb(0, 0, 200)},
+                      {19.999 / 30, Rgb(0, 0, 200)}, {20.0 / 30, Rgb(0, 200, 0)}, {25.0 / 30, Rgb(0, 100, 100)},
+                      {1.0, Rgb(0, 0, 200)}});
   // Each jump is two stops kJumpWidth apart.
   const std::vector<double> values = Values(map);
   ASSERT_EQ(values.size(), 6u);
@@ -332,10 +325,8 @@ TEST(ColorTableLoad, RelativeTableIgnoresTheLevelRange) {
   ColorMap map;
   LoadColorTable(map, table, 1000, 2000);
   EXPECT_EQ(Values(map), (std::vector<double>{0.0, 0.25, 0.5 - 1e-9, 0.5, 0.75, 1.0}));
-  EXPECT_EQ(map.Sample(0.0), Rgb(10, 10, 10));
-  EXPECT_EQ(map.Sample(0.375), Rgb(15, 15, 15));
-  EXPECT_EQ(map.Sample(0.5), Rgb(200, 0, 0));
-  EXPECT_EQ(map.Sample(1.0), Rgb(100, 0, 0));
+  ExpectSamples(map, {{0.0, Rgb(10, 10, 10)}, {0.375, Rgb(15, 15, 15)}, {0.5, Rgb(200, 0, 0)},
+                      {1.0, Rgb(100, 0, 0)}});
 }
 
 TEST(ColorTableLoad, BadRangesAndTablesAreRefusedAndTheMapKept) {
@@ -346,9 +337,8 @@ TEST(ColorTableLoad, BadRangesAndTablesAreRefusedAndTheMapKept) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double inf = std::numeric_limits<double>::infinity();
   const std::string range = "A colour table needs a level range of finite numbers, the first below the last.";
-  for (const std::pair<double, double>& limits : std::vector<std::pair<double, double>>{
+  for (const auto& [first, last] : std::vector<std::pair<double, double>>{
            {1, 1}, {2, 1}, {nan, 1}, {0, nan}, {-inf, 0}, {0, inf}, {-1e308, 1e308}}) {
-    const double first = limits.first, last = limits.second;
     SCOPED_TRACE(std::to_string(first) + " " + std::to_string(last));
     EXPECT_ORVANE_ERROR(LoadColorTable(map, good, first, last), 5, "Orvada.ColorMap", range);
   }
@@ -356,22 +346,15 @@ TEST(ColorTableLoad, BadRangesAndTablesAreRefusedAndTheMapKept) {
   bad.colors.pop_back();
   EXPECT_ORVANE_ERROR(LoadColorTable(map, bad, 0, 1), 5, "Orvada.ColorMap",
                       "A colour table needs one colour for each value.");
-  bad = good;
-  bad.values.pop_back();
-  bad.colors.pop_back();
-  EXPECT_ORVANE_ERROR(LoadColorTable(map, bad, 0, 1), 5, "Orvada.ColorMap",
-                      "A colour table needs at least 2 stops.");
-  bad = good;
-  bad.values[1] = nan;
-  EXPECT_ORVANE_ERROR(LoadColorTable(map, bad, 0, 1), 5, "Orvada.ColorMap",
-                      "A colour table's values must be finite numbers.");
   const std::string order =
       "A colour table's values must ascend, a value repeated only once, between others, to mark a jump.";
-  for (const std::vector<double>& values : std::vector<std::vector<double>>{
-           {1, 0, 2}, {0, 0, 1}, {0, 1, 1}, {0, 1, 1, 1, 2}}) {
+  const std::pair<std::vector<double>, std::string> tables[] = {
+      {{0}, "A colour table needs at least 2 stops."}, {{0, nan}, "A colour table's values must be finite numbers."},
+      {{1, 0, 2}, order}, {{0, 0, 1}, order}, {{0, 1, 1}, order}, {{0, 1, 1, 1, 2}, order}};
+  for (const auto& [values, message] : tables) {
     bad.values = values;
     bad.colors.assign(values.size(), 0);
-    EXPECT_ORVANE_ERROR(LoadColorTable(map, bad, 0, 1), 5, "Orvada.ColorMap", order);
+    EXPECT_ORVANE_ERROR(LoadColorTable(map, bad, 0, 1), 5, "Orvada.ColorMap", message);
   }
   EXPECT_EQ(Values(map), (std::vector<double>{0.0, 1.0}));
   EXPECT_EQ(map.Item(0)->Color(), FromHexRgb(0xC0C0C0));

@@ -72,6 +72,16 @@ struct Pair {
     }
   }
 
+  // The same values to both, one by one or all in one call.
+  void Add(double value) {
+    real.Add(value);
+    oracle.Add(value);
+  }
+  void AddLevels(const std::vector<double>& values) {
+    real.AddLevels(values);
+    for (double v : values) oracle.Add(v);
+  }
+
   // Same values bit for bit, same colours and line formats, and the same objects exactly
   // where the oracle kept one.
   ::testing::AssertionResult Same() const {
@@ -139,8 +149,7 @@ TEST(ContourInsertion, AddLevelsEqualsOneAddAfterTheOther) {
   };
   for (std::size_t c = 0; c < cases.size(); ++c) {
     Pair pair(cases[c].initial);
-    pair.real.AddLevels(cases[c].added);
-    for (double v : cases[c].added) pair.oracle.Add(v);
+    pair.AddLevels(cases[c].added);
     EXPECT_TRUE(pair.Same()) << "case " << c;
   }
 }
@@ -169,13 +178,9 @@ TEST(ContourInsertion, NaNAndUnsortedLevelsFollowTheScan) {
   std::mt19937 random(5);
   {
     Pair pair({5});
-    for (double v : {nan, 7.0, 6.0, 4.0, nan, 8.0}) {
-      pair.real.Add(v);
-      pair.oracle.Add(v);
-    }
+    for (double v : {nan, 7.0, 6.0, 4.0, nan, 8.0}) pair.Add(v);
     EXPECT_TRUE(pair.Same());  // 4, 5, NaN, 6, 7, NaN, 8
-    pair.real.AddLevels(std::vector<double>{6.5, 1.0, 9.0});
-    for (double v : {6.5, 1.0, 9.0}) pair.oracle.Add(v);
+    pair.AddLevels({6.5, 1.0, 9.0});
     EXPECT_TRUE(pair.Same());
   }
   {
@@ -184,14 +189,12 @@ TEST(ContourInsertion, NaNAndUnsortedLevelsFollowTheScan) {
     added[50] = nan;
     added[120] = nan;
     Pair pair(Uniform(random, 30, 0, 1));
-    pair.real.AddLevels(added);
-    for (double v : added) pair.oracle.Add(v);
+    pair.AddLevels(added);
     EXPECT_TRUE(pair.Same());
     // Emptied, the collection is ordered again.
     pair.real.RemoveAll();
     pair.oracle.items.clear();
-    pair.real.AddLevels(std::vector<double>{3, 1, 2});
-    for (double v : {3.0, 1.0, 2.0}) pair.oracle.Add(v);
+    pair.AddLevels({3, 1, 2});
     EXPECT_TRUE(pair.Same());
   }
   {
@@ -206,13 +209,8 @@ TEST(ContourInsertion, NaNAndUnsortedLevelsFollowTheScan) {
     pair.real.ReadProperties(bag, "L.");
     pair.oracle.items = Items(pair.real);
     pair.Hold(pair.oracle.items);
-    for (double v : {2.0, 4.0, -3.0, 3.0}) {
-      pair.real.Add(v);
-      pair.oracle.Add(v);
-    }
-    const std::vector<double> ties = Ties(random, 50);
-    pair.real.AddLevels(ties);
-    for (double v : ties) pair.oracle.Add(v);
+    for (double v : {2.0, 4.0, -3.0, 3.0}) pair.Add(v);
+    pair.AddLevels(Ties(random, 50));
     EXPECT_EQ(pair.real.Count(), 59);
     EXPECT_TRUE(pair.Same());
   }

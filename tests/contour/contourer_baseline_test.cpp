@@ -7,6 +7,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "contour/baseline_contour.h"
@@ -27,50 +28,37 @@ struct Field {
 // levels (vertices on a level, flat cells at a level), plateaus, noise, a single row of
 // cells, and levels outside the data.
 std::vector<Field> Fields() {
-  std::vector<Field> fields;
-  auto axis = [](std::size_t n, double scale) {
+  const auto axis = [](std::size_t n, double scale) {
     std::vector<double> a(n);
     for (std::size_t i = 0; i < n; ++i) a[i] = scale * static_cast<double>(i) / static_cast<double>(n - 1);
     return a;
   };
-  auto levels = [](double lo, double hi, int count) {
+  const auto levels = [](double lo, double hi, int count) {
     std::vector<double> values;
     for (int k = 0; k < count; ++k) values.push_back(lo + (hi - lo) * k / (count - 1));
     return CContourer::Boundaries(values);
   };
-  {
-    Field f{"smooth 160 x 140, 21 levels", axis(160, 4), axis(140, 4), {}, {}};
-    for (double xi : f.x) {
-      for (double yj : f.y) f.z.push_back(std::sin(3 * xi) * std::cos(3 * yj) + 0.3 * xi * yj);
+  // Heights h(x, y, i, j) at the nodes of an nx by ny grid over [0, scale] x [0, scale].
+  const auto grid = [&axis](std::string name, std::size_t nx, std::size_t ny, double scale, const auto& h,
+                            std::vector<double> boundaries) {
+    Field f{std::move(name), axis(nx, scale), axis(ny, scale), {}, std::move(boundaries)};
+    for (std::size_t i = 0; i < nx; ++i) {
+      for (std::size_t j = 0; j < ny; ++j) f.z.push_back(h(f.x[i], f.y[j], i, j));
     }
-    f.boundaries = levels(-1, 5.5, 21);
-    fields.push_back(f);
-  }
-  {
-    Field f{"integer heights on the levels, plateaus", axis(90, 1), axis(75, 1), {}, {}};
-    for (std::size_t i = 0; i < f.x.size(); ++i) {
-      for (std::size_t j = 0; j < f.y.size(); ++j) f.z.push_back(std::floor(static_cast<double>((i * j) % 37) / 6.0));
-    }
-    f.boundaries = levels(0, 6, 7);
-    fields.push_back(f);
-  }
-  {
-    Field f{"noise", axis(120, 1), axis(130, 1), {}, {}};
-    std::mt19937_64 random(3);
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
-    for (std::size_t k = 0; k < f.x.size() * f.y.size(); ++k) f.z.push_back(unit(random));
-    f.boundaries = levels(0.05, 0.95, 9);
-    fields.push_back(f);
-  }
-  {
-    Field f{"one row of cells, levels beyond the data", axis(2, 1), axis(50, 1), {}, {}};
-    for (double xi : f.x) {
-      for (double yj : f.y) f.z.push_back(xi + 10 * yj);
-    }
-    f.boundaries = levels(-5, 20, 11);
-    fields.push_back(f);
-  }
-  return fields;
+    return f;
+  };
+  std::mt19937_64 random(3);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  return {grid("smooth 160 x 140, 21 levels", 160, 140, 4,
+               [](double x, double y, std::size_t, std::size_t) { return std::sin(3 * x) * std::cos(3 * y) + 0.3 * x * y; },
+               levels(-1, 5.5, 21)),
+          grid("integer heights on the levels, plateaus", 90, 75, 1,
+               [](double, double, std::size_t i, std::size_t j) { return std::floor(static_cast<double>((i * j) % 37) / 6.0); },
+               levels(0, 6, 7)),
+          grid("noise", 120, 130, 1, [&](double, double, std::size_t, std::size_t) { return unit(random); },
+               levels(0.05, 0.95, 9)),
+          grid("one row of cells, levels beyond the data", 2, 50, 1,
+               [](double x, double y, std::size_t, std::size_t) { return x + 10 * y; }, levels(-5, 20, 11))};
 }
 
 template <class T>

@@ -71,6 +71,16 @@ struct Mesh {
   }
 };
 
+// An n x n grid over the unit square (one axis serves for both) and z = f(x, y), X outer.
+std::pair<std::vector<double>, std::vector<double>> UnitGrid(std::size_t n, double (*f)(double, double)) {
+  std::vector<double> g, z;
+  for (std::size_t i = 0; i < n; ++i) g.push_back(static_cast<double>(i) / (static_cast<double>(n) - 1.0));
+  for (double x : g) {
+    for (double y : g) z.push_back(f(x, y));
+  }
+  return {g, z};
+}
+
 void ExpectSameChains(const CLineList& lines) {
   const CLineList fast = lines.Chain();
   const CLineList reference = testing::ReferenceChain(lines);
@@ -93,16 +103,10 @@ TEST(CLineList, ChainingMatchesTheLiteralRuleOnRandomMeshes) {
 TEST(CLineList, ChainingMatchesOnGridsWithSharedEdgesAndClosedRings) {
   // A bump on a grid: rings around the top; levels exactly at grid heights emit edges
   // twice (shared by two triangles), which makes points touched by several segments.
-  const std::size_t n = 41;
-  std::vector<double> gx(n), gy(n), gz(n * n);
-  for (std::size_t i = 0; i < n; ++i) gx[i] = gy[i] = static_cast<double>(i) / (n - 1.0);
-  for (std::size_t i = 0; i < n; ++i) {
-    for (std::size_t j = 0; j < n; ++j) {
-      const double dx = gx[i] - 0.5, dy = gy[j] - 0.5;
-      gz[i * n + j] = std::round(10 * std::exp(-8 * (dx * dx + dy * dy))) / 10;
-    }
-  }
-  const ContourTrace trace = CContourer::TraceGrid(gx, gy, gz, CContourer::Boundaries(std::vector<double>{0.25, 0.5, 0.8}));
+  const auto [g, z] = UnitGrid(41, [](double x, double y) {
+    return std::round(10 * std::exp(-8 * ((x - 0.5) * (x - 0.5) + (y - 0.5) * (y - 0.5)))) / 10;
+  });
+  const ContourTrace trace = CContourer::TraceGrid(g, g, z, CContourer::Boundaries(std::vector<double>{0.25, 0.5, 0.8}));
   for (const CLineList& level : trace.levelLines) ExpectSameChains(level);
   const CLineList ring = trace.levelLines[1].Chain();
   ASSERT_FALSE(ring.PolylineStarts().empty());
@@ -144,12 +148,7 @@ double Area(const BandTriangles& b) {
 
 TEST(CContourer, BandsOfAPlaneAreItsStrips) {
   // z = x over the unit square: band k is the strip between its two levels.
-  const std::size_t n = 11;
-  std::vector<double> g(n), z(n * n);
-  for (std::size_t i = 0; i < n; ++i) g[i] = static_cast<double>(i) / (n - 1.0);
-  for (std::size_t i = 0; i < n; ++i) {
-    for (std::size_t j = 0; j < n; ++j) z[i * n + j] = g[i];
-  }
+  const auto [g, z] = UnitGrid(11, [](double x, double) { return x; });
   const std::vector<double> levels{0.25, 0.55, 0.8};
   const ContourTrace trace = CContourer::TraceGrid(g, g, z, CContourer::Boundaries(levels));
   ASSERT_EQ(trace.bands.size(), 4u);

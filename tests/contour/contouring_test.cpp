@@ -51,23 +51,21 @@ TEST(Contouring, LevelsByIntervalRoundTheCountHalfToEven) {
 
 TEST(Contouring, BadSettingsAndFlatDataGiveNoLevels) {
   Contouring c;
-  c.AutoSetContours(5, 5);
-  EXPECT_EQ(c.Contours().Count(), 0);
+  const auto levelsFor = [&c](double zMin, double zMax) {
+    c.AutoSetContours(zMin, zMax);
+    return c.Contours().Count();
+  };
+  EXPECT_EQ(levelsFor(5, 5), 0);
   c.SetAutoSetContoursType(orvAutoSetByInterval);
-  c.AutoSetContours(5, 5);
-  EXPECT_EQ(c.Contours().Count(), 0);
+  EXPECT_EQ(levelsFor(5, 5), 0);
   c.SetAutoSetInterval(-1);
-  c.AutoSetContours(0, 10);
-  EXPECT_EQ(c.Contours().Count(), 0);
+  EXPECT_EQ(levelsFor(0, 10), 0);
   c.SetAutoSetInterval(NAN);
-  c.AutoSetContours(0, 10);
-  EXPECT_EQ(c.Contours().Count(), 0);
+  EXPECT_EQ(levelsFor(0, 10), 0);
   c.SetAutoSetContoursType(orvAutoSetByIntervalCount);
   c.SetAutoSetIntervalCount(0);
-  c.AutoSetContours(0, 10);
-  EXPECT_EQ(c.Contours().Count(), 0);
-  c.AutoSetContours(10, 0);  // maximum below minimum
-  EXPECT_EQ(c.Contours().Count(), 0);
+  EXPECT_EQ(levelsFor(0, 10), 0);
+  EXPECT_EQ(levelsFor(10, 0), 0);  // maximum below minimum
   // Off leaves the host's levels alone.
   c.SetAutoSetContoursType(orvAutoSetOff);
   c.Contours().Add(1);
@@ -117,9 +115,7 @@ TEST(Contouring, StripedMapsSetEveryColorBelow) {
   // The reversed rainbow keeps the positions: 0.14 is red there.
   c.SetColorMapType(orvColorMapRainbowReverse);
   c.Contours().RemoveAll();
-  c.Contours().Add(0);
-  c.Contours().Add(14);
-  c.Contours().Add(100);
+  c.Contours().AddLevels(std::vector<double>{0, 14, 100});
   c.ApplyColorMap();
   EXPECT_EQ(c.Contours().Item(1)->Color(), FromHexRgb(0xFF0000));
   EXPECT_FALSE(c.WorkingColorMap().IsStriped());
@@ -229,9 +225,7 @@ TEST(Contouring, LetsRaiseTheirNamesAndPersist) {
 TEST(Contouring, RelaysTheHostsChangesOfALevelUnderItsStoredKey) {
   Contouring c;
   c.SetAutoSetContoursType(orvAutoSetOff);
-  c.Contours().Add(0);
-  c.Contours().Add(10);
-  c.Contours().Add(20);
+  c.Contours().AddLevels(std::vector<double>{0, 10, 20});
   EventRecorder events(c.PropertyChanged);
   c.Contours().Item(1)->SetColor(Rgb(1, 2, 3));
   c.Contours().Item(1)->SetColor(Rgb(1, 2, 3));  // unchanged: nothing

@@ -29,9 +29,9 @@ namespace {
 
 using testing::Control;
 
-// A flat 2 x 2 grid at height z over [x0, x0 + 1] x [0, 1].
-void Plane(DataSet& data, double z, double x0) {
-  const std::vector<double> x{x0, x0 + 1.0}, y{0.0, 1.0};
+// A flat 2 x 2 grid at height z over [x0, x0 + side] x [y0, y0 + side].
+void Plane(DataSet& data, double z, double x0, double y0 = 0.0, double side = 1.0) {
+  const std::vector<double> x{x0, x0 + side}, y{y0, y0 + side};
   data.DataAsRectangularGridSet(x, 2, y, 2, Array2D(std::vector<double>{z, z, z, z}, 2, 2));
 }
 
@@ -73,10 +73,7 @@ TEST(SurfacePicture, AFlatPlaneIsOneColourWhateverTheOrderOfTheDataSetsOrTheFill
       const Color expected = contouring.FindColor(z * 10.0, false);
       std::set<Color> seen;
       for (int i = 1; i < 20; ++i) {
-        for (int j = 1; j < 20; ++j) {
-          const auto p = c.Project((i / 20.0 + 2.0 * z) / 3.0, j / 20.0, z);
-          seen.insert(c.Image().Pixel(p[0], p[1]));
-        }
+        for (int j = 1; j < 20; ++j) seen.insert(c.PixelAt((i / 20.0 + 2.0 * z) / 3.0, j / 20.0, z));
       }
       EXPECT_EQ(seen, std::set<Color>{expected})
           << "plane " << z * 10 << (swapped ? " (swapped)" : "") << " fill " << static_cast<int>(fill);
@@ -183,13 +180,8 @@ TEST(SurfacePicture, ExactBandsHoldIn3DLitOrNotOnGridsAndTriangulations) {
           const double x = 0.05 + 0.1 * k + side * 0.008;
           if (x <= 0.0 || x >= 1.0) continue;
           for (double y = 0.1; y < 0.95; y += 0.2) {
-            const auto p = c.Project(x, y, x);
-            const Color colour = c.Image().Pixel(p[0], p[1]);
-            if (lit) {
-              EXPECT_EQ(BandColourOf(contouring, colour), contouring.FindColor(x, false)) << x << "," << y;
-            } else {
-              EXPECT_EQ(colour, contouring.FindColor(x, false)) << x << "," << y;
-            }
+            const Color colour = c.PixelAt(x, y, x);
+            EXPECT_EQ(lit ? BandColourOf(contouring, colour) : colour, contouring.FindColor(x, false)) << x << "," << y;
             ++checked;
           }
         }
@@ -215,15 +207,11 @@ TEST(SurfacePicture, MarkersOfA2DMapShowOverEveryFill) {
   marker.SetSize(4);
   marker.SetFillColor(0x00FFFF);
   marker.SetEdgeVisible(false);
-  const std::vector<double> g{0.0, 1.0};
-  c.surface.DataSets().Item(1).DataAsRectangularGridSet(g, 2, g, 2, Array2D(std::vector<double>{10, 10, 10, 10}, 2, 2));
+  Plane(c.surface.DataSets().Item(1), 10.0, 0.0);
   BareViews(c);
   c.surface.SetPlotType(orvPlotType2D);
   c.surface.Refresh();
-  for (std::size_t k = 0; k < px.size(); ++k) {
-    const auto p = c.Project(px[k], py[k], pz[k]);
-    EXPECT_EQ(c.Image().Pixel(p[0], p[1]), 0x00FFFFu) << "marker " << k;
-  }
+  for (std::size_t k = 0; k < px.size(); ++k) EXPECT_EQ(c.PixelAt(px[k], py[k], pz[k]), 0x00FFFFu) << "marker " << k;
 }
 
 TEST(SurfacePicture, HullLinesHideBehindTheSurfaceIn3DAndShowOverItIn2D) {
@@ -241,10 +229,8 @@ TEST(SurfacePicture, HullLinesHideBehindTheSurfaceIn3DAndShowOverItIn2D) {
     view.DataHullLine().SetColor(0x0000FF);
     view.DataHullLine().SetWidth(3);
     if (cover) {
-      const std::vector<double> g{-1.0, 3.0};
-      DataSet& later = c.surface.DataSets().Item(1);
-      later.DataAsRectangularGridSet(g, 2, g, 2, Array2D(std::vector<double>{5, 5, 5, 5}, 2, 2));
-      later.ViewMain().SetContourLinesVisible(false);
+      Plane(c.surface.DataSets().Item(1), 5.0, -1.0, -1.0, 4.0);
+      c.surface.DataSets().Item(1).ViewMain().SetContourLinesVisible(false);
     }
     BareViews(c);
     c.surface.SetPlotType(is3D ? orvPlotType3D : orvPlotType2D);
@@ -310,9 +296,8 @@ TEST(SurfacePicture, ADottedContourAlongMeshEdgesRunsOnOnceAndARidgeOnTheLevelIs
   // along y = 5 (x = 2..6), 0 elsewhere; one level at 1, dotted, on a 2-D map.
   const auto draw = [](bool tiesAbove, std::int64_t& ringBlack, std::int64_t& ringLength, std::int64_t& ridgeBlack) {
     Control c(300, 260);
-    std::vector<double> x(9), y(7), z;
-    for (std::size_t i = 0; i < x.size(); ++i) x[i] = static_cast<double>(i);
-    for (std::size_t j = 0; j < y.size(); ++j) y[j] = static_cast<double>(j);
+    const std::vector<double> x{0, 1, 2, 3, 4, 5, 6, 7, 8}, y{0, 1, 2, 3, 4, 5, 6};
+    std::vector<double> z;
     for (std::size_t i = 0; i < x.size(); ++i) {
       for (std::size_t j = 0; j < y.size(); ++j) {
         const bool plateau = i >= 1 && i <= 3 && j >= 1 && j <= 3, ridge = j == 5 && i >= 2 && i <= 6;
@@ -448,27 +433,26 @@ TEST(SurfacePicture, AFittedMapFillsThePlotAreaAndEqualAspectKeepsItsShape) {
   layout::Domain(c, 1.0, 1.0);
   c.surface.SetPlotType(orvPlotType2D);
   c.surface.SetFitPlotArea(true);
-  c.surface.Refresh();
-  c.surface.SetZoom(detail::FittingZoom(c.surface, 800, 600));
-  c.surface.Refresh();
   const auto& frame = c.State().renderer.LastFrame();
-  layout::Box box = layout::FillBox(c.Image(), frame.plotWidth);
+  // The map's box once the zoom is fitted to the plot area.
+  const auto fitted = [&c, &frame] {
+    c.surface.Refresh();
+    c.surface.SetZoom(detail::FittingZoom(c.surface, 800, 600));
+    c.surface.Refresh();
+    return layout::FillBox(c.Image(), frame.plotWidth);
+  };
+  layout::Box box = fitted();
   EXPECT_GE(box.Height(), 0.75 * 600);
   EXPECT_NEAR((box.left + box.right) / 2.0, frame.plotWidth / 2.0, 2.0);  // centred beside the legend
 
   // 860 x 610 units at one scale are drawn 860 x 610, within 2 %.
   layout::Domain(c, 860.0, 610.0);
   c.surface.Axes().SetKeepXYAspectRatio(true);
-  c.surface.Refresh();
-  c.surface.SetZoom(detail::FittingZoom(c.surface, 800, 600));
-  c.surface.Refresh();
-  box = layout::FillBox(c.Image(), frame.plotWidth);
+  box = fitted();
   EXPECT_NEAR(static_cast<double>(box.Width()) / box.Height(), 860.0 / 610.0, 0.02 * 860.0 / 610.0);
   // Stretched, the axes' ranges span equal lengths instead.
   c.surface.Axes().SetKeepXYAspectRatio(false);
-  c.surface.SetZoom(detail::FittingZoom(c.surface, 800, 600));
-  c.surface.Refresh();
-  box = layout::FillBox(c.Image(), frame.plotWidth);
+  box = fitted();
   Axes& axes = c.surface.Axes();
   const double stretched = 860.0 / (axes.XAxis().Max() - axes.XAxis().Min()) / (610.0 / (axes.YAxis().Max() - axes.YAxis().Min()));
   EXPECT_NEAR(static_cast<double>(box.Width()) / box.Height(), stretched, 0.02 * stretched);
@@ -517,10 +501,7 @@ TEST(SurfacePicture, ABaseStandsTheSurfaceOnABlockDownToTheFloorAlongItsBoundary
     auto wall = [&] {
       std::set<Color> seen;
       for (const auto& [x, y] : {std::pair{0.5, 0.0}, std::pair{0.0, 0.5}, std::pair{1.0, 0.5}, std::pair{0.5, 1.0}}) {
-        for (const double z : {0.1, 0.25, 0.4}) {
-          const auto p = c.Project(0.05 + 0.9 * x, 0.05 + 0.9 * y, z);
-          seen.insert(c.Image().Pixel(p[0], p[1]));
-        }
+        for (const double z : {0.1, 0.25, 0.4}) seen.insert(c.PixelAt(0.05 + 0.9 * x, 0.05 + 0.9 * y, z));
       }
       return seen;
     };
@@ -549,11 +530,8 @@ TEST(SurfacePicture, ABaseStandsTheSurfaceOnABlockDownToTheFloorAlongItsBoundary
 
 TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
   // z = x over [0, 1]^2 on 21 x 21 nodes, blank where 0.4 <= x, y <= 0.6.
-  std::vector<double> x, y, z;
-  for (int k = 0; k <= 20; ++k) {
-    x.push_back(k / 20.0);
-    y.push_back(k / 20.0);
-  }
+  std::vector<double> x, z;
+  for (int k = 0; k <= 20; ++k) x.push_back(k / 20.0);
   for (int i = 0; i <= 20; ++i) {
     for (int j = 0; j <= 20; ++j) {
       z.push_back(i >= 8 && i <= 12 && j >= 8 && j <= 12 ? std::nan("") : i / 20.0);
@@ -561,7 +539,7 @@ TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
   }
   // The grid goes through a GeoTIFF, as a user's raster would.
   const std::string tiff = (std::filesystem::temp_directory_path() / ("orvane_hole_" + std::to_string(::getpid()) + ".tif")).string();
-  WriteGridFile(tiff, ".tif", GridFile{x, y, z});
+  WriteGridFile(tiff, ".tif", GridFile{x, x, z});
   const DataFile file = ReadDataFile(tiff);
   std::filesystem::remove(tiff);
   ASSERT_EQ(file.BlankCount(), 25U);
@@ -582,12 +560,8 @@ TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
     int inside = 0, drawn = 0;
     for (int a = 0; a <= 18; ++a) {
       const double u = 0.41 + a / 100.0;
-      for (int b = 0; b <= 18; ++b) {
-        const auto p = c.Project(u, 0.41 + b / 100.0, u);
-        inside += c.Image().Pixel(p[0], p[1]) != background;
-      }
-      const auto p = c.Project(u, 0.2, u);
-      drawn += c.Image().Pixel(p[0], p[1]) != background;
+      for (int b = 0; b <= 18; ++b) inside += c.PixelAt(u, 0.41 + b / 100.0, u) != background;
+      drawn += c.PixelAt(u, 0.2, u) != background;
     }
     EXPECT_EQ(inside, 0) << (is3D ? "3-D" : "2-D");
     EXPECT_EQ(drawn, 19) << (is3D ? "3-D" : "2-D");

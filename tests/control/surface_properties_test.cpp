@@ -23,11 +23,15 @@ constexpr const char* kInvalid = "Invalid procedure call or argument";
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-TEST(SurfaceProperties, ANewControlTakesItsDefaultsWithoutDrawing) {
-  // Those no other test meets: the keys step the lighting and the zoom from theirs, and an
-  // empty State gives back the angles.
+class SurfaceProperties : public ::testing::Test {
+ protected:
   Control c;
   Surface& s = c.surface;
+};
+
+TEST_F(SurfaceProperties, ANewControlTakesItsDefaultsWithoutDrawing) {
+  // Those no other test meets: the keys step the lighting and the zoom from theirs, and an
+  // empty State gives back the angles.
   EXPECT_EQ(s.Appearance(), orvFlat);
   EXPECT_EQ(s.BorderStyle(), orvNone);
   EXPECT_EQ(s.ForeColor(), 0u);
@@ -40,9 +44,7 @@ TEST(SurfaceProperties, ANewControlTakesItsDefaultsWithoutDrawing) {
   EXPECT_EQ(c.Frames(), 0);
 }
 
-TEST(SurfaceProperties, InitPropertiesPutsTheChildrenBackToTheirDefaultsButNotTheCursor) {
-  Control c;
-  Surface& s = c.surface;
+TEST_F(SurfaceProperties, InitPropertiesPutsTheChildrenBackToTheirDefaultsButNotTheCursor) {
   s.SetBackColor(0x123456);
   s.SetZoom(3);
   s.SetRotationZ(100);
@@ -93,49 +95,50 @@ struct Refusal {
   const char* description;
 };
 
-TEST(SurfaceProperties, RefusedValuesRaiseError5AndKeepTheOldValue) {
+template <class Set, class Value, class Get>
+Refusal Refused(const char* what, Set set, Value value, Get get, const char* description = kInvalid) {
+  return {what, [=](Surface& surface) { (surface.*set)(value); }, [=](Surface& surface) { return double((surface.*get)()); },
+          description};
+}
+
+TEST_F(SurfaceProperties, RefusedValuesRaiseError5AndKeepTheOldValue) {
   const std::vector<Refusal> cases = {
-      {"Appearance 2", [](Surface& s) { s.SetAppearance(2); }, [](Surface& s) { return double(s.Appearance()); }, kInvalid},
-      {"Appearance -1", [](Surface& s) { s.SetAppearance(-1); }, [](Surface& s) { return double(s.Appearance()); }, kInvalid},
-      {"BorderStyle 2", [](Surface& s) { s.SetBorderStyle(2); }, [](Surface& s) { return double(s.BorderStyle()); }, kInvalid},
-      {"PlotType 2", [](Surface& s) { s.SetPlotType(2); }, [](Surface& s) { return double(s.PlotType()); }, kInvalid},
-      {"PlotType -1", [](Surface& s) { s.SetPlotType(-1); }, [](Surface& s) { return double(s.PlotType()); }, kInvalid},
-      {"Zoom 0", [](Surface& s) { s.SetZoom(0); }, [](Surface& s) { return s.Zoom(); }, kInvalid},
-      {"Zoom NaN", [](Surface& s) { s.SetZoom(kNaN); }, [](Surface& s) { return s.Zoom(); }, kInvalid},
-      {"Zoom infinite", [](Surface& s) { s.SetZoom(kInf); }, [](Surface& s) { return s.Zoom(); },
-       "Zoom must be a finite number."},
-      {"OffsetHorizontal NaN", [](Surface& s) { s.SetOffsetHorizontal(kNaN); },
-       [](Surface& s) { return s.OffsetHorizontal(); }, "OffsetHorizontal must be a finite number."},
-      {"OffsetVertical infinite", [](Surface& s) { s.SetOffsetVertical(-kInf); },
-       [](Surface& s) { return s.OffsetVertical(); }, "OffsetVertical must be a finite number."},
-      {"LightingIntensityAmbient NaN", [](Surface& s) { s.SetLightingIntensityAmbient(kNaN); },
-       [](Surface& s) { return s.LightingIntensityAmbient(); }, "LightingIntensityAmbient must be a number, not NaN."},
-      {"LightingIntensitySpotlight NaN", [](Surface& s) { s.SetLightingIntensitySpotlight(kNaN); },
-       [](Surface& s) { return s.LightingIntensitySpotlight(); },
-       "LightingIntensitySpotlight must be a number, not NaN."},
-      {"LightingMaterialShininess NaN", [](Surface& s) { s.SetLightingMaterialShininess(kNaN); },
-       [](Surface& s) { return s.LightingMaterialShininess(); }, "LightingMaterialShininess must be a number, not NaN."},
-      {"RotationX infinite", [](Surface& s) { s.SetRotationX(kInf); }, [](Surface& s) { return double(s.RotationX()); },
-       "RotationX must be a finite number of degrees."},
-      {"RotationZ NaN", [](Surface& s) { s.SetRotationZ(kNaN); }, [](Surface& s) { return double(s.RotationZ()); },
-       "RotationZ must be a finite number of degrees."},
+      Refused("Appearance 2", &Surface::SetAppearance, 2, &Surface::Appearance),
+      Refused("Appearance -1", &Surface::SetAppearance, -1, &Surface::Appearance),
+      Refused("BorderStyle 2", &Surface::SetBorderStyle, 2, &Surface::BorderStyle),
+      Refused("PlotType 2", &Surface::SetPlotType, 2, &Surface::PlotType),
+      Refused("PlotType -1", &Surface::SetPlotType, -1, &Surface::PlotType),
+      Refused("Zoom 0", &Surface::SetZoom, 0.0, &Surface::Zoom),
+      Refused("Zoom NaN", &Surface::SetZoom, kNaN, &Surface::Zoom),
+      Refused("Zoom infinite", &Surface::SetZoom, kInf, &Surface::Zoom, "Zoom must be a finite number."),
+      Refused("OffsetHorizontal NaN", &Surface::SetOffsetHorizontal, kNaN, &Surface::OffsetHorizontal,
+              "OffsetHorizontal must be a finite number."),
+      Refused("OffsetVertical infinite", &Surface::SetOffsetVertical, -kInf, &Surface::OffsetVertical,
+              "OffsetVertical must be a finite number."),
+      Refused("LightingIntensityAmbient NaN", &Surface::SetLightingIntensityAmbient, kNaN, &Surface::LightingIntensityAmbient,
+              "LightingIntensityAmbient must be a number, not NaN."),
+      Refused("LightingIntensitySpotlight NaN", &Surface::SetLightingIntensitySpotlight, kNaN,
+              &Surface::LightingIntensitySpotlight, "LightingIntensitySpotlight must be a number, not NaN."),
+      Refused("LightingMaterialShininess NaN", &Surface::SetLightingMaterialShininess, kNaN,
+              &Surface::LightingMaterialShininess, "LightingMaterialShininess must be a number, not NaN."),
+      Refused("RotationX infinite", &Surface::SetRotationX, kInf, &Surface::RotationX,
+              "RotationX must be a finite number of degrees."),
+      Refused("RotationZ NaN", &Surface::SetRotationZ, kNaN, &Surface::RotationZ, "RotationZ must be a finite number of degrees."),
   };
   for (const Refusal& r : cases) {
-    Control c;
-    c.surface.SetAutoRefresh(true);
-    c.host.ClearRecords();
-    const std::int64_t frames = c.Frames();
-    const double before = r.read(c.surface);
-    EXPECT_ORVANE_ERROR(r.let(c.surface), 5, kSource, r.description) << r.what;
-    EXPECT_EQ(r.read(c.surface), before) << r.what;
-    EXPECT_TRUE(c.Keys().empty()) << r.what;
-    EXPECT_EQ(c.Frames(), frames) << r.what;
+    Control fresh;
+    fresh.surface.SetAutoRefresh(true);
+    fresh.host.ClearRecords();
+    const std::int64_t frames = fresh.Frames();
+    const double before = r.read(fresh.surface);
+    EXPECT_ORVANE_ERROR(r.let(fresh.surface), 5, kSource, r.description) << r.what;
+    EXPECT_EQ(r.read(fresh.surface), before) << r.what;
+    EXPECT_TRUE(fresh.Keys().empty()) << r.what;
+    EXPECT_EQ(fresh.Frames(), frames) << r.what;
   }
 }
 
-TEST(SurfaceProperties, LightingValuesAreClampedToZeroAndOne) {
-  Control c;
-  Surface& s = c.surface;
+TEST_F(SurfaceProperties, LightingValuesAreClampedToZeroAndOne) {
   for (const double v : {-0.2, 1.7, -kInf, kInf, 0.25}) {
     const double expected = v < 0 ? 0.0 : (v > 1 ? 1.0 : v);
     s.SetLightingIntensityAmbient(v);
@@ -147,9 +150,7 @@ TEST(SurfaceProperties, LightingValuesAreClampedToZeroAndOne) {
   }
 }
 
-TEST(SurfaceProperties, RotationLetsGoIntoWholeTurnsAndRoundHalfToEven) {
-  Control c;
-  Surface& s = c.surface;
+TEST_F(SurfaceProperties, RotationLetsGoIntoWholeTurnsAndRoundHalfToEven) {
   const std::vector<std::pair<double, std::int32_t>> cases = {
       {720, 360}, {360, 360}, {1080, 360}, {-30, 330},  {-360, 0},   {0, 0},     {1080.4, 0},
       {361, 1},   {45.5, 46}, {44.5, 44},  {-0.4, 360}, {359.6, 360}, {1e20, 280}, {-725, 355}};
@@ -174,42 +175,40 @@ struct Announced {
   std::size_t repeated = 0;
 };
 
-TEST(SurfaceProperties, EachLetTellsTheHostItsStoredKeyOnceAndNothingWhenUnchanged) {
+TEST_F(SurfaceProperties, EachLetTellsTheHostItsStoredKeyOnceAndNothingWhenUnchanged) {
   const std::vector<Announced> cases = {
-      {[](Surface& s) { s.SetAutoRefresh(true); }, "AutoRefresh"},
-      {[](Surface& s) { s.SetBackColor(0x010203); }, "BackColor"},
-      {[](Surface& s) { s.SetForeColor(0x0000FF); }, "ForeColor"},
-      {[](Surface& s) { s.SetLightingIntensityAmbient(0.7); }, "LightingIntensityAmbient"},
+      {[](Surface& surface) { surface.SetAutoRefresh(true); }, "AutoRefresh"},
+      {[](Surface& surface) { surface.SetBackColor(0x010203); }, "BackColor"},
+      {[](Surface& surface) { surface.SetForeColor(0x0000FF); }, "ForeColor"},
+      {[](Surface& surface) { surface.SetLightingIntensityAmbient(0.7); }, "LightingIntensityAmbient"},
       // Deliberately under the shininess key.
-      {[](Surface& s) { s.SetLightingIntensitySpotlight(0.2); }, "LightingMaterialShininess"},
-      {[](Surface& s) { s.SetLightingMaterialShininess(0.9); }, "LightingMaterialShininess"},
-      {[](Surface& s) { s.SetLightingOn(true); }, "LightingOn"},
-      {[](Surface& s) { s.SetOffsetHorizontal(0.3); }, "HorizontalOffset"},
-      {[](Surface& s) { s.SetOffsetVertical(-0.3); }, "VerticalOffset"},
-      {[](Surface& s) { s.SetPlotType(orvPlotType2D); }, "ViewType"},
-      {[](Surface& s) { s.SetZoom(2.5); }, "Zoom"},
+      {[](Surface& surface) { surface.SetLightingIntensitySpotlight(0.2); }, "LightingMaterialShininess"},
+      {[](Surface& surface) { surface.SetLightingMaterialShininess(0.9); }, "LightingMaterialShininess"},
+      {[](Surface& surface) { surface.SetLightingOn(true); }, "LightingOn"},
+      {[](Surface& surface) { surface.SetOffsetHorizontal(0.3); }, "HorizontalOffset"},
+      {[](Surface& surface) { surface.SetOffsetVertical(-0.3); }, "VerticalOffset"},
+      {[](Surface& surface) { surface.SetPlotType(orvPlotType2D); }, "ViewType"},
+      {[](Surface& surface) { surface.SetZoom(2.5); }, "Zoom"},
       // The trackball takes every rotation let, since a drag may have turned it since.
-      {[](Surface& s) { s.SetRotationX(10); }, "XRotation", 1},
-      {[](Surface& s) { s.SetRotationY(20); }, "YRotation", 1},
-      {[](Surface& s) { s.SetRotationZ(40); }, "ZRotation", 1},
-      {[](Surface& s) { s.SetEnabled(false); }, "Enabled"},
+      {[](Surface& surface) { surface.SetRotationX(10); }, "XRotation", 1},
+      {[](Surface& surface) { surface.SetRotationY(20); }, "YRotation", 1},
+      {[](Surface& surface) { surface.SetRotationZ(40); }, "ZRotation", 1},
+      {[](Surface& surface) { surface.SetEnabled(false); }, "Enabled"},
       // Compared with the window, which takes them only at the next refresh.
-      {[](Surface& s) { s.SetAppearance(orv3d); }, "Appearance", 1},
-      {[](Surface& s) { s.SetBorderStyle(orvFixedSingle); }, "BorderStyle", 1},
+      {[](Surface& surface) { surface.SetAppearance(orv3d); }, "Appearance", 1},
+      {[](Surface& surface) { surface.SetBorderStyle(orvFixedSingle); }, "BorderStyle", 1},
   };
   for (const Announced& a : cases) {
-    Control c;
-    a.let(c.surface);
-    EXPECT_EQ(c.Keys(), std::vector<std::string>{a.key}) << a.key;
-    c.host.ClearRecords();
-    a.let(c.surface);
-    EXPECT_EQ(c.Keys().size(), a.repeated) << a.key;
+    Control fresh;
+    a.let(fresh.surface);
+    EXPECT_EQ(fresh.Keys(), std::vector<std::string>{a.key}) << a.key;
+    fresh.host.ClearRecords();
+    a.let(fresh.surface);
+    EXPECT_EQ(fresh.Keys().size(), a.repeated) << a.key;
   }
 }
 
-TEST(SurfaceProperties, TheWindowsOwnStateRulesEnabledAndTheLetsOfItsLook) {
-  Control c;
-  Surface& s = c.surface;
+TEST_F(SurfaceProperties, TheWindowsOwnStateRulesEnabledAndTheLetsOfItsLook) {
   s.SetEnabled(false);
   EXPECT_FALSE(c.host.Enabled());
   c.host.SetEnabled(true);
@@ -235,9 +234,7 @@ TEST(SurfaceProperties, TheWindowsOwnStateRulesEnabledAndTheLetsOfItsLook) {
   EXPECT_TRUE(c.Keys().empty());
 }
 
-TEST(SurfaceProperties, ChildrenChangesComeUpUnderTheirKeys) {
-  Control c;
-  Surface& s = c.surface;
+TEST_F(SurfaceProperties, ChildrenChangesComeUpUnderTheirKeys) {
   s.Header().SetText("Title");
   s.Legend().SetVisible(false);
   s.Faces().SetFillColorMaster(0x00FF00);
@@ -258,9 +255,7 @@ TEST(SurfaceProperties, ChildrenChangesComeUpUnderTheirKeys) {
                                       "DataSet1.Resampling.IntervalCount"}));
 }
 
-TEST(SurfaceProperties, ADataChangeOfDataSet2IsNotifiedAsDataSet2) {
-  Control c;
-  Surface& s = c.surface;
+TEST_F(SurfaceProperties, ADataChangeOfDataSet2IsNotifiedAsDataSet2) {
   s.DataSets().SetCount(3);
   c.host.ClearRecords();
   testing::Saddle(s.DataSets().Item(2));
@@ -271,9 +266,7 @@ TEST(SurfaceProperties, ADataChangeOfDataSet2IsNotifiedAsDataSet2) {
   EXPECT_EQ(c.Keys(), (std::vector<std::string>{"DataSet1"}));
 }
 
-TEST(SurfaceProperties, TerminateStopsListeningAndDrawing) {
-  Control c;
-  Surface& s = c.surface;
+TEST_F(SurfaceProperties, TerminateStopsListeningAndDrawing) {
   s.Terminate();
   s.Terminate();
   s.Header().SetText("after");

@@ -40,9 +40,7 @@ TEST(Array, ExplicitBoundsAreCheckedOnEveryAccess) {
   const Array negative(-2, {1, 2});
   EXPECT_EQ(negative.UpperBound(), -1);
   EXPECT_EQ(negative.At(-2), 1);
-}
-
-TEST(Array, BoundsThatDoNotFitThirtyTwoBitsAreRefused) {
+  // Bounds that do not fit 32 bits are refused.
   EXPECT_ORVANE_ERROR(Array(std::numeric_limits<std::int32_t>::max(), {1, 2}), 5, "Orvada");
   EXPECT_NO_THROW(Array(std::numeric_limits<std::int32_t>::max(), {1}));
 }

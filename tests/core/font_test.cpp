@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "orvane/core/font.h"
@@ -13,6 +14,11 @@ namespace orvane {
 namespace {
 
 using testing::EventRecorder;
+
+// All seven attributes of a font (the size in ten-thousandths of a point).
+std::tuple<std::string, std::int64_t, bool, bool, bool, bool, std::int16_t> Attributes(const Font& f) {
+  return {f.Name(), f.Size().scaled, f.Bold(), f.Italic(), f.Underline(), f.Strikethrough(), f.Weight()};
+}
 
 TEST(Font, BoldAndWeightAreOneSetting) {
   Font font;
@@ -31,12 +37,11 @@ TEST(Font, BoldAndWeightAreOneSetting) {
 
 TEST(Font, SizeKeepsFourDecimalsRoundedHalfToEven) {
   Font font;
-  font.SetSize(8.25);
-  EXPECT_EQ(font.Size(), Currency{82500});
-  font.SetSize(10.12345);  // 101234.5 ten-thousandths
-  EXPECT_EQ(font.Size(), Currency{101234});
-  font.SetSize(10.12355);
-  EXPECT_EQ(font.Size(), Currency{101236});
+  // In ten-thousandths: 10.12345 is 101234.5, 10.12355 is 101235.5.
+  for (const auto& [points, size] : {std::pair{8.25, 82500}, {10.12345, 101234}, {10.12355, 101236}}) {
+    font.SetSize(points);
+    EXPECT_EQ(font.Size(), Currency{size}) << points;
+  }
 }
 
 TEST(Font, EventsNameTheChangedAttributeOnlyOnRealChanges) {
@@ -65,9 +70,7 @@ TEST(Font, InvalidValuesAreRefusedAndKeepTheOldOne) {
   EXPECT_ORVANE_ERROR(font.SetSize(std::nan("")), 380, "StdFont");
   EXPECT_ORVANE_ERROR(font.SetWeight(1001), 380, "StdFont");
   EXPECT_ORVANE_ERROR(font.SetWeight(-1), 380, "StdFont");
-  EXPECT_EQ(font.Name(), "Arial");
-  EXPECT_EQ(font.SizePoints(), 8.0);
-  EXPECT_EQ(font.Weight(), 400);
+  EXPECT_EQ(Attributes(font), std::tuple("Arial", 80000, false, false, false, false, 400));
   EXPECT_TRUE(events.names.empty());
 }
 
@@ -79,13 +82,7 @@ TEST(Font, CopyFromTakesAllSevenAttributes) {
   Font target;
   EventRecorder events(target.FontChanged);
   target.CopyFrom(source);
-  EXPECT_EQ(target.Name(), "Courier New");
-  EXPECT_EQ(target.Size(), Currency{145000});
-  EXPECT_TRUE(target.Bold());
-  EXPECT_TRUE(target.Italic());
-  EXPECT_FALSE(target.Underline());
-  EXPECT_TRUE(target.Strikethrough());
-  EXPECT_EQ(target.Weight(), 900);
+  EXPECT_EQ(Attributes(target), std::tuple("Courier New", 145000, true, true, false, true, 900));
   EXPECT_EQ(events.names, (std::vector<std::string>{"Name", "Size", "Bold", "Italic",
                                                     "Strikethrough", "Weight"}));
 }
@@ -108,11 +105,7 @@ TEST(Font, PersistsAsSevenKeysUnderItsPrefix) {
   stored.SetContents(bag.Contents());
   Font restored;
   restored.ReadProperties(stored, "Axes.TitleFontMaster");
-  EXPECT_EQ(restored.Name(), "Courier New");
-  EXPECT_EQ(restored.Size(), Currency{97500});
-  EXPECT_TRUE(restored.Bold());
-  EXPECT_TRUE(restored.Underline());
-  EXPECT_EQ(restored.Weight(), 700);
+  EXPECT_EQ(Attributes(restored), std::tuple("Courier New", 97500, true, false, true, false, 700));
 }
 
 TEST(Font, MissingKeysKeepTheCurrentAttributes) {
@@ -120,10 +113,7 @@ TEST(Font, MissingKeysKeepTheCurrentAttributes) {
   PropertyBag partial;
   partial.WriteProperty("F.Italic", true);
   font.ReadProperties(partial, "F.");
-  EXPECT_EQ(font.Name(), "Arial");
-  EXPECT_EQ(font.SizePoints(), 10.0);
-  EXPECT_TRUE(font.Bold());
-  EXPECT_TRUE(font.Italic());
+  EXPECT_EQ(Attributes(font), std::tuple("Arial", 100000, true, true, false, false, 700));
   // Bold without Weight sets the weight Bold implies.
   PropertyBag boldOnly;
   boldOnly.WriteProperty("F.Bold", false);

@@ -137,12 +137,15 @@ TEST(FormatNumber, SectionsPositiveNegativeZero) {
   });
 }
 
-TEST(FormatNumber, LargeValuesKeepEveryIntegerDigit) {
+TEST(FormatNumber, LargeValuesKeepEveryIntegerDigitAndNonFiniteOnesAreNamed) {
   ExpectTable({
       {1e20, "0", "100000000000000000000"},
       {1e20, "#,##0", "100,000,000,000,000,000,000"},
       {123456789012345678e3, "0", "123456789012346000000"},
       {-1.7976931348623157e308, "0.00E+00", "-1.80E+308"},
+      {std::nan(""), "0.00", "NaN"},
+      {std::numeric_limits<double>::infinity(), "0.00", "Infinity"},
+      {-std::numeric_limits<double>::infinity(), "", "-Infinity"},
   });
   EXPECT_EQ(FormatNumber(1e300, "0.00").size(), 304u);
 }
@@ -165,12 +168,6 @@ TEST(FormatNumber, GeneralAndNamedFormats) {
       {-2, "True/False", "True"},
       {1, "On/Off", "On"},
   });
-}
-
-TEST(FormatNumber, NonFiniteValues) {
-  EXPECT_EQ(FormatNumber(std::nan(""), "0.00"), "NaN");
-  EXPECT_EQ(FormatNumber(std::numeric_limits<double>::infinity(), "0.00"), "Infinity");
-  EXPECT_EQ(FormatNumber(-std::numeric_limits<double>::infinity(), ""), "-Infinity");
 }
 
 TEST(LabelFormatFor, AsManyDecimalsAsTheValuesNeedAndScientificForTinyOrHuge) {

@@ -100,21 +100,18 @@ TEST(PropertyBag, NumbersConvertRoundingHalfToEven) {
   bag.WriteProperty("True", true);
   bag.WriteProperty("C", Currency{25000});  // 2.5
   bag.WriteProperty("C3", Currency{35000});
-  EXPECT_EQ(bag.ReadProperty("D", std::int32_t{0}), 2);
-  EXPECT_EQ(bag.ReadProperty("D2", std::int32_t{0}), 4);
+  for (const auto& [key, value] : {std::pair{"D", 2}, {"D2", 4}, {"True", -1}, {"C", 2}, {"C3", 4}}) {
+    EXPECT_EQ(bag.ReadProperty(key, std::int32_t{0}), value) << key;
+  }
+  for (const auto& [key, text] : {std::pair{"L", "7"}, {"True", "True"}, {"C", "2.5"}, {"D", "2.5"}}) {
+    EXPECT_EQ(bag.ReadProperty(key, ""), text) << key;
+  }
   EXPECT_EQ(bag.ReadProperty("Neg", std::int16_t{0}), -2);
   EXPECT_EQ(bag.ReadProperty("L", 0.0), 7.0);
-  EXPECT_EQ(bag.ReadProperty("L", std::string()), "7");
   EXPECT_EQ(bag.ReadProperty("L", Currency{}), Currency{70000});
-  EXPECT_EQ(bag.ReadProperty("True", std::int32_t{0}), -1);
-  EXPECT_EQ(bag.ReadProperty("True", ""), "True");
   EXPECT_EQ(bag.ReadProperty("L", false), true);
-  EXPECT_EQ(bag.ReadProperty("C", std::int32_t{0}), 2);
-  EXPECT_EQ(bag.ReadProperty("C3", std::int32_t{0}), 4);
   EXPECT_EQ(bag.ReadProperty("C", 0.0), 2.5);
-  EXPECT_EQ(bag.ReadProperty("C", ""), "2.5");
   EXPECT_EQ(bag.ReadProperty("D", Currency{}), Currency{25000});
-  EXPECT_EQ(bag.ReadProperty("D", ""), "2.5");
 }
 
 TEST(PropertyBag, StringsConvertWhenTheyHoldANumberOrABoolean) {
@@ -196,25 +193,19 @@ TEST(PropertyBag, ForeignLayoutsAreRefused) {
   ExpectRefused({0xA0});                    // an empty map
   ExpectRefused({0x80});                    // an empty array without the header
   ExpectRefused({0x82, 0x61, 'X', 0x01});   // wrong header text
-  // Header, then a type code beyond Currency.
-  Bytes header = PropertyBag().Contents();
+  // A bag's bytes with its first byte (the array header) replaced and one entry more.
+  const auto plus = [](Bytes bytes, std::uint8_t first, const Bytes& entry) {
+    bytes[0] = first;
+    bytes.insert(bytes.end(), entry.begin(), entry.end());
+    return bytes;
+  };
+  const Bytes header = PropertyBag().Contents();
   ASSERT_EQ(header[0], 0x82);
-  Bytes badType = header;
-  badType[0] = 0x85;
-  for (std::uint8_t b : Bytes{0x61, 'K', 0x09, 0x01}) badType.push_back(b);
-  ExpectRefused(badType);
-  // A Long holding a Boolean value.
-  Bytes badValue = header;
-  badValue[0] = 0x85;
-  for (std::uint8_t b : Bytes{0x61, 'K', 0x00, 0xF5}) badValue.push_back(b);
-  ExpectRefused(badValue);
-  // The same key twice.
+  ExpectRefused(plus(header, 0x85, {0x61, 'K', 0x09, 0x01}));  // a type code beyond Currency
+  ExpectRefused(plus(header, 0x85, {0x61, 'K', 0x00, 0xF5}));  // a Long holding a Boolean value
   PropertyBag once;
   once.WriteProperty("K", std::int32_t{1});
-  Bytes twice = once.Contents();
-  twice[0] = 0x88;
-  for (std::uint8_t b : Bytes{0x61, 'K', 0x00, 0x02}) twice.push_back(b);
-  ExpectRefused(twice);
+  ExpectRefused(plus(once.Contents(), 0x88, {0x61, 'K', 0x00, 0x02}));  // the same key twice
   // An Integer beyond 16 bits.
   PropertyBag small;
   small.WriteProperty("I", std::int16_t{1});

@@ -66,8 +66,7 @@ TEST_F(DataFileTest, EveryGridFormatReadsBackThroughGdalAndThroughReadDataFile) 
     WriteGridFile(path, extension, grid, "EPSG:28992");
     GDALDatasetH raster = GDALOpen(path.c_str(), GA_ReadOnly);
     ASSERT_NE(raster, nullptr);
-    EXPECT_EQ(GDALGetRasterXSize(raster), 5);
-    EXPECT_EQ(GDALGetRasterYSize(raster), 4);
+    EXPECT_EQ(std::pair(GDALGetRasterXSize(raster), GDALGetRasterYSize(raster)), std::pair(5, 4));
     double gt[6] = {};
     ASSERT_EQ(GDALGetGeoTransform(raster, gt), CE_None);
     // Cells centred on the nodes, north up.

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "data/data_set_state.h"
@@ -148,15 +149,10 @@ TEST(DataSet, ClearResetsItsListAndKeepsTheLimits) {
 
   d.Clear();
   EXPECT_EQ(w.changes, std::vector<std::int32_t>{0});
-  EXPECT_EQ(s.inputX, std::vector<double>{0.0});
-  EXPECT_EQ(s.inputZ, std::vector<double>{0.0});
-  EXPECT_EQ(s.pointCount, 0);
-  EXPECT_EQ(s.xCount, 0);
-  EXPECT_EQ(s.yCount, 0);
+  for (const std::vector<double>* list : {&s.inputX, &s.inputZ, &s.meshX, &s.meshZ}) EXPECT_EQ(*list, std::vector<double>{0.0});
+  EXPECT_EQ((std::array{s.pointCount, s.xCount, s.yCount}), (std::array{0, 0, 0}));
   EXPECT_EQ(s.dataType, detail::kNoData);
   EXPECT_EQ(s.meshType, detail::kNoMesh);
-  EXPECT_EQ(s.meshX, std::vector<double>{0.0});
-  EXPECT_EQ(s.meshZ, std::vector<double>{0.0});
   ASSERT_EQ(s.contourLines.size(), 1u);
   EXPECT_EQ(s.contourLines[0].Count(), 0u);
   EXPECT_TRUE(s.bandTriangles.empty());
@@ -168,9 +164,7 @@ TEST(DataSet, ClearResetsItsListAndKeepsTheLimits) {
   EXPECT_EQ(s.userHullInputCount, 0);
   EXPECT_EQ(s.triangulation->TriangleCount(), 0);
   // The limits and ranges are not on the list.
-  EXPECT_EQ(s.min, min);
-  EXPECT_EQ(s.max, max);
-  EXPECT_EQ(s.range, range);
+  EXPECT_EQ(std::tie(s.min, s.max, s.range), std::tie(min, max, range));
 }
 
 TEST(DataSet, SparseCountZeroPassesAndSkipsTheTriangulation) {
@@ -190,8 +184,7 @@ TEST(DataSet, SparseCountZeroPassesAndSkipsTheTriangulation) {
 TEST(DataSet, RectangularGridIsStoredPointByPointAndReturned) {
   Watched w;
   DataSet& d = w.First();
-  const std::vector<double> x{0, 10, 20};
-  const std::vector<double> y{-1, 1};
+  const std::vector<double> x{0, 10, 20}, y{-1, 1};
   const Array2D z({1, 2, 3, 4, 5, 6}, 3, 2);  // z(i, j) = 2i + j + 1
   d.DataAsRectangularGridSet(x, 3, y, 2, z);
   EXPECT_EQ(w.changes.size(), 2u);
@@ -205,8 +198,7 @@ TEST(DataSet, RectangularGridIsStoredPointByPointAndReturned) {
   Array2D gz;
   std::int32_t nx = 0, ny = 0;
   d.DataAsRectangularGridGet(gx, nx, gy, ny, gz);
-  EXPECT_EQ(nx, 3);
-  EXPECT_EQ(ny, 2);
+  EXPECT_EQ(std::pair(nx, ny), std::pair(3, 2));
   EXPECT_EQ(gx.Values(), x);
   EXPECT_EQ(gy.Values(), y);
   EXPECT_EQ(gz.At(2, 1), 6);
@@ -230,9 +222,7 @@ TEST(DataSet, RectangularGridIsStoredPointByPointAndReturned) {
 
 TEST(DataSet, RectangularGridBoundChecks) {
   DataSet d;
-  const std::vector<double> x{0, 1, 2};
-  const std::vector<double> y{0, 1};
-  const std::vector<double> six(6);
+  const std::vector<double> x{0, 1, 2}, y{0, 1}, six(6);
   const struct {
     Array x;
     std::int32_t nx;
@@ -264,9 +254,7 @@ TEST(DataSet, FlatAxesNormaliseToZeroWithRangeOne) {
                              Array2D({7, 7, 7, 7, 7, 7}, 3, 2));
   auto& s = DataSetAccess::State(d);
   s.PrepareForDrawing();
-  EXPECT_EQ(s.range[0], 1.0);
-  EXPECT_EQ(s.range[2], 1.0);
-  EXPECT_EQ(s.range[1], 1.0);  // 2 - 1 happens to be 1 too
+  EXPECT_EQ(s.range, (std::array{1.0, 1.0, 1.0}));  // Y's 2 - 1 happens to be 1 too
   for (double v : s.meshX) EXPECT_EQ(v, 0.0);
   for (double v : s.meshZ) EXPECT_EQ(v, 0.0);
   EXPECT_EQ(s.Normalise(3, 5.0), 0.0);  // no such axis
@@ -281,14 +269,10 @@ TEST(DataSet, GridInterpolationUsesTheDrawnDiagonal) {
   d.DataAsRectangularGridSet(std::vector<double>{0, 1}, 2, std::vector<double>{0, 1}, 2,
                              Array2D({0, 0, 0, 1}, 2, 2));
   double z = -1;
-  ASSERT_TRUE(d.ZValueInterpolate(0.75, 0.25, z));
-  EXPECT_DOUBLE_EQ(z, 0.25);
-  ASSERT_TRUE(d.ZValueInterpolate(0.25, 0.75, z));
-  EXPECT_DOUBLE_EQ(z, 0.25);
-  ASSERT_TRUE(d.ZValueInterpolate(0.5, 0.5, z));
-  EXPECT_DOUBLE_EQ(z, 0.5);
-  ASSERT_TRUE(d.ZValueInterpolate(1, 1, z));
-  EXPECT_EQ(z, 1);
+  for (const auto& [x, y, expected] : {std::array{0.75, 0.25, 0.25}, {0.25, 0.75, 0.25}, {0.5, 0.5, 0.5}, {1.0, 1.0, 1.0}}) {
+    ASSERT_TRUE(d.ZValueInterpolate(x, y, z)) << x << "," << y;
+    EXPECT_DOUBLE_EQ(z, expected) << x << "," << y;
+  }
   z = -1;
   EXPECT_FALSE(d.ZValueInterpolate(1.1, 0.5, z));
   EXPECT_EQ(z, -1);
@@ -373,15 +357,11 @@ TEST(DataSet, UserHullMustLieInTheDataHullOfScatteredData) {
 
 TEST(Geometry, InclusivePointInPolygon) {
   // A concave "C": the notch (1..2 x 1..2) is outside.
-  const std::vector<double> px{0, 3, 3, 1, 1, 3, 3, 0};
-  const std::vector<double> py{0, 0, 1, 1, 2, 2, 3, 3};
-  EXPECT_TRUE(detail::IsPointInPolygonInclusive(0.5, 1.5, px, py));
-  EXPECT_FALSE(detail::IsPointInPolygonInclusive(2, 1.5, px, py));
-  EXPECT_TRUE(detail::IsPointInPolygonInclusive(1, 1.5, px, py));  // on an edge
-  EXPECT_TRUE(detail::IsPointInPolygonInclusive(3, 3, px, py));    // on a vertex
-  EXPECT_TRUE(detail::IsPointInPolygonInclusive(2, 0, px, py));
-  EXPECT_FALSE(detail::IsPointInPolygonInclusive(2, -1e-9, px, py));
-  EXPECT_FALSE(detail::IsPointInPolygonInclusive(4, 1.5, px, py));
+  const std::vector<double> px{0, 3, 3, 1, 1, 3, 3, 0}, py{0, 0, 1, 1, 2, 2, 3, 3};
+  // Inside, in the notch, on an edge, on a vertex, on the bottom edge, just below it, beyond.
+  const std::tuple<double, double, bool> cases[] = {{0.5, 1.5, true}, {2, 1.5, false}, {1, 1.5, true},   {3, 3, true},
+                                                    {2, 0, true},     {2, -1e-9, false}, {4, 1.5, false}};
+  for (const auto& [x, y, inside] : cases) EXPECT_EQ(detail::IsPointInPolygonInclusive(x, y, px, py), inside) << x << "," << y;
   EXPECT_FALSE(detail::IsPointInPolygonInclusive(0, 0, std::vector<double>{}, std::vector<double>{}));
 }
 
@@ -433,26 +413,23 @@ TEST(DataSet, InconsistentStoredContentsAreRefusedAndChangeNothing) {
     EXPECT_EQ(DataSetAccess::State(d).pointCount, 3);
     EXPECT_EQ(d.XMax(), 3);
   };
+  // A stored data set of the given type and count with these lists.
+  const auto stored = [](std::int32_t type, std::int32_t count, const std::vector<double>& x, const std::vector<double>& y,
+                         const std::vector<double>& z) {
+    PropertyBag bag;
+    bag.WriteProperty("D.DataType", type);
+    bag.WriteProperty("D.Count", count);
+    bag.WriteProperty("D.X", x);
+    bag.WriteProperty("D.Y", y);
+    bag.WriteProperty("D.Z", z);
+    return bag;
+  };
   PropertyBag type;
   type.WriteProperty("D.DataType", std::int32_t{7});
   refused(type, "data type 7 is not 0, 1 or 2");
-  PropertyBag sizes;
-  sizes.WriteProperty("D.DataType", std::int32_t{2});
-  sizes.WriteProperty("D.Count", std::int32_t{3});
-  sizes.WriteProperty("D.X", std::vector<double>{1, 2, 3});
-  sizes.WriteProperty("D.Y", std::vector<double>{1, 2});
-  sizes.WriteProperty("D.Z", std::vector<double>{1, 2, 3});
-  refused(sizes, "the X, Y and Z lists do not hold Count points");
-  PropertyBag grid;
-  grid.WriteProperty("D.DataType", std::int32_t{1});
-  grid.WriteProperty("D.Count", std::int32_t{4});
-  grid.WriteProperty("D.X", std::vector<double>{1, 2});
-  grid.WriteProperty("D.Y", std::vector<double>{1, 2});
-  grid.WriteProperty("D.Z", std::vector<double>{1, 2, 3});
-  refused(grid, "the grid's X, Y and Z sizes do not match its count");
-  PropertyBag nan = sizes;
-  nan.WriteProperty("D.Y", std::vector<double>{1, NAN, 3});
-  EXPECT_ORVANE_ERROR(d.ReadContents(nan, "D."), 5, "Orvadis.Dataset");
+  refused(stored(2, 3, {1, 2, 3}, {1, 2}, {1, 2, 3}), "the X, Y and Z lists do not hold Count points");
+  refused(stored(1, 4, {1, 2}, {1, 2}, {1, 2, 3}), "the grid's X, Y and Z sizes do not match its count");
+  EXPECT_ORVANE_ERROR(d.ReadContents(stored(2, 3, {1, 2, 3}, {1, NAN, 3}, {1, 2, 3}), "D."), 5, "Orvadis.Dataset");
   EXPECT_EQ(DataSetAccess::State(d).pointCount, 3);
   PropertyBag wrongType;
   wrongType.WriteProperty("D.X", std::string("1,2,3"));
@@ -550,9 +527,7 @@ TEST(DataSet, GridLinesComeBackChainedOnTheLevel) {
   EXPECT_EQ(line.PolylineStarts().size(), 1u);
   for (const CLine& seg : line.Lines()) {
     EXPECT_NEAR(s.Denormalise(2, seg.z1), 15, 1e-12);
-    const double xs = s.Denormalise(0, seg.x1);
-    const double ys = s.Denormalise(1, seg.y1);
-    EXPECT_NEAR(10 * xs + ys, 15, 1e-9);
+    EXPECT_NEAR(10 * s.Denormalise(0, seg.x1) + s.Denormalise(1, seg.y1), 15, 1e-9);
   }
 }
 

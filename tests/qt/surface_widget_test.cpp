@@ -67,6 +67,14 @@ bool KeyTaken(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {}
   return press.isAccepted();
 }
 
+// The arguments of a mouse signal: the button, the shift keys and the position.
+void ExpectMouse(const QList<QVariant>& args, int button, int shift, double x, double y) {
+  EXPECT_EQ(args.at(0).toInt(), button);
+  EXPECT_EQ(args.at(1).toInt(), shift);
+  EXPECT_FLOAT_EQ(args.at(2).toFloat(), static_cast<float>(x));
+  EXPECT_FLOAT_EQ(args.at(3).toFloat(), static_cast<float>(y));
+}
+
 QImage ClipboardImage() { return QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32); }
 
 // --- Painting --------------------------------------------------------------------------
@@ -156,9 +164,7 @@ TEST(SurfaceWidgetInput, ThePadsPlusAndMinusZoomAndThePlainOnesAreLeftToTheParen
 
   EXPECT_TRUE(KeyTaken(s.widget, Qt::Key_Plus, Qt::KeypadModifier));
   EXPECT_DOUBLE_EQ(s.surface().Zoom(), 1.2 * 1.2);
-  QTest::keyClick(&s.widget, Qt::Key_Minus, Qt::KeypadModifier);
-  QTest::keyClick(&s.widget, Qt::Key_Minus, Qt::KeypadModifier);
-  QTest::keyClick(&s.widget, Qt::Key_Minus, Qt::KeypadModifier);
+  for (int i = 0; i < 3; ++i) QTest::keyClick(&s.widget, Qt::Key_Minus, Qt::KeypadModifier);
   EXPECT_DOUBLE_EQ(s.surface().Zoom(), 1.0);  // never below 1
   EXPECT_EQ(CountDifferent(before, Grab(s.widget)), 0);
 }
@@ -181,53 +187,37 @@ TEST(SurfaceWidgetInput, ArrowPresetAndLetterKeysReachTheControlWhateverTheirCas
 
 // --- Signals ---------------------------------------------------------------------------
 
-TEST(SurfaceWidgetSignals, MouseSignalsCarryTheButtonTheShiftKeysAndDevicePixels) {
+TEST(SurfaceWidgetSignals, MouseSignalsCarryTheButtonTheShiftKeysAndDevicePixelsAndADoubleClickIsOneDblClick) {
   Shown s;
   const double r = s.ratio();
   QSignalSpy down(&s.widget, &SurfaceWidget::mouseDown);
   QSignalSpy move(&s.widget, &SurfaceWidget::mouseMove);
   QSignalSpy up(&s.widget, &SurfaceWidget::mouseUp);
+  QSignalSpy dbl(&s.widget, &SurfaceWidget::dblClick);
 
   QTest::mousePress(&s.widget, Qt::RightButton, Qt::ShiftModifier | Qt::ControlModifier, QPoint(30, 40));
   ASSERT_EQ(down.count(), 1);
-  EXPECT_EQ(down.at(0).at(0).toInt(), 2);
-  EXPECT_EQ(down.at(0).at(1).toInt(), 3);
-  EXPECT_FLOAT_EQ(down.at(0).at(2).toFloat(), static_cast<float>(30 * r));
-  EXPECT_FLOAT_EQ(down.at(0).at(3).toFloat(), static_cast<float>(40 * r));
-
+  ExpectMouse(down.at(0), 2, 3, 30 * r, 40 * r);
   Move(s.widget, QPoint(35, 41), Qt::RightButton | Qt::MiddleButton, Qt::AltModifier);
   ASSERT_EQ(move.count(), 1);
-  EXPECT_EQ(move.at(0).at(0).toInt(), 6);  // the buttons held
-  EXPECT_EQ(move.at(0).at(1).toInt(), 4);
-  EXPECT_FLOAT_EQ(move.at(0).at(2).toFloat(), static_cast<float>(35 * r));
-  EXPECT_FLOAT_EQ(move.at(0).at(3).toFloat(), static_cast<float>(41 * r));
-
+  ExpectMouse(move.at(0), 6, 4, 35 * r, 41 * r);  // the buttons held
   QTest::mouseRelease(&s.widget, Qt::RightButton, {}, QPoint(36, 42));
   ASSERT_EQ(up.count(), 1);
-  EXPECT_EQ(up.at(0).at(0).toInt(), 2);
-  EXPECT_EQ(up.at(0).at(1).toInt(), 0);
-  EXPECT_FLOAT_EQ(up.at(0).at(2).toFloat(), static_cast<float>(36 * r));
-
+  ExpectMouse(up.at(0), 2, 0, 36 * r, 42 * r);
   // A move without a button reaches the control too (the widget tracks the mouse).
   Move(s.widget, QPoint(5, 6), Qt::NoButton);
   ASSERT_EQ(move.count(), 2);
-  EXPECT_EQ(move.at(1).at(0).toInt(), 0);
-  EXPECT_EQ(move.at(1).at(1).toInt(), 0);
-}
+  ExpectMouse(move.at(1), 0, 0, 5 * r, 6 * r);
 
-TEST(SurfaceWidgetSignals, ADoubleClickIsOneDblClickBetweenTheClicks) {
-  Shown s;
-  QSignalSpy down(&s.widget, &SurfaceWidget::mouseDown);
-  QSignalSpy up(&s.widget, &SurfaceWidget::mouseUp);
-  QSignalSpy dbl(&s.widget, &SurfaceWidget::dblClick);
+  // A double click: one press, one DblClick in place of the second press, two releases.
   const QPoint at(50, 50);
   QTest::mousePress(&s.widget, Qt::LeftButton, {}, at);
   QTest::mouseRelease(&s.widget, Qt::LeftButton, {}, at);
   QTest::mouseDClick(&s.widget, Qt::LeftButton, {}, at);
   QTest::mouseRelease(&s.widget, Qt::LeftButton, {}, at);
-  EXPECT_EQ(down.count(), 1);
+  EXPECT_EQ(down.count(), 2);
   EXPECT_EQ(dbl.count(), 1);
-  EXPECT_EQ(up.count(), 2);
+  EXPECT_EQ(up.count(), 3);
 }
 
 TEST(SurfaceWidgetSignals, WhatTheControlRefusesAfterAKeyIsReportedAndTheKeyStillCounts) {
@@ -302,9 +292,7 @@ TEST(SurfaceWidgetHost, TheBorderAndItsLookBecomeTheFrameAndTakeTheirRoomFromThe
   QTest::mousePress(&s.widget, Qt::MiddleButton, {}, QPoint(10, 20));
   QTest::mouseRelease(&s.widget, Qt::MiddleButton, {}, QPoint(10, 20));
   ASSERT_EQ(down.count(), 1);
-  EXPECT_EQ(down.at(0).at(0).toInt(), 4);
-  EXPECT_FLOAT_EQ(down.at(0).at(2).toFloat(), static_cast<float>(9 * r));
-  EXPECT_FLOAT_EQ(down.at(0).at(3).toFloat(), static_cast<float>(19 * r));
+  ExpectMouse(down.at(0), 4, 0, 9 * r, 19 * r);
 
   surface.SetAppearance(orv3d);
   surface.Refresh();

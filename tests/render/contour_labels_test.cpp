@@ -67,11 +67,7 @@ TEST(LabelRotation, MatrixUsesTheShortPiAndRzRyRxOrder) {
 }
 
 TEST(LabelRotation, OutlineIsTheCentredRectangleTurned) {
-  const TextQuad flat = LabelOutline(100, 50, 20, 6, 0);
-  EXPECT_EQ(flat[0], (std::array<double, 2>{80, 44}));
-  EXPECT_EQ(flat[1], (std::array<double, 2>{120, 44}));
-  EXPECT_EQ(flat[2], (std::array<double, 2>{120, 56}));
-  EXPECT_EQ(flat[3], (std::array<double, 2>{80, 56}));
+  EXPECT_EQ(LabelOutline(100, 50, 20, 6, 0), (TextQuad{{{80, 44}, {120, 44}, {120, 56}, {80, 56}}}));
   // A quarter turn: the bottom-right corner (20, -6) goes to about (6, 20), by the short
   // pi's cosine and sine.
   const TextQuad up = LabelOutline(100, 50, 20, 6, 90);
@@ -186,6 +182,29 @@ TEST(LabelPlaces, AnEmptyLevelOrPolylineGivesNothing) {
 // ---------------------------------------------------------------------------------------
 // 3. Visibility testers
 
+// The current target's w x h pixels in a format of the given bytes per pixel.
+std::vector<GLubyte> ReadPixels(int w, int h, GLenum format, int bytes) {
+  std::vector<GLubyte> v(static_cast<std::size_t>(w * h * bytes));
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glReadPixels(0, 0, w, h, format, GL_UNSIGNED_BYTE, v.data());
+  return v;
+}
+
+// OpenGL's integer for each name, in order.
+std::vector<GLint> Integers(std::initializer_list<GLenum> names) {
+  std::vector<GLint> v;
+  for (const GLenum name : names) {
+    glGetIntegerv(name, &v.emplace_back());
+  }
+  return v;
+}
+
+// The depth of every stack and the current matrix mode.
+std::vector<GLint> Stacks() {
+  return Integers({GL_MODELVIEW_STACK_DEPTH, GL_PROJECTION_STACK_DEPTH, GL_TEXTURE_STACK_DEPTH, GL_ATTRIB_STACK_DEPTH,
+                   GL_CLIENT_ATTRIB_STACK_DEPTH, GL_MATRIX_MODE});
+}
+
 // A target made current for the test's lifetime.
 struct Canvas {
   RenderTarget target;
@@ -197,14 +216,8 @@ struct Canvas {
     EXPECT_GT(target.StencilBits(), 0);
   }
   ~Canvas() { target.ReleaseCurrent(); }
-  std::vector<GLubyte> Read(GLenum format, int bytes) const {
-    std::vector<GLubyte> v(static_cast<std::size_t>(w * h * bytes));
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, w, h, format, GL_UNSIGNED_BYTE, v.data());
-    return v;
-  }
-  std::vector<GLubyte> Colour() const { return Read(GL_RGBA, 4); }
-  std::vector<GLubyte> Stencil() const { return Read(GL_STENCIL_INDEX, 1); }
+  std::vector<GLubyte> Colour() const { return ReadPixels(w, h, GL_RGBA, 4); }
+  std::vector<GLubyte> Stencil() const { return ReadPixels(w, h, GL_STENCIL_INDEX, 1); }
   Color At(int x, int y) const {
     GLubyte p[4] = {};
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
@@ -258,18 +271,16 @@ void DrawTesterScene(const Canvas& c) {
   glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
   glEnable(GL_POLYGON_OFFSET_FILL);
   glPolygonOffset(0.9F, 1.0F);
-  glBegin(GL_QUADS);
-  for (const auto& [x, y] : std::array<std::array<double, 2>, 4>{{{10, 10}, {60, 10}, {60, 90}, {10, 90}}}) {
-    glVertex3d(x, y, Tilted(x, y));
-  }
-  glEnd();
+  const auto quad = [](double x0, double x1, auto height) {
+    glBegin(GL_QUADS);
+    for (const auto& [x, y] : std::array<std::array<double, 2>, 4>{{{x0, 10}, {x1, 10}, {x1, 90}, {x0, 90}}}) {
+      glVertex3d(x, y, height(x, y));
+    }
+    glEnd();
+  };
+  quad(10, 60, Tilted);
   glDisable(GL_POLYGON_OFFSET_FILL);
-  glBegin(GL_QUADS);
-  glVertex3d(65, 10, kFlat);
-  glVertex3d(115, 10, kFlat);
-  glVertex3d(115, 90, kFlat);
-  glVertex3d(65, 90, kFlat);
-  glEnd();
+  quad(65, 115, [](double, double) { return kFlat; });
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
@@ -307,15 +318,14 @@ TEST(LabelVisibility, BothTestersSeeTheSameAndLeaveColourAndStencilAsTheyWere) {
   CPixelVisibilityStencil byStencil;
   CPixelVisibilityRGB byColour;
   for (IPixelVisibility* tester : {static_cast<IPixelVisibility*>(&byStencil), static_cast<IPixelVisibility*>(&byColour)}) {
-    const bool isStencil = tester == &byStencil;
+    SCOPED_TRACE(tester == &byStencil ? "stencil" : "colour");
     const std::vector<char> got = tester->Test(m, points);
     ASSERT_EQ(got.size(), points.size());
     for (std::size_t i = 0; i < points.size(); ++i) {
-      EXPECT_EQ(got[i], expected[i]) << (isStencil ? "stencil " : "colour ") << i << " (" << points[i][0] << ", "
-                                     << points[i][1] << ", " << points[i][2] << ")";
+      EXPECT_EQ(got[i], expected[i]) << i << " (" << points[i][0] << ", " << points[i][1] << ", " << points[i][2] << ")";
     }
-    EXPECT_EQ(c.Colour(), colour) << (isStencil ? "stencil" : "colour");
-    EXPECT_EQ(c.Stencil(), stencil) << (isStencil ? "stencil" : "colour");
+    EXPECT_EQ(c.Colour(), colour);
+    EXPECT_EQ(c.Stencil(), stencil);
     // Tested in batches, the same as one at a time.
     for (std::size_t i = 0; i < points.size(); i += 7) {
       EXPECT_EQ(tester->Visible(m, points[i]) ? 1 : 0, got[i]) << i;
@@ -357,6 +367,13 @@ struct LabelCanvas : Canvas {
     s.fillColor = kBoxFill;
     return s;
   }
+  // A pass over a cleared canvas with one label, anchored at `at` and heading for `ahead`.
+  void DrawOne(const std::string& text, const LabelStyle& style, const CubePoint3& at, const CubePoint3& ahead) {
+    Clear();
+    labels.Begin(m);
+    labels.Add(text, style, at, ahead);
+    labels.Finish(tester);
+  }
   // Bounding box {x0, y0, x1, y1} of the pixels of a colour.
   std::array<int, 4> BoxOf(Color colour) const {
     const std::vector<GLubyte> v = Colour();
@@ -374,9 +391,7 @@ struct LabelCanvas : Canvas {
 
 TEST(LabelPass, LabelsAreCentredOnTheirAnchorAndTurnAlongTheLine) {
   LabelCanvas c;
-  c.labels.Begin(c.m);
-  c.labels.Add("1234", c.Style(), {60, 50, 0}, {70, 50, 0});
-  c.labels.Finish(c.tester);
+  c.DrawOne("1234", c.Style(), {60, 50, 0}, {70, 50, 0});
   ASSERT_EQ(c.labels.LastCounts().drawn, 1);
   const auto flat = c.BoxOf(kBoxFill);
   EXPECT_NEAR((flat[0] + flat[2] + 1) / 2.0, 60.0, 1.0);
@@ -388,10 +403,7 @@ TEST(LabelPass, LabelsAreCentredOnTheirAnchorAndTurnAlongTheLine) {
   EXPECT_LE(flat[2] + 1, o[2][0] + 0.5);
 
   // A line going up: the label turns a quarter, still centred.
-  c.Clear();
-  c.labels.Begin(c.m);
-  c.labels.Add("1234", c.Style(), {60, 50, 0}, {60, 60, 0});
-  c.labels.Finish(c.tester);
+  c.DrawOne("1234", c.Style(), {60, 50, 0}, {60, 60, 0});
   const auto up = c.BoxOf(kBoxFill);
   EXPECT_NEAR((up[0] + up[2] + 1) / 2.0, 60.0, 1.0);
   EXPECT_NEAR((up[1] + up[3] + 1) / 2.0, 50.0, 1.0);
@@ -399,10 +411,7 @@ TEST(LabelPass, LabelsAreCentredOnTheirAnchorAndTurnAlongTheLine) {
   EXPECT_EQ(c.labels.LastDrawn()[0].angle, 90.0);
 
   // Without rotation the same line gives an unturned label.
-  c.Clear();
-  c.labels.Begin(c.m);
-  c.labels.Add("1234", c.Style(false), {60, 50, 0}, {60, 60, 0});
-  c.labels.Finish(c.tester);
+  c.DrawOne("1234", c.Style(false), {60, 50, 0}, {60, 60, 0});
   EXPECT_EQ(c.BoxOf(kBoxFill), flat);
 }
 
@@ -411,20 +420,12 @@ TEST(LabelPass, OppositeLineDirectionsDrawTheSamePixels) {
   // Each pair of directions are the two ways along one line: the text reads the same.
   const std::array<std::array<double, 2>, 4> directions{{{10, 0}, {0, 10}, {7, 7}, {8, -3}}};
   for (const auto& d : directions) {
-    std::vector<GLubyte> images[2];
-    for (int way = 0; way < 2; ++way) {
-      const double s = way == 0 ? 1.0 : -1.0;
-      c.Clear();
-      c.labels.Begin(c.m);
-      c.labels.Add("-0.25", c.Style(), {100, 50, 0}, {100 + s * d[0], 50 + s * d[1], 0});
-      c.labels.Finish(c.tester);
-      ASSERT_EQ(c.labels.LastCounts().drawn, 1);
-      const double a = c.labels.LastDrawn()[0].angle;
-      EXPECT_GT(a, -90.0);
-      EXPECT_LE(a, 90.0);
-      images[way] = c.Colour();
-    }
-    EXPECT_EQ(images[0], images[1]) << d[0] << ", " << d[1];
+    const auto draw = [&](double way) {
+      c.DrawOne("-0.25", c.Style(), {100, 50, 0}, {100 + way * d[0], 50 + way * d[1], 0});
+      EXPECT_EQ(c.labels.LastCounts().drawn, 1);
+      return c.Colour();
+    };
+    EXPECT_EQ(draw(1.0), draw(-1.0)) << d[0] << ", " << d[1];
   }
 }
 
@@ -471,30 +472,17 @@ TEST(LabelPass, StateMatricesAndStacksAreLeftAsFound) {
   // A mode other than the model-view is current, as a caller may leave it.
   glMatrixMode(GL_PROJECTION);
   auto snapshot = [] {
-    std::vector<double> v(16 * 2);
+    std::vector<double> v(16 * 2 + 4 * 2);
     glGetDoublev(GL_MODELVIEW_MATRIX, v.data());
     glGetDoublev(GL_PROJECTION_MATRIX, v.data() + 16);
-    GLint ints[12] = {};
-    glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &ints[0]);
-    glGetIntegerv(GL_PROJECTION_STACK_DEPTH, &ints[1]);
-    glGetIntegerv(GL_TEXTURE_STACK_DEPTH, &ints[2]);
-    glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &ints[3]);
-    glGetIntegerv(GL_CLIENT_ATTRIB_STACK_DEPTH, &ints[4]);
-    glGetIntegerv(GL_MATRIX_MODE, &ints[5]);
-    glGetIntegerv(GL_DEPTH_FUNC, &ints[6]);
-    glGetIntegerv(GL_STENCIL_FUNC, &ints[7]);
-    glGetIntegerv(GL_STENCIL_REF, &ints[8]);
-    glGetIntegerv(GL_PACK_ALIGNMENT, &ints[9]);
-    ints[10] = glIsEnabled(GL_LIGHTING);
-    ints[11] = glIsEnabled(GL_CLIP_PLANE0);
-    for (const GLint i : ints) v.push_back(i);
-    GLfloat colour[4] = {};
-    glGetFloatv(GL_CURRENT_COLOR, colour);
-    for (const GLfloat f : colour) v.push_back(f);
-    v.push_back(glIsEnabled(GL_STENCIL_TEST));
-    GLboolean masks[4] = {};
-    glGetBooleanv(GL_COLOR_WRITEMASK, masks);
-    for (const GLboolean b : masks) v.push_back(b);
+    glGetDoublev(GL_CURRENT_COLOR, v.data() + 32);
+    glGetDoublev(GL_COLOR_WRITEMASK, v.data() + 36);
+    for (const GLint i : Stacks()) v.push_back(i);
+    // Enables read as 1 or 0.
+    for (const GLint i : Integers({GL_DEPTH_FUNC, GL_STENCIL_FUNC, GL_STENCIL_REF, GL_PACK_ALIGNMENT, GL_LIGHTING,
+                                   GL_CLIP_PLANE0, GL_STENCIL_TEST})) {
+      v.push_back(i);
+    }
     return v;
   };
   const auto before = snapshot();
@@ -545,10 +533,11 @@ struct LabelledPlot {
     }
     return n;
   }
-  std::vector<std::string> DrawnTexts() {
-    std::vector<std::string> t;
-    for (const auto& d : Labels().LastDrawn()) t.push_back(d.text);
-    return t;
+  // How many of the labels drawn last read as the Z axis writes the level.
+  int Drawn(double level) {
+    const std::string text = axes.ZAxis().LabelText(level);
+    const auto& drawn = Labels().LastDrawn();
+    return static_cast<int>(std::count_if(drawn.begin(), drawn.end(), [&](const auto& d) { return d.text == text; }));
   }
 };
 
@@ -596,12 +585,9 @@ TEST(LabelFrame, ASurfaceInFrontHidesTheLabelsOfTheLinesUnderIt) {
     Levels(p.contouring, {0.27, 0.52, 0.77});
     ramp.ViewMain().SetContourLabelsDensity(2);
     p.Render();
-    const Axis& z = p.axes.ZAxis();
-    const auto texts = p.DrawnTexts();
-    const auto has = [&](double v) { return std::count(texts.begin(), texts.end(), z.LabelText(v)); };
-    EXPECT_EQ(has(0.27), 2) << stencil;
-    EXPECT_EQ(has(0.52), 2) << stencil;
-    EXPECT_EQ(has(0.77), 0) << stencil;  // under the roof
+    EXPECT_EQ(p.Drawn(0.27), 2) << stencil;
+    EXPECT_EQ(p.Drawn(0.52), 2) << stencil;
+    EXPECT_EQ(p.Drawn(0.77), 0) << stencil;  // under the roof
     EXPECT_EQ(p.Labels().LastCounts().hidden, 2) << stencil;
     const int shown = p.Count(kBoxFill);
     EXPECT_GT(shown, 100);
@@ -609,8 +595,7 @@ TEST(LabelFrame, ASurfaceInFrontHidesTheLabelsOfTheLinesUnderIt) {
     roof.ViewMain().SetVisible(false);
     p.renderer.MarkPlotsStale();  // the control does this when a view changes
     p.Render();
-    const auto open = p.DrawnTexts();
-    EXPECT_EQ(std::count(open.begin(), open.end(), z.LabelText(0.77)), 2) << stencil;
+    EXPECT_EQ(p.Drawn(0.77), 2) << stencil;
     EXPECT_GT(p.Count(kBoxFill), shown + shown / 3);
   }
 }
@@ -668,22 +653,19 @@ TEST(LabelFrame, DensitySkippingAndNewContoursRebuildThePlaces) {
   EXPECT_EQ(p.Labels().PlacementRuns(), runs + 1);
   EXPECT_EQ(p.Labels().LastCounts().queued, 20);
 
-  const Axis& z = p.axes.ZAxis();
   ramp.ViewMain().SetContourLabelsLevelSkipping(1);
   p.Render();
   EXPECT_EQ(p.Labels().PlacementRuns(), runs + 2);
   EXPECT_EQ(p.Labels().LastCounts().queued, 12);
-  for (const std::string& t : p.DrawnTexts()) {
-    EXPECT_TRUE(t == z.LabelText(0.12) || t == z.LabelText(0.52) || t == z.LabelText(0.88)) << t;
-  }
+  // Only the first, third and fifth levels are labelled.
+  EXPECT_EQ(p.Drawn(0.12) + p.Drawn(0.52) + p.Drawn(0.88), static_cast<int>(p.Labels().LastDrawn().size()));
 
   // New levels: traced again, placed again, labelled with the new values.
   Levels(p.contouring, {0.22, 0.41, 0.62});
   p.Render();
   EXPECT_EQ(p.Labels().PlacementRuns(), runs + 3);
-  auto texts = p.DrawnTexts();
-  EXPECT_GT(std::count(texts.begin(), texts.end(), z.LabelText(0.62)), 0);
-  EXPECT_EQ(std::count(texts.begin(), texts.end(), z.LabelText(0.41)), 0);  // skipped
+  EXPECT_GT(p.Drawn(0.62), 0);
+  EXPECT_EQ(p.Drawn(0.41), 0);  // skipped
   // New data: its lines move, and so do the labels.
   const double xBefore = p.Labels().LastDrawn().front().x;
   Grid(ramp, 21, 0.0, 1.0, [](double x, double) { return x * x; });
@@ -708,25 +690,13 @@ TEST(LabelFrame, AFrameWithLabelsRaisesNoErrorAndLeavesTheStacks) {
   ASSERT_TRUE(p.target.MakeCurrent());
   while (glGetError() != GL_NO_ERROR) {
   }
-  auto depths = [] {
-    std::array<GLint, 6> d{};
-    glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &d[0]);
-    glGetIntegerv(GL_PROJECTION_STACK_DEPTH, &d[1]);
-    glGetIntegerv(GL_TEXTURE_STACK_DEPTH, &d[2]);
-    glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &d[3]);
-    glGetIntegerv(GL_CLIENT_ATTRIB_STACK_DEPTH, &d[4]);
-    glGetIntegerv(GL_MATRIX_MODE, &d[5]);
-    return d;
-  };
-  const auto before = depths();
+  const std::vector<GLint> before = Stacks();
   p.renderer.RenderFrame(p.target.Width(), p.target.Height(), p.scene, p.settings, p.passes);
   EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-  EXPECT_EQ(depths(), before);
+  EXPECT_EQ(Stacks(), before);
   // Labels of every kind were drawn, and the stencil is clear again.
   EXPECT_GT(p.Labels().LastCounts().drawn, 0);
-  std::vector<GLubyte> stencil(static_cast<std::size_t>(p.target.Width() * p.target.Height()));
-  glPixelStorei(GL_PACK_ALIGNMENT, 1);
-  glReadPixels(0, 0, p.target.Width(), p.target.Height(), GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, stencil.data());
+  const std::vector<GLubyte> stencil = ReadPixels(p.target.Width(), p.target.Height(), GL_STENCIL_INDEX, 1);
   EXPECT_TRUE(std::all_of(stencil.begin(), stencil.end(), [](GLubyte s) { return s == 0; }));
   p.target.ReleaseCurrent();
 }

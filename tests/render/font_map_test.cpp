@@ -101,8 +101,7 @@ TEST(FontFace, ArialIsLiberationSansAndUnknownNamesGetTheSansFace) {
   const FaceChoice unknown = ChooseFace("No Such Face Qx", 400, false);
   EXPECT_FALSE(unknown.path.empty());
   EXPECT_EQ(unknown.path, ChooseFace("sans-serif", 400, false).path);
-  Font font("No Such Face Qx", 10);
-  CFontMap map(font);
+  CFontMap map(Font("No Such Face Qx", 10));
   EXPECT_EQ(map.Face().path, unknown.path);
   EXPECT_GT(map.Measure("abc").width, 10.0);
 }
@@ -143,8 +142,7 @@ TEST(FontFace, GreyIsQuantisedToSixtyFiveLevels) {
 // 3. Metrics (no context needed)
 
 TEST(FontMetrics, SizesFollowPointsAt96Dpi) {
-  Arial font(10);
-  CFontMap map(font);
+  CFontMap map(Arial(10));
   EXPECT_DOUBLE_EQ(map.PixelSize(), 10.0 * 96.0 / 72.0);
   const TextMetrics m = map.Measure("Hg");
   // Liberation Sans has Arial's vertical metrics: 13 + 3 pixels at 10 points.
@@ -156,16 +154,14 @@ TEST(FontMetrics, SizesFollowPointsAt96Dpi) {
 }
 
 TEST(FontMetrics, WidthAddsAdvancesAndKerning) {
-  Arial font(14);
-  CFontMap map(font);
+  CFontMap map(Arial(14));
   EXPECT_LT(map.Measure("Axis").width, map.Measure("Axis label").width);
   EXPECT_EQ(map.Measure("ii").width, 2 * map.Measure("i").width);
   ASSERT_TRUE(map.HasKerning());
   const double a = map.Measure("A").width, v = map.Measure("V").width, av = map.Measure("AV").width;
   EXPECT_LT(av, a + v);
   EXPECT_EQ(av, a + v + map.Kerning(U'A', U'V'));
-  Arial bold(14, true);
-  CFontMap boldMap(bold);
+  CFontMap boldMap(Arial(14, true));
   EXPECT_GT(boldMap.Measure("Contour 12.5").width, map.Measure("Contour 12.5").width);
   EXPECT_EQ(map.Measure("\x01\x1F").width, 0.0);  // control characters take no room
 }
@@ -186,8 +182,7 @@ void ExpectInside(const std::array<int, 4>& ink, double x0, double y0, double x1
 
 TEST(TextPixels, InkStaysInTheMeasuredBoxForEveryAlignment) {
   Canvas c(260, 100);
-  Arial font(10);
-  CFontMap map(font);
+  CFontMap map(Arial(10));
   const std::string text = "Hello, AVAVA Wijk";
   const TextMetrics m = map.Measure(text);
   const double w = m.width, ax = 130;
@@ -214,8 +209,7 @@ TEST(TextPixels, InkStaysInTheMeasuredBoxForEveryAlignment) {
 
 TEST(TextPixels, EachTexelCoversOnePixelAndFaintEdgesAreDropped) {
   Canvas c;
-  Arial font(14);
-  CFontMap map(font);
+  CFontMap map(Arial(14));
   DrawText(map, "R", kBlack, TextAnchor{20, 30});
   c.Read();
   const CFontMap::Glyph& g = map.GlyphOf(U'R');
@@ -260,8 +254,7 @@ TEST(TextPixels, EachTexelCoversOnePixelAndFaintEdgesAreDropped) {
 
 TEST(TextPixels, ColourTintsTheGlyphsAndTheBoxHasItsBorder) {
   Canvas c;
-  Arial font(12);
-  CFontMap map(font);
+  CFontMap map(Arial(12));
   Line border;
   border.SetColor(Rgb(0, 0, 255));
   const TextBox box{Rgb(255, 255, 0), &border, 3.0};
@@ -321,10 +314,9 @@ TEST(TextPixels, UnderlineAndStrikeoutAreFullRowsBelowAndAboveTheBaseline) {
 // The image turned a quarter turn counter-clockwise about (cx, cy): pixel (x, y) goes to
 // (cx - (y - cy) - 1, cy + (x - cx)).
 TEST(TextPixels, QuarterTurnsAreExactAndOtherAnglesStayInTheirOutline) {
-  Arial font(10);
   const std::string text = "Level 42";
   Canvas flat(200, 200);
-  CFontMap map(font);
+  CFontMap map(Arial(10));
   DrawText(map, text, kBlack, TextAnchor{100, 100});
   const std::vector<Color> before = flat.Pixels();
   for (const double angle : {90.0, -270.0}) {
@@ -362,8 +354,7 @@ TEST(TextPixels, QuarterTurnsAreExactAndOtherAnglesStayInTheirOutline) {
 }
 
 TEST(TextPixels, OutlinesOverlapOnlyWhenTheyShareArea) {
-  Arial font(10);
-  CFontMap map(font);
+  CFontMap map(Arial(10));
   const TextQuad a = TextOutline(map, "123.5", TextAnchor{100, 100});
   const double w = map.Measure("123.5").width;
   EXPECT_TRUE(OutlinesOverlap(a, TextOutline(map, "7", TextAnchor{100 + w - 2, 100})));
@@ -376,40 +367,33 @@ TEST(TextPixels, OutlinesOverlapOnlyWhenTheyShareArea) {
 // ---------------------------------------------------------------------------------------
 // 5. OpenGL state and contexts
 
-struct GlState {
+// Every piece of OpenGL state the text might touch, as numbers.
+std::vector<double> GlState() {
   std::vector<double> numbers;
-  void Add(GLenum name, int count = 1) {
+  const auto add = [&numbers](GLenum name, int count) {
     std::array<GLdouble, 16> v{};
     glGetDoublev(name, v.data());
     numbers.insert(numbers.end(), v.begin(), v.begin() + count);
-  }
-  static GlState Capture() {
-    GlState s;
-    static const GLenum kEnables[] = {GL_BLEND, GL_ALPHA_TEST, GL_TEXTURE_2D, GL_LIGHTING, GL_CLIP_PLANE0, GL_DEPTH_TEST,
-                           GL_LINE_STIPPLE, GL_CULL_FACE};
-    static const GLenum kValues[] = {GL_BLEND_SRC, GL_BLEND_DST, GL_ALPHA_TEST_FUNC, GL_ALPHA_TEST_REF, GL_TEXTURE_BINDING_2D,
-                           GL_MATRIX_MODE, GL_DEPTH_WRITEMASK, GL_DEPTH_FUNC, GL_LINE_WIDTH, GL_LINE_STIPPLE_PATTERN,
-                           GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS,
-                           GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST, GL_MODELVIEW_STACK_DEPTH,
-                           GL_PROJECTION_STACK_DEPTH, GL_TEXTURE_STACK_DEPTH, GL_ATTRIB_STACK_DEPTH,
-                           GL_CLIENT_ATTRIB_STACK_DEPTH, GL_ACTIVE_TEXTURE};
-    for (const GLenum e : kEnables) {
-      s.numbers.push_back(glIsEnabled(e));
-    }
-    for (const GLenum e : kValues) {
-      s.Add(e);
-    }
-    s.Add(GL_VIEWPORT, 4);
-    s.Add(GL_CURRENT_COLOR, 4);
-    s.Add(GL_MODELVIEW_MATRIX, 16);
-    s.Add(GL_PROJECTION_MATRIX, 16);
-    s.Add(GL_TEXTURE_MATRIX, 16);
-    GLint env = 0;
-    glGetTexEnviv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, &env);
-    s.numbers.push_back(env);
-    return s;
-  }
-};
+  };
+  static const GLenum kEnables[] = {GL_BLEND,       GL_ALPHA_TEST, GL_TEXTURE_2D,   GL_LIGHTING,
+                                    GL_CLIP_PLANE0, GL_DEPTH_TEST, GL_LINE_STIPPLE, GL_CULL_FACE};
+  static const GLenum kValues[] = {GL_BLEND_SRC, GL_BLEND_DST, GL_ALPHA_TEST_FUNC, GL_ALPHA_TEST_REF, GL_TEXTURE_BINDING_2D,
+                         GL_MATRIX_MODE, GL_DEPTH_WRITEMASK, GL_DEPTH_FUNC, GL_LINE_WIDTH, GL_LINE_STIPPLE_PATTERN,
+                         GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS,
+                         GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST, GL_MODELVIEW_STACK_DEPTH,
+                         GL_PROJECTION_STACK_DEPTH, GL_TEXTURE_STACK_DEPTH, GL_ATTRIB_STACK_DEPTH,
+                         GL_CLIENT_ATTRIB_STACK_DEPTH, GL_ACTIVE_TEXTURE};
+  static const GLenum kQuads[] = {GL_VIEWPORT, GL_CURRENT_COLOR};
+  static const GLenum kMatrices[] = {GL_MODELVIEW_MATRIX, GL_PROJECTION_MATRIX, GL_TEXTURE_MATRIX};
+  for (const GLenum e : kEnables) numbers.push_back(glIsEnabled(e));
+  for (const GLenum e : kValues) add(e, 1);
+  for (const GLenum e : kQuads) add(e, 4);
+  for (const GLenum e : kMatrices) add(e, 16);
+  GLint env = 0;
+  glGetTexEnviv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, &env);
+  numbers.push_back(env);
+  return numbers;
+}
 
 TEST(TextState, BuildingAndDrawingLeaveEveryStateAsItWas) {
   Canvas c;
@@ -433,27 +417,26 @@ TEST(TextState, BuildingAndDrawingLeaveEveryStateAsItWas) {
   glOrtho(-3, 5, -2, 7, -1, 9);
   glMatrixMode(GL_MODELVIEW);
   glRotated(33, 1, 2, 3);
-  const GlState before = GlState::Capture();
+  const std::vector<double> before = GlState();
 
   Font font("Arial", 11);
   font.SetUnderline(true);
   CFontMap map(font);  // textures made now, in the current context
   ASSERT_FALSE(map.Pages().empty());
-  EXPECT_EQ(GlState::Capture().numbers, before.numbers);
+  EXPECT_EQ(GlState(), before);
   Line border;
   const TextBox box{kWhite, &border, 2.0};
   DrawText(map, "State \xE2\x82\xAC \xE4\xB8\xAD", Rgb(10, 20, 30), TextAnchor{20, 20, 0.0, TextAlignH::kCenter,
                                                                                TextAlignV::kCenter, 15.0},
            &box);
-  EXPECT_EQ(GlState::Capture().numbers, before.numbers);
+  EXPECT_EQ(GlState(), before);
   EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
   glDeleteTextures(1, &own);
 }
 
 TEST(TextState, PlacementIgnoresTheCallersMatricesAndFollowsTheViewport) {
   Canvas c(200, 100);
-  Arial font(10);
-  CFontMap map(font);
+  CFontMap map(Arial(10));
   DrawText(map, "Band", kBlack, TextAnchor{70, 40});
   const std::vector<Color> whole = c.Pixels();
   c.Clear();
@@ -468,8 +451,7 @@ TEST(TextState, PlacementIgnoresTheCallersMatricesAndFollowsTheViewport) {
 
 TEST(TextState, ProjectedAnchorsAreDepthTested) {
   Canvas c(200, 100);
-  Arial font(10);
-  CFontMap map(font);
+  CFontMap map(Arial(10));
   CapturedMatrices m;
   glMatrixMode(GL_PROJECTION);
   glOrtho(0, 200, 0, 100, -10, 10);
@@ -493,13 +475,12 @@ TEST(TextState, ProjectedAnchorsAreDepthTested) {
 }
 
 TEST(TextState, ReleaseDeletesOnlyInItsOwnContextAndForgottenMapsDrawAgain) {
-  Arial font(10);
   std::vector<Color> first;
   std::unique_ptr<CFontMap> map;
   GLuint page = 0;
   {
     Canvas a;
-    map = std::make_unique<CFontMap>(font);
+    map = std::make_unique<CFontMap>(Arial(10));
     page = map->Pages().at(0).texture;
     DrawText(*map, "Again", kBlack, TextAnchor{10, 10});
     first = a.Pixels();
@@ -551,8 +532,7 @@ TEST(FontMapManager, OneMapPerDistinctFont) {
   CFontMapManager fonts;
   Arial base(9);
   CFontMap& first = fonts.Get(base);
-  Arial same(9);
-  EXPECT_EQ(&fonts.Get(same), &first);
+  EXPECT_EQ(&fonts.Get(Arial(9)), &first);
   using Change = void (*)(Font&);
   const Change changes[] = {
       [](Font& f) { f.SetName("Liberation Serif"); }, [](Font& f) { f.SetSize(9.5); },
@@ -584,8 +564,7 @@ TEST(FontMapManager, OneMapPerDistinctFont) {
 
 TEST(TextRobustness, ThousandsOfCodePointsAndBrokenUtf8NeverFail) {
   Canvas c(300, 60);
-  Arial font(9);
-  CFontMap map(font);
+  CFontMap map(Arial(9));
   // 700 ideographs and 300 emoji the face lacks, filling page after page, with broken
   // sequences among them.
   std::string text;
@@ -610,11 +589,9 @@ TEST(TextRobustness, ThousandsOfCodePointsAndBrokenUtf8NeverFail) {
 
 TEST(TextRobustness, TinyAndHugeSizes) {
   Canvas c(400, 400);
-  Font tiny("Arial", 0.5);
-  CFontMap small(tiny);
+  CFontMap small(Font("Arial", 0.5));
   DrawText(small, "tiny", kBlack, TextAnchor{10, 10});
-  Font huge("Arial", 1000);  // 1333 pixels to the em: magnified from the largest rendering
-  CFontMap big(huge);
+  CFontMap big(Font("Arial", 1000));  // 1333 pixels to the em: magnified from the largest rendering
   EXPECT_GT(big.GlyphScale(), 1.0);
   EXPECT_EQ(big.GlyphCount(), 0u);  // nothing rendered before it is needed
   const TextMetrics m = big.Measure("l");

@@ -57,7 +57,7 @@ TEST(Marker, LetsRaiseTheirNamesOnlyOnChangeAndTheEdgeLineBubbles) {
   EXPECT_EQ(marker.Size(), 0.0);
 }
 
-TEST(Marker, EveryShapeConstantIsAcceptedAndNothingElse) {
+TEST(Marker, EveryShapeConstantIsAcceptedAndOtherShapesOrSizesAreRefusedChangingNothing) {
   Marker marker;
   const std::vector<std::int32_t> shapes{orvMarkerShape3DPyramid, orvMarkerShape2DSquare, orvMarkerShape2DTriangle,
                                          orvMarkerShape2DCircle,  orvMarkerShape2DPlus,   orvMarkerShape2DCross,
@@ -68,25 +68,19 @@ TEST(Marker, EveryShapeConstantIsAcceptedAndNothingElse) {
     EXPECT_EQ(marker.Shape(), shape);
   }
   marker.SetShape(orvMarkerShape2DCircle);
+  marker.SetSize(7.5);
   EventRecorder events(marker.PropertyChanged);
   for (std::int32_t bad : {2, 9, 15, -1, 100, std::numeric_limits<std::int32_t>::min()}) {
     EXPECT_ORVANE_ERROR(marker.SetShape(bad), 5, "Orvada.Marker",
                         "Invalid procedure call or argument")
         << bad;
   }
-  EXPECT_EQ(marker.Shape(), orvMarkerShape2DCircle);
-  EXPECT_TRUE(events.names.empty());
-}
-
-TEST(Marker, SizeMustBeFiniteAndNotNegative) {
-  Marker marker;
-  marker.SetSize(7.5);
-  EventRecorder events(marker.PropertyChanged);
   for (double bad : {kNaN, kInfinity, -kInfinity, -1e-300, -1.0}) {
     EXPECT_ORVANE_ERROR(marker.SetSize(bad), 5, "Orvada.Marker",
                         "Size must be a finite number of 0 or more.")
         << bad;
   }
+  EXPECT_EQ(marker.Shape(), orvMarkerShape2DCircle);
   EXPECT_EQ(marker.Size(), 7.5);
   EXPECT_TRUE(events.names.empty());
   marker.SetSize(1e300);
@@ -129,10 +123,10 @@ TEST(View, NewViewHasTheDocumentedDefaults) {
   EXPECT_EQ(marker.FillColor(), 0x00FFFFu);
 }
 
-// Each let with a new value raises the name the property is stored under, once; the same
-// value again raises nothing.
-TEST(View, EachLetRaisesItsStoredNameOnceAndNothingWhenUnchanged) {
-  const std::vector<std::pair<std::function<void(View&)>, std::string>> lets = {
+// A let of each of the view's own properties to a value other than its default, with the
+// name the property is stored under.
+const std::vector<std::pair<std::function<void(View&)>, std::string>>& Lets() {
+  static const std::vector<std::pair<std::function<void(View&)>, std::string>> lets = {
       {[](View& v) { v.SetVisible(false); }, "Visible"},
       {[](View& v) { v.SetUseMasterProperties(false); }, "UseMasterProperties"},
       {[](View& v) { v.SetContourFillVisible(false); }, "ContourFillVisible"},
@@ -142,16 +136,22 @@ TEST(View, EachLetRaisesItsStoredNameOnceAndNothingWhenUnchanged) {
       {[](View& v) { v.SetUserHullVisible(true); }, "UserHullVisible"},
       {[](View& v) { v.SetUserHullClipping(true); }, "ClipToUserHull"},
       {[](View& v) { v.SetTransparencyOn(true); }, "TransparencyOn"},
-      {[](View& v) { v.SetTransparency(0.25); }, "Transparency"},
+      {[](View& v) { v.SetTransparency(0.125); }, "Transparency"},
       {[](View& v) { v.SetContourLabelsVisible(true); }, "ContourLabelsVisible"},
       {[](View& v) { v.SetContourLabelsRotation(false); }, "ContourLabelRotation"},
       {[](View& v) { v.SetContourLabelsEdgeVisible(false); }, "ContourLabelEdgeVisible"},
       {[](View& v) { v.SetContourLabelsFillVisible(false); }, "ContourLabelFillVisible"},
-      {[](View& v) { v.SetContourLabelsFillColor(Rgb(255, 0, 0)); }, "ContourLabelColor"},
+      {[](View& v) { v.SetContourLabelsFillColor(0x80FF00FFu); }, "ContourLabelColor"},
       {[](View& v) { v.SetContourLabelsDensity(0); }, "ContourLabelDensity"},
       {[](View& v) { v.SetContourLabelsLevelSkipping(2); }, "ContourLabelLevelSkipping"},
   };
-  for (const auto& [let, name] : lets) {
+  return lets;
+}
+
+// Each let with a new value raises the name the property is stored under, once; the same
+// value again raises nothing.
+TEST(View, EachLetRaisesItsStoredNameOnceAndNothingWhenUnchanged) {
+  for (const auto& [let, name] : Lets()) {
     View view;
     EventRecorder events(view.PropertyChanged);
     let(view);
@@ -243,41 +243,29 @@ TEST(View, SettingAMasterCopiesTheOtherObjectIn) {
 }
 
 TEST(View, PersistsEveryKeyInItsStoredOrder) {
+  const std::string p = "Datasets.DataSet1.ViewMain.";
   const View view;
   PropertyBag bag;
-  view.WriteProperties(bag, "Datasets.DataSet1.ViewMain.");
+  view.WriteProperties(bag, p);
+  // A name ending in '.' is a line: its Color, DrawStyle and Width.
   std::vector<std::string> expected;
-  const auto line = [&expected](const std::string& prefix) {
-    for (const char* key : {"Color", "DrawStyle", "Width"}) expected.push_back(prefix + key);
-  };
-  for (const char* key : {"Visible", "UseMasterProperties", "MeshVisible"}) expected.push_back(key);
-  line("MeshLine.");
-  expected.push_back("ContourFillVisible");
-  expected.push_back("ContourLinesVisible");
-  line("ContourLinesMaster.");
-  for (const char* key : {"ContourLabelsVisible", "ContourLabelRotation", "ContourLabelEdgeVisible",
-                          "ContourLabelFillVisible", "ContourLabelColor", "ContourLabelDensity",
-                          "ContourLabelLevelSkipping"}) {
-    expected.push_back(key);
+  for (const std::string key :
+       {"Visible", "UseMasterProperties", "MeshVisible", "MeshLine.", "ContourFillVisible", "ContourLinesVisible",
+        "ContourLinesMaster.", "ContourLabelsVisible", "ContourLabelRotation", "ContourLabelEdgeVisible",
+        "ContourLabelFillVisible", "ContourLabelColor", "ContourLabelDensity", "ContourLabelLevelSkipping",
+        "ContourLabelsEdgeLine.", "DataHullVisible", "DataHullLine.", "UserHullVisible", "UserHullLine.",
+        "ClipToUserHull", "Transparency", "TransparencyOn", "DataMarkerMaster.FillColor",
+        "DataMarkerMaster.EdgeVisible", "DataMarkerMaster.FillVisible", "DataMarkerMaster.Shape",
+        "DataMarkerMaster.Size", "DataMarkerMaster.Visible", "DataMarkerMaster.EdgeLine.", "BaseVisible",
+        "BaseColor"}) {
+    if (key.back() == '.') {
+      for (const char* part : {"Color", "DrawStyle", "Width"}) expected.push_back(p + key + part);
+    } else {
+      expected.push_back(p + key);
+    }
   }
-  line("ContourLabelsEdgeLine.");
-  expected.push_back("DataHullVisible");
-  line("DataHullLine.");
-  expected.push_back("UserHullVisible");
-  line("UserHullLine.");
-  for (const char* key : {"ClipToUserHull", "Transparency", "TransparencyOn",
-                          "DataMarkerMaster.FillColor", "DataMarkerMaster.EdgeVisible",
-                          "DataMarkerMaster.FillVisible", "DataMarkerMaster.Shape",
-                          "DataMarkerMaster.Size", "DataMarkerMaster.Visible"}) {
-    expected.push_back(key);
-  }
-  line("DataMarkerMaster.EdgeLine.");
-  expected.push_back("BaseVisible");
-  expected.push_back("BaseColor");
-  for (std::string& key : expected) key = "Datasets.DataSet1.ViewMain." + key;
   EXPECT_EQ(Keys(bag), expected);
 
-  const std::string p = "Datasets.DataSet1.ViewMain.";
   EXPECT_EQ(bag.TypeOf(p + "ContourLabelColor"), PropertyType::Long);
   EXPECT_EQ(bag.ReadProperty(p + "ContourLabelColor", std::int32_t{0}), 0xFFFF);
   EXPECT_EQ(bag.TypeOf(p + "ContourLabelDensity"), PropertyType::Long);
@@ -292,28 +280,12 @@ TEST(View, PersistsEveryKeyInItsStoredOrder) {
 
 TEST(View, RoundTripsThroughStoredContentsAndAnEmptyBagRestoresTheDefaults) {
   View view;
-  view.SetVisible(false);
-  view.SetUseMasterProperties(false);
-  view.SetMeshVisible(true);
+  for (const auto& let : Lets()) let.first(view);
   view.MeshLine().SetWidth(2);
-  view.SetContourFillVisible(false);
-  view.SetContourLinesVisible(false);
   view.ContourLinesMaster().SetColor(Rgb(0, 128, 0));
-  view.SetContourLabelsVisible(true);
-  view.SetContourLabelsRotation(false);
-  view.SetContourLabelsEdgeVisible(false);
-  view.SetContourLabelsFillVisible(false);
-  view.SetContourLabelsFillColor(0x80FF00FFu);
-  view.SetContourLabelsDensity(9);
-  view.SetContourLabelsLevelSkipping(3);
   view.ContourLabelsEdgeLine().SetDrawStyle(orvDrawStyleDot);
-  view.SetDataHullVisible(false);
   view.DataHullLine().SetWidth(4);
-  view.SetUserHullVisible(true);
   view.UserHullLine().SetColor(Rgb(255, 0, 0));
-  view.SetUserHullClipping(true);
-  view.SetTransparency(0.125);
-  view.SetTransparencyOn(true);
   view.DataMarkersMaster().SetVisible(true);
   view.DataMarkersMaster().SetShape(orvMarkerShape3DPyramid);
   view.DataMarkersMaster().SetSize(4.25);
@@ -413,8 +385,7 @@ Contouring& Levels(Contouring& c, const std::vector<double>& values) {
 
 TEST(BandTexture, EvenLevelsFallJustAboveTexelEdgesSoAHeightOnALevelShowsTheBandAbove) {
   Contouring c;
-  Levels(c, {10, 20, 30});
-  const detail::BandTexture t = detail::MakeBandTexture(c, 50.0, 4096);
+  const detail::BandTexture t = detail::MakeBandTexture(Levels(c, {10, 20, 30}), 50.0, 4096);
   ASSERT_EQ(t.texels.size(), 4096u);  // four bands of 1024 texels
   EXPECT_EQ(t.step, 10.0 / 1024);
   for (std::size_t k = 0; k < 3; ++k) {
@@ -430,8 +401,7 @@ TEST(BandTexture, EvenLevelsFallJustAboveTexelEdgesSoAHeightOnALevelShowsTheBand
 TEST(BandTexture, UnevenOneTooManyOrBadLevels) {
   // Uneven: every level within a texel of its place.
   Contouring uneven;
-  Levels(uneven, {0, 1, 5});
-  const detail::BandTexture t = detail::MakeBandTexture(uneven, 5.0, 4096);
+  const detail::BandTexture t = detail::MakeBandTexture(Levels(uneven, {0, 1, 5}), 5.0, 4096);
   ASSERT_EQ(t.texels.size(), 4096u);
   for (const double level : {0.0, 1.0, 5.0}) {
     EXPECT_EQ(TexelAt(t, level + t.step), uneven.FindColor(level, false)) << level;
@@ -439,8 +409,7 @@ TEST(BandTexture, UnevenOneTooManyOrBadLevels) {
   }
   // One level: a step from the data's range.
   Contouring one;
-  Levels(one, {3});
-  const detail::BandTexture single = detail::MakeBandTexture(one, 2.0, 4096);
+  const detail::BandTexture single = detail::MakeBandTexture(Levels(one, {3}), 2.0, 4096);
   EXPECT_EQ(TexelAt(single, 3.0), Rgb(40, 0, 0));
   EXPECT_EQ(TexelAt(single, 2.999), Rgb(0, 0, 200));
   // More bands than texels: no more texels than the card takes.

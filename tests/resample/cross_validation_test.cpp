@@ -169,7 +169,7 @@ TEST(CrossValidation, InverseDistanceAndNaturalNeighbourLeaveEachPointOut) {
   const CrossValidation global = CrossValidate(idw, p.x, p.y, p.z);
   const CrossValidation near = CrossValidate(local, p.x, p.y, p.z);
   const CrossValidation natural = CrossValidate(nn, p.x, p.y, p.z);
-  std::vector<double> hx, hy;
+  nn.SetBlankOutsideHull(true);  // for the grids of the others, below
   std::int64_t outside = 0, outOfRange = 0;
   for (std::size_t i = 0; i < p.x.size(); ++i) {
     const Points rest = Without(p, i);
@@ -183,11 +183,7 @@ TEST(CrossValidation, InverseDistanceAndNaturalNeighbourLeaveEachPointOut) {
       EXPECT_NEAR(near.points[i].predicted, at[0], 1e-12 * std::fabs(at[0])) << i;
     }
     // The grid of the others at the point alone, blank outside their hull.
-    Resampling grid;
-    grid.SetResamplerType(orvResamplerTypeNNGridR);
-    grid.NNGridR().SetParameter("Extrap", 0.0);
-    grid.SetBlankOutsideHull(true);
-    const double value = ResampleOnto(grid, rest.x, rest.y, rest.z, std::vector<double>{p.x[i]}, std::vector<double>{p.y[i]}).z[0];
+    const double value = ResampleOnto(nn, rest.x, rest.y, rest.z, std::vector<double>{p.x[i]}, std::vector<double>{p.y[i]}).z[0];
     if (std::isnan(value)) ++outside;
     EXPECT_EQ(std::isnan(natural.points[i].predicted), std::isnan(value)) << i;
     if (!std::isnan(value)) {

@@ -64,8 +64,15 @@ double DirectEstimate(const Points& p, const std::vector<std::size_t>& use, int 
   return estimate;
 }
 
+// An engine, given the points and the grid g by g when they are named.
 struct Engine {
   KrigingHandle h = KrigingCreate();
+  Engine() = default;
+  Engine(const Points& p, const std::vector<double>& g) {
+    EXPECT_EQ(KrigingSetData(h, static_cast<std::int32_t>(p.x.size()), p.x.data(), p.y.data(), p.z.data()), kKrigingOk);
+    const auto n = static_cast<std::int32_t>(g.size());
+    EXPECT_EQ(KrigingSetGridCoordinate(h, n, g.data(), n, g.data()), kKrigingOk);
+  }
   ~Engine() { KrigingDelete(h); }
 };
 
@@ -81,9 +88,7 @@ TEST(KrigingEngine, GlobalEstimatesMatchADirectSolveForEveryModel) {
   std::vector<std::size_t> all(p.x.size());
   std::iota(all.begin(), all.end(), 0);
   for (int model = 0; model <= 3; ++model) {
-    Engine e;
-    ASSERT_EQ(KrigingSetData(e.h, 150, p.x.data(), p.y.data(), p.z.data()), kKrigingOk);
-    ASSERT_EQ(KrigingSetGridCoordinate(e.h, 9, g.data(), 9, g.data()), kKrigingOk);
+    Engine e(p, g);
     KrigingSetBlockKriging(e.h, false);
     KrigingSetModel(e.h, model);
     KrigingSetRange(e.h, 0.8);
@@ -110,9 +115,7 @@ TEST(KrigingEngine, ExactAtDataPointsAndBlockEqualsGlobalOnSmallInputs) {
   const std::vector<double> g = Axis(5);
   std::vector<double> global(25), block(25), variance(25);
   for (bool mode : {false, true}) {
-    Engine e;
-    KrigingSetData(e.h, 20, p.x.data(), p.y.data(), p.z.data());
-    KrigingSetGridCoordinate(e.h, 5, g.data(), 5, g.data());
+    Engine e(p, g);
     KrigingSetBlockKriging(e.h, mode);
     KrigingSetModel(e.h, 1);
     ASSERT_EQ(KrigingCalculate(e.h), kKrigingOk);
@@ -127,9 +130,7 @@ TEST(KrigingEngine, ExactAtDataPointsAndBlockEqualsGlobalOnSmallInputs) {
 TEST(KrigingEngine, BlockModeUsesTheNearestThirtyTwoPoints) {
   const Points p = Random(400, 3);
   const std::vector<double> g = Axis(6);
-  Engine e;
-  KrigingSetData(e.h, 400, p.x.data(), p.y.data(), p.z.data());
-  KrigingSetGridCoordinate(e.h, 6, g.data(), 6, g.data());
+  Engine e(p, g);
   KrigingSetModel(e.h, 2);
   ASSERT_EQ(KrigingCalculate(e.h), kKrigingOk);
   std::vector<double> values(36);
@@ -153,9 +154,7 @@ TEST(KrigingEngine, SingularAndOversizedSystemsAreRefused) {
   p.x[7] = p.x[2];
   p.y[7] = p.y[2];  // two points coincide
   const std::vector<double> g = Axis(3);
-  Engine e;
-  KrigingSetData(e.h, 10, p.x.data(), p.y.data(), p.z.data());
-  KrigingSetGridCoordinate(e.h, 3, g.data(), 3, g.data());
+  Engine e(p, g);
   KrigingSetBlockKriging(e.h, false);
   EXPECT_EQ(KrigingCalculate(e.h), kKrigingSingular);
   EXPECT_NE(std::string(KrigingGetLastError(e.h)).find("singular"), std::string::npos);
@@ -178,9 +177,7 @@ TEST(KrigingEngine, SingularAndOversizedSystemsAreRefused) {
 TEST(KrigingEngine, ThreadedRunReportsProgressAndCanBeCancelled) {
   const Points p = Random(2000, 6);
   const std::vector<double> g = Axis(40);
-  Engine e;
-  KrigingSetData(e.h, 2000, p.x.data(), p.y.data(), p.z.data());
-  KrigingSetGridCoordinate(e.h, 40, g.data(), 40, g.data());
+  Engine e(p, g);
   ASSERT_EQ(KrigingCalculateInThread(e.h), kKrigingOk);
   while (!KrigingIsFinish(e.h)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   EXPECT_EQ(KrigingGetLastStatus(e.h), kKrigingOk);

@@ -144,19 +144,10 @@ TEST(NaturalNeighbour, MeshIsDelaunayAndOrderDoesNotMatter) {
   const Points p = Random(600, 5, Bump);
   Points wide = p;  // very different ranges on the two axes
   for (double& x : wide.x) x *= 1e6;
-  Points shuffled = Lattice(10, Bump);
-  const Points lattice = shuffled;
-  std::shuffle(shuffled.x.begin(), shuffled.x.end(), std::mt19937_64(9));
-  std::shuffle(shuffled.y.begin(), shuffled.y.end(), std::mt19937_64(9));
-  std::shuffle(shuffled.z.begin(), shuffled.z.end(), std::mt19937_64(9));
-  EXPECT_TRUE(NaturalNeighbour(p.x, p.y, p.z).IsDelaunay());
-  EXPECT_TRUE(NaturalNeighbour(wide.x, wide.y, wide.z).IsDelaunay());
-  EXPECT_TRUE(NaturalNeighbour(lattice.x, lattice.y, lattice.z).IsDelaunay());
+  for (const Points& q : {p, wide, Lattice(10, Bump)}) EXPECT_TRUE(NaturalNeighbour(q.x, q.y, q.z).IsDelaunay());
 
   Points reversed = p;
-  std::reverse(reversed.x.begin(), reversed.x.end());
-  std::reverse(reversed.y.begin(), reversed.y.end());
-  std::reverse(reversed.z.begin(), reversed.z.end());
+  for (std::vector<double>* v : {&reversed.x, &reversed.y, &reversed.z}) std::reverse(v->begin(), v->end());
   std::vector<double> gx, gy;
   for (int k = 0; k <= 30; ++k) {
     gx.push_back(-0.1 + 1.2 * k / 30);

@@ -209,10 +209,8 @@ TEST(Resamplers, PointsWithoutExtentAreRefusedByKrigingAndNaturalNeighbour) {
   for (const Case& c : cases) {
     for (const bool autoSetRange : {true, false}) {
       Resampling settings;
-      settings.SetDataLimits(*std::min_element(c.points.x.begin(), c.points.x.end()),
-                             *std::max_element(c.points.x.begin(), c.points.x.end()),
-                             *std::min_element(c.points.y.begin(), c.points.y.end()),
-                             *std::max_element(c.points.y.begin(), c.points.y.end()));
+      settings.SetDataLimits(std::ranges::min(c.points.x), std::ranges::max(c.points.x), std::ranges::min(c.points.y),
+                             std::ranges::max(c.points.y));
       settings.Kriging().SetAutoSetRange(autoSetRange);
       testing::EventRecorder events(settings.PropertyChanged);
       KrigingResampler kriging(settings);
@@ -336,10 +334,9 @@ TEST(NNGridR, EveryParameterByNameWithDefaultsAndChecks) {
   ASSERT_EQ(NNGridR::ParameterNames().size(), 19u);
   EXPECT_EQ(NNGridR::ParameterNames().front(), "BI");
   EXPECT_EQ(NNGridR::ParameterNames().back(), "VertLap");
-  EXPECT_EQ(p.Parameter("BI"), 1.0);
-  EXPECT_EQ(p.Parameter("Extrap"), 1.0);
-  EXPECT_EQ(p.Parameter("MagX"), 1.0);
-  EXPECT_EQ(p.Parameter("Nuldat"), 0.0);
+  for (const auto& [name, value] : {std::pair{"BI", 1.0}, {"Extrap", 1.0}, {"MagX", 1.0}, {"Nuldat", 0.0}}) {
+    EXPECT_EQ(p.Parameter(name), value) << name;
+  }
   EXPECT_FALSE(p.UseGradients());
   testing::EventRecorder events(p.PropertyChanged);
   p.SetParameter("IGrad", 5);  // any non-zero value is True

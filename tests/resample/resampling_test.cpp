@@ -90,9 +90,9 @@ TEST(InverseDistance, WeightingPowerValidation) {
   EXPECT_ORVANE_ERROR(idw.SetWeightingPower(-1), 5, "Orvada.InverseDistance",
                       "Weighting power must be greater than or equal to 0");
   const char* const finite = "Weighting power must be a finite number.";
-  EXPECT_ORVANE_ERROR(idw.SetWeightingPower(NAN), 5, "Orvada.InverseDistance", finite);
-  EXPECT_ORVANE_ERROR(idw.SetWeightingPower(INFINITY), 5, "Orvada.InverseDistance", finite);
-  EXPECT_ORVANE_ERROR(idw.SetWeightingPower(-INFINITY), 5, "Orvada.InverseDistance", finite);
+  for (double power : {NAN, INFINITY, -INFINITY}) {
+    EXPECT_ORVANE_ERROR(idw.SetWeightingPower(power), 5, "Orvada.InverseDistance", finite);
+  }
   // Stored settings are checked alike, before anything changes.
   Resampling r;
   PropertyBag bag;
@@ -135,12 +135,9 @@ TEST(InverseDistance, ParallelGridIsBitwiseTheSerialRule) {
     z.push_back(unit(random) * 100 - 50);
   }
   // Grid points on data points (exact hits) and a duplicated point.
-  x.push_back(0.25);
-  y.push_back(0.5);
-  z.push_back(42);
-  x.push_back(0.25);
-  y.push_back(0.5);
-  z.push_back(-42);
+  x.insert(x.end(), {0.25, 0.25});
+  y.insert(y.end(), {0.5, 0.5});
+  z.insert(z.end(), {42, -42});
   std::vector<double> gx, gy;
   for (int i = 0; i <= 20; ++i) gx.push_back(i * 0.05);
   for (int j = 0; j <= 16; ++j) gy.push_back(j * 0.0625);

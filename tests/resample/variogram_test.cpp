@@ -151,8 +151,7 @@ TEST(Variogram, BinsEqualAPairLoopAlsoInOneDirection) {
     std::vector<double> sumD(8, 0.0), sumG(8, 0.0);
     std::vector<std::int64_t> count(8, 0);
     for (std::size_t i = 0; i < p.x.size(); ++i) {
-      for (std::size_t j = 0; j < p.x.size(); ++j) {
-        if (j <= i) continue;
+      for (std::size_t j = i + 1; j < p.x.size(); ++j) {
         const double dx = p.x[j] - p.x[i], dy = p.y[j] - p.y[i], d = std::sqrt(dx * dx + dy * dy);
         if (d > 40.0) continue;
         const double angle = std::atan2(std::fabs(dy), std::fabs(dx)) * 180.0 / 3.141592653589793;
