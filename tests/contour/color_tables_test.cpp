@@ -337,10 +337,10 @@ TEST(ColorTableLoad, BadRangesAndTablesAreRefusedAndTheMapKept) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double inf = std::numeric_limits<double>::infinity();
   const std::string range = "A colour table needs a level range of finite numbers, the first below the last.";
-  for (const auto& [first, last] : std::vector<std::pair<double, double>>{
+  for (const auto& limits : std::vector<std::pair<double, double>>{
            {1, 1}, {2, 1}, {nan, 1}, {0, nan}, {-inf, 0}, {0, inf}, {-1e308, 1e308}}) {
-    SCOPED_TRACE(std::to_string(first) + " " + std::to_string(last));
-    EXPECT_ORVANE_ERROR(LoadColorTable(map, good, first, last), 5, "Orvada.ColorMap", range);
+    SCOPED_TRACE(std::to_string(limits.first) + " " + std::to_string(limits.second));
+    EXPECT_ORVANE_ERROR(LoadColorTable(map, good, limits.first, limits.second), 5, "Orvada.ColorMap", range);
   }
   ColorTable bad = good;
   bad.colors.pop_back();

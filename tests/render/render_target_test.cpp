@@ -156,7 +156,7 @@ TEST(RenderTarget, PixelsAreReadBackAsBgrBytesBottomRowFirst) {
   RenderTarget target;
   CreateWithContext(target, 37, 30);
   const Color orange = Rgb(255, 128, 0);
-  DrawAndRead(target, [orange] {
+  DrawAndRead(target, [&] {
     PixelProjection(37, 30);
     ClearTo(orange);
     FillRect(kGreen, 0, 15, 37, 30);  // the upper half in OpenGL's coordinates
@@ -302,9 +302,10 @@ TEST(RenderTarget, RefusedSizesKeepTheTargetAsItWasAndTheLargestSideIsTaken) {
   const std::tuple<int, int, std::string> refused[] = {
       {-1, 10, negative}, {10, -2147483647 - 1, negative}, {70000, 70000, large}, {16385, 1, large},
       {2147483647, 2147483647, large}};
-  for (const auto& [w, h, why] : refused) {
+  for (const auto& size : refused) {
+    const int w = std::get<0>(size), h = std::get<1>(size);
     EXPECT_ORVANE_ERROR(target.Create(w, h), 5, "Orvada.Surface",
-                        "The drawing size " + std::to_string(w) + " x " + std::to_string(h) + why);
+                        "The drawing size " + std::to_string(w) + " x " + std::to_string(h) + std::get<2>(size));
   }
 
   EXPECT_EQ(target.Width(), 16);
