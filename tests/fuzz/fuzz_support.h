@@ -80,6 +80,20 @@ inline std::vector<std::uint8_t> AsReadBack(const std::vector<std::uint8_t>& sta
   return bag.Contents();
 }
 
+// Whether a State resamples a data set by kriging. Restoring it runs kriging again with
+// Range and Sill read back as 1 and 2, so what follows from the grid (the Z limits, the
+// axes, the levels) may differ from what was saved; only a refusal's bytes hold then.
+inline bool Krigs(const std::vector<std::uint8_t>& state) {
+  PropertyBag bag;
+  bag.SetContents(state);
+  for (const auto& item : bag.Items()) {
+    if (item.first.ends_with("Resampling.ResamperType") && bag.ReadProperty(item.first, std::int32_t{0}) == 2) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // Runs f: true when it returned, false when it raised orvane::Error.
 template <class F>
 bool Accepted(F&& f) {

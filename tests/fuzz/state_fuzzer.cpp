@@ -49,7 +49,9 @@ void Try(orvane::Surface& surface, const std::vector<std::uint8_t>& bytes, std::
   // a Nugget above 2 refuses when the grid is made, and then nothing changes.
   const auto now = surface.State(orvane::orvStateTypeFormattingAndData);
   if (Accepted([&] { surface.SetState(taken, form); })) {
-    CheckSame(orvane::fuzz::AsReadBack(taken), surface.State(form), "an accepted State did not read back to the same bytes");
+    if (!orvane::fuzz::Krigs(taken)) {
+      CheckSame(orvane::fuzz::AsReadBack(taken), surface.State(form), "an accepted State did not read back to the same bytes");
+    }
   } else {
     CheckSame(now, surface.State(orvane::orvStateTypeFormattingAndData), "a refused State changed the control");
   }
