@@ -1,6 +1,7 @@
 #include "mlib_scale.h"
 
 #include <cmath>
+#include <limits>
 
 #include "orvane/core/color.h"
 #include "orvane/core/error.h"
@@ -55,9 +56,13 @@ void RoundRangeToInterval(double min, double max, double interval, double& round
 }
 
 void WidenDegenerateRange(double& min, double& max) {
+  // A range wholly among the subnormal numbers has no interval that can be written: a
+  // tenth of it underflows to 0 (and the scale to NaN). It counts as no width at 0.
+  const double smallest = std::numeric_limits<double>::min();
+  const bool subnormal = std::fabs(min) < smallest && std::fabs(max) < smallest;
   const double range = max - min;
-  if (range != 0.0 && !(std::fabs(range) < RelativeEpsilon(max))) return;
-  double e = max == 0.0 ? 0.0 : std::trunc(Log10(std::fabs(max)));
+  if (!subnormal && range != 0.0 && !(std::fabs(range) < RelativeEpsilon(max))) return;
+  double e = max == 0.0 || subnormal ? 0.0 : std::trunc(Log10(std::fabs(max)));
   e -= 1.0;
   const double h = std::pow(10.0, e) / 2.0;
   if (!(kLargestDouble - h > max)) {

@@ -68,8 +68,9 @@ TEST(MLibScale, AutoRangeAndIntervalTable) {
 }
 
 TEST(MLibScale, DegenerateRangesAreWidenedByATenthOfTheirDecade) {
+  // A range among the subnormal numbers is one of no width at 0.
   const double cases[][4] = {{5, 5, 4.95, 5.05}, {0, 0, -0.05, 0.05}, {100, 100, 95, 105},
-                             {-3, -3, -3.05, -2.95}};
+                             {-3, -3, -3.05, -2.95}, {0, 5e-323, -0.05, 0.05}, {-1e-310, 2e-320, -0.05, 0.05}};
   for (const auto& c : cases) {
     double min = c[0], max = c[1];
     WidenDegenerateRange(min, max);
@@ -91,6 +92,11 @@ TEST(MLibScale, DegenerateRangesAreWidenedByATenthOfTheirDecade) {
   EXPECT_GT(interval, 0.0);
   EXPECT_LE(lo, 4.95);
   EXPECT_GE(hi, 5.05);
+  // Nor one of subnormal width, whose tenth would underflow to 0.
+  AutoRangeAndInterval(0, 5e-323, 10, true, false, lo, hi, interval);
+  EXPECT_EQ(interval, 0.01);
+  EXPECT_EQ(lo, -0.05);
+  EXPECT_EQ(hi, 0.05);
 }
 
 TEST(MLibScale, IndexBoundsSnapToExactMultiples) {
