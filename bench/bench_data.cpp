@@ -53,7 +53,7 @@ BENCHMARK(BM_TriangulateThreads)->Args({1000000, 1})->Args({1000000, 2})->ArgNam
 std::string GridText(int side, bool dsaa) {
   const std::string path = "/tmp/orvane-bench-" + std::to_string(getpid()) + (dsaa ? ".grd" : ".xyz");
   std::ofstream out(path);
-  auto z = [side](int i, int j) { return 100 + 30 * std::sin(0.01 * i) * std::cos(0.013 * j) + i * 1e-3; };
+  auto z = [](int i, int j) { return 100 + 30 * std::sin(0.01 * i) * std::cos(0.013 * j) + i * 1e-3; };
   char line[96];
   if (dsaa) {
     out << "DSAA\n" << side << ' ' << side << "\n0 " << side - 1 << "\n0 " << side - 1 << "\n70 130\n";
