@@ -87,7 +87,7 @@ class Surface {
   /// Restores a State and refreshes, whatever AutoRefresh says: the properties whatever
   /// the type, the data only for orvStateTypeFormattingAndData. Bytes that are not a
   /// bag's contents, or a value that cannot be used, raise error 5 and leave the control
-  /// as it was.
+  /// as it was; so does a refresh that refuses what was read, raising its own error.
   void SetState(const std::vector<std::uint8_t>& bytes, std::int32_t type = orvStateTypeFormatting);
 
   // --- Objects --------------------------------------------------------------------------
