@@ -322,14 +322,19 @@ void Surface::ReadPropertiesInPlace(const PropertyBag& given, bool withData) {
   InvalidatePlots();
 }
 
+void Surface::WriteState(PropertyBag& bag, bool withData) const {
+  WriteProperties(bag);
+  if (!withData) return;
+  const SurfaceState& s = *state_;
+  for (std::int32_t i = 0; i < s.dataSets.Count(); ++i) {
+    s.dataSets.Item(i).WriteContents(bag, "Datasets.DataSet" + std::to_string(i + 1) + ".");
+  }
+}
+
 std::vector<std::uint8_t> Surface::State(std::int32_t type) const {
   PropertyBag bag;
-  if (type == orvStateTypeFormatting || type == orvStateTypeFormattingAndData) WriteProperties(bag);
-  if (type == orvStateTypeFormattingAndData) {
-    const SurfaceState& s = *state_;
-    for (std::int32_t i = 0; i < s.dataSets.Count(); ++i) {
-      s.dataSets.Item(i).WriteContents(bag, "Datasets.DataSet" + std::to_string(i + 1) + ".");
-    }
+  if (type == orvStateTypeFormatting || type == orvStateTypeFormattingAndData) {
+    WriteState(bag, type == orvStateTypeFormattingAndData);
   }
   return bag.Contents();
 }
@@ -345,7 +350,7 @@ void Surface::SetState(const std::vector<std::uint8_t>& bytes, std::int32_t type
   // from the keys "1" and "2", which are written here too so that they come back as they
   // were.
   PropertyBag previous;
-  previous.SetContents(State(orvStateTypeFormattingAndData));
+  WriteState(previous, true);
   for (const auto& item : std::vector(previous.Items())) {
     if (item.first.ends_with("Kriging.Range")) {
       previous.WriteProperty(item.first.substr(0, item.first.size() - 5) + "1", item.second);

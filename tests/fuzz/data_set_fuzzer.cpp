@@ -23,17 +23,6 @@ using orvane::fuzz::CheckSame;
 
 namespace {
 
-// A new control for each input, so that an input found once is found again alone.
-struct Control {
-  orvane::HeadlessHost host;
-  orvane::Surface surface{host};
-
-  Control() {
-    surface.InitProperties();
-    surface.OnResize(64, 48);
-  }
-};
-
 // A value of the kind the input picks.
 double Hostile(FuzzedDataProvider& fuzz, const std::vector<double>& earlier) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -107,7 +96,7 @@ void Settle(orvane::Surface& s, FuzzedDataProvider& fuzz) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  Control c;
+  orvane::fuzz::Control c(false);
   FuzzedDataProvider fuzz(data, size);
   orvane::Surface& s = c.surface;
   orvane::DataSet& set = s.DataSets().Item(0);

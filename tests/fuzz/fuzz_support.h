@@ -11,8 +11,10 @@
 #include <string>
 #include <vector>
 
+#include "orvane/control/surface.h"
 #include "orvane/core/error.h"
 #include "orvane/core/property_bag.h"
+#include "orvane/host/headless_host.h"
 
 namespace orvane::fuzz {
 
@@ -93,6 +95,22 @@ inline bool Krigs(const std::vector<std::uint8_t>& state) {
   }
   return false;
 }
+
+// A control drawing at 64 x 48, new for each input, so that an input found once is found
+// again alone; with the sample data when asked.
+struct Control {
+  HeadlessHost host;
+  Surface surface{host};
+
+  explicit Control(bool sample) {
+    surface.InitProperties();
+    surface.OnResize(64, 48);
+    if (sample) {
+      surface.ShowSampleData();
+      surface.Refresh();
+    }
+  }
+};
 
 // Runs f: true when it returned, false when it raised orvane::Error.
 template <class F>

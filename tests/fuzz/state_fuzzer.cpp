@@ -15,19 +15,6 @@ using orvane::fuzz::CheckSame;
 
 namespace {
 
-// A new control for each input, so that an input found once is found again alone.
-struct Control {
-  orvane::HeadlessHost host;
-  orvane::Surface surface{host};
-
-  Control() {
-    surface.InitProperties();
-    surface.OnResize(64, 48);
-    surface.ShowSampleData();
-    surface.Refresh();
-  }
-};
-
 void Try(orvane::Surface& surface, const std::vector<std::uint8_t>& bytes, std::int32_t type) {
   const auto before = surface.State(orvane::orvStateTypeFormattingAndData);
   if (!Accepted([&] { surface.SetState(bytes, type); })) {
@@ -51,7 +38,7 @@ void Try(orvane::Surface& surface, const std::vector<std::uint8_t>& bytes, std::
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  Control c;
+  orvane::fuzz::Control c(true);
   const std::vector<std::uint8_t> bytes(data, data + size);
   Try(c.surface, bytes, orvane::orvStateTypeFormattingAndData);
   Try(c.surface, bytes, orvane::orvStateTypeFormatting);

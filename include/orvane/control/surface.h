@@ -285,6 +285,8 @@ class Surface {
   void EnsureTarget();
   // Makes the target again at its size and sample count, when it was made.
   void RemakeTarget();
+  // Writes the formatting and, with data, every data set's data: what State gives.
+  void WriteState(PropertyBag& bag, bool withData) const;
   // ReadProperties without the trial on a scratch control; with data, the data sets' data
   // too.
   void ReadPropertiesInPlace(const PropertyBag& bag, bool withData);
