@@ -64,6 +64,7 @@ struct RenderOptions {
   std::string projections = "none";  // the views on the cube's top and bottom faces
   std::string xlabel, ylabel, zlabel;  // axis titles
   std::int64_t samples = 4;   // per pixel: antialiasing
+  bool fullDetail = false;    // fill and mesh from every triangle, however many
   std::string aspect;         // equal, auto, or empty: by the data's shape
   bool lighting = false;
   bool base = false;            // a solid block under the 3-D surface
@@ -300,6 +301,7 @@ void Prepare(const RenderOptions& o, const std::optional<ColorTable>& table, Sur
   }
   if (!fromState || given("--zoom")) surface.SetZoom(o.zoom);
   if (given("--samples")) surface.SetSamples(static_cast<std::int32_t>(o.samples));
+  if (o.fullDetail) surface.SetLevelOfDetail(false);
   Contouring& contouring = surface.Contouring();
   // Named maps of the control by type, the others through the user map; a table of data
   // values is placed on the levels once they are known (ColourLevels).
@@ -494,6 +496,9 @@ void AddPlotOptions(CLI::App& command, RenderOptions& o) {
   command.add_option("--projections", o.projections,
                      "none (default), top, bottom or both: the map drawn again on the cube's top or bottom face");
   command.add_option("--samples", o.samples, "Samples per pixel, 1 to 16 (default 4: smooth edges; 1: exact colours)");
+  command.add_flag("--full-detail", o.fullDetail,
+                   "Draw the fill and mesh from every triangle (by default data of more than 4 triangles a "
+                   "pixel are drawn from a decimated mesh; contour lines always come from the full data)");
   command.add_option("--aspect", o.aspect,
                      "equal (one unit as long on X as on Y) or auto (X and Y fill the plot); "
                      "default equal when the X and Y spans are within a factor of 10");

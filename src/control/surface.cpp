@@ -103,6 +103,7 @@ detail::FrameSettings SettingsOf(SurfaceState& s, const detail::RenderTarget& ta
   f.offsetHorizontal = s.offsetHorizontal;
   f.offsetVertical = s.offsetVertical;
   f.fitPlotArea = s.fitPlotArea;
+  f.levelOfDetail = s.levelOfDetail;
   double m[16];
   s.Trackball().GetRotationMatrix(m);
   std::copy(m, m + 16, f.rotation.begin());
@@ -145,6 +146,7 @@ void Surface::InitProperties() {
   s.lightingIntensitySpotlight = 1.0;
   s.lightingIntensityAmbient = 0.5;
   s.fitPlotArea = false;
+  s.levelOfDetail = true;
   if (s.samples != 1) {
     s.samples = 1;
     RemakeTarget();
@@ -215,6 +217,8 @@ void Surface::WriteProperties(PropertyBag& bag) const {
   bag.WriteProperty("Zoom", s.zoom);
   bag.WriteProperty("Samples", s.samples);
   bag.WriteProperty("FitPlotArea", s.fitPlotArea);
+  // Written only when off, so that a State from before it reads as it was saved.
+  if (!s.levelOfDetail) bag.WriteProperty("LevelOfDetail", false);
   s.axes.WriteProperties(bag, "Axes.");
   s.contouring.WriteProperties(bag, "Contouring.");
   bag.WriteProperty("Datasets.Count", s.dataSets.Count());
@@ -272,6 +276,7 @@ void Surface::ReadPropertiesInPlace(const PropertyBag& given, bool withData) {
   const double zoom = bag.ReadProperty("Zoom", 1.0);
   const auto samples = bag.ReadProperty("Samples", std::int32_t{1});
   const bool fitPlotArea = bag.ReadProperty("FitPlotArea", false);
+  const bool levelOfDetail = bag.ReadProperty("LevelOfDetail", true);
   const auto count = bag.ReadProperty("Datasets.Count", std::int32_t{0});
   if (appearance < orvFlat || appearance > orv3d || border < orvNone || border > orvFixedSingle ||
       (plotType != orvPlotType3D && plotType != orvPlotType2D)) {
@@ -300,6 +305,7 @@ void Surface::ReadPropertiesInPlace(const PropertyBag& given, bool withData) {
   s.Trackball().SetRotation(rx, ry, rz);
   s.zoom = zoom;
   s.fitPlotArea = fitPlotArea;
+  s.levelOfDetail = levelOfDetail;
   SetSamples(samples);
   s.axes.ReadProperties(bag, "Axes.");
   s.contouring.ReadProperties(bag, "Contouring.");
@@ -630,6 +636,9 @@ void Surface::RemakeTarget() {
 
 bool Surface::FitPlotArea() const noexcept { return state_->fitPlotArea; }
 void Surface::SetFitPlotArea(bool value) { Let(state_->fitPlotArea, value, "FitPlotArea"); }
+
+bool Surface::LevelOfDetail() const noexcept { return state_->levelOfDetail; }
+void Surface::SetLevelOfDetail(bool value) { Let(state_->levelOfDetail, value, "LevelOfDetail"); }
 
 void Surface::SetZoom(double value) {
   if (value == state_->zoom) return;

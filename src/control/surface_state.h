@@ -65,6 +65,7 @@ struct SurfaceState {
   double lightingIntensityAmbient = 0.5;
   std::int32_t samples = 1;   // per pixel of the drawing target
   bool fitPlotArea = false;   // 2-D maps centred and fitted in the plot area
+  bool levelOfDetail = true;  // meshes of far more triangles than pixels drawn decimated
 
   float lastMouseX = 0.0F;  // the last button press, for a drag
   float lastMouseY = 0.0F;

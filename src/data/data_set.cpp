@@ -215,6 +215,8 @@ void DataSetState::Reset(bool keepUserHull) {
   resampledZ.clear();
   blankCount = 0;
   geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
+  ++meshGeneration;
+  detailMesh = {};
   contourLines.assign(1, CLineList{});
   contourGeneration = NextContourGeneration();
   bandTriangles.clear();
@@ -318,6 +320,8 @@ void DataSetState::RebuildMeshIfNeeded() {
     }
   }
   geometryChanged = {true, true, true};
+  ++meshGeneration;
+  detailMesh = {};
   contoursStale = true;
   needsRebuild = false;
 }

@@ -45,6 +45,21 @@ struct DataSetState {
   // Blank nodes (NaN) of the grid mesh: a blanked input grid's, or the resampled grid's.
   std::int64_t blankCount = 0;
   std::unique_ptr<CTriangulate> triangulation;  // made on first use
+  // Changes whenever the mesh is rebuilt or cleared: what the views work out from the
+  // mesh follows it.
+  std::uint64_t meshGeneration = 0;
+  // The decimated mesh the views draw in place of a mesh of far more triangles than the
+  // plot has pixels (src/render/level_of_detail.h), kept while the mesh and its level
+  // stay: a grid thinned to every level-th node (x, y, z normalised, gridX by gridY
+  // nodes), or a clustered triangulation (x, y, z of its points and their triples).
+  struct DetailMesh {
+    std::uint64_t generation = 0;
+    std::size_t level = 0;  // 0: none made
+    std::vector<double> x, y, z;
+    std::size_t gridX = 0, gridY = 0;
+    std::vector<std::int32_t> indices;
+  };
+  DetailMesh detailMesh;
 
   // Data hull and user hull, normalised; the user hull also as the host gave it.
   std::vector<double> dataHullX, dataHullY;

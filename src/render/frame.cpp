@@ -255,7 +255,17 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
     listInputs_ = listInputs;
   }
   FillCache fills;
-  const ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.is3D, f.cubeLengths, &fills};
+  ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.is3D, f.cubeLengths, &fills};
+  if (settings.levelOfDetail) {
+    context.detailPixels = static_cast<std::size_t>(f.plotWidth) * static_cast<std::size_t>(f.plotHeight);
+  }
+  // A mesh whose level of detail changes (the plot was resized past a step) is drawn anew.
+  std::vector<std::size_t> levels;
+  for (std::int32_t i = 0; i < scene.dataSets.Count(); ++i) levels.push_back(DetailLevel(scene.dataSets.Item(i), context.detailPixels));
+  if (levels != detailLevels_) {
+    MarkPlotsStale();
+    detailLevels_ = std::move(levels);
+  }
   auto labels = [&](int kind) { passes.DrawContourLabels(kind, f); };
   if (f.is3D) {
     for (const int kind : {1, 2}) {

@@ -39,6 +39,9 @@ struct FrameSettings {
   // 2-D maps too are centred in the plot area beside the legend and below the caption
   // and shrunk to it, as 3-D plots always are.
   bool fitPlotArea = false;
+  // A mesh of far more triangles than the plot has pixels is drawn at a level of detail
+  // (view_drawing.h); false draws every mesh whole.
+  bool levelOfDetail = true;
   // The trackball's rotation matrix (column-major); identity by default.
   std::array<double, 16> rotation{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   bool cursorVisible = false;
@@ -147,6 +150,7 @@ class Renderer {
   StaleMarks marks_;
   std::optional<DataRange> dataRange_;  // the data range the axes and levels last followed
   std::array<double, 11> listInputs_{};  // axis ranges, cube lengths, lighting, 3-D of the lists
+  std::vector<std::size_t> detailLevels_;  // each data set's level of detail in the lists
   std::int64_t frames_ = 0;
 };
 

@@ -33,6 +33,7 @@
 #include "data/data_set_state.h"
 #include "data/geometry.h"
 #include "gl_line.h"
+#include "level_of_detail.h"
 #include "view_access.h"
 #include "orvane/contour/contouring.h"
 #include "orvane/data/data_set.h"
@@ -86,6 +87,62 @@ MeshGeometry Mesh(const DataSetState& s) {
     m.indices = t.TriangleVertices();
     m.neighbours = t.TriangleNeighbours();
   }
+  return m;
+}
+
+// The level a mesh is drawn at over `pixels`: a grid's stride, a triangulation's
+// clustering cells, or 1 for the whole mesh.
+std::size_t LevelOf(const MeshGeometry& full, std::size_t pixels) {
+  const std::size_t triangles = full.TriangleCount();
+  if (pixels == 0 || triangles == 0) return 1;
+  if (full.gridY > 0) return DetailStride(triangles, pixels);
+  return std::max<std::size_t>(ClusterCells(triangles, pixels), 1);
+}
+
+// The mesh the fill and the mesh lines are drawn from: the whole mesh, or its decimated
+// copy when it has far more triangles than the plot has pixels (made once for the mesh
+// and the level, then kept in the data set).
+MeshGeometry DrawnMesh(DataSetState& s, const ViewContext& context) {
+  const MeshGeometry full = Mesh(s);
+  const std::size_t level = LevelOf(full, context.detailPixels);
+  if (level <= 1) return full;
+  DataSetState::DetailMesh& d = s.detailMesh;
+  if (d.level != level || d.generation != s.meshGeneration) {
+    d = {};
+    if (full.gridY > 0) {
+      ReducedGrid r = ReduceGrid(full.z, full.gridX, full.gridY, level);
+      const std::size_t cols = r.columns.size(), rows = r.rows.size();
+      d.x.resize(cols * rows);
+      d.y.resize(cols * rows);
+      for (std::size_t i = 0; i < cols; ++i) {
+        for (std::size_t j = 0; j < rows; ++j) {
+          const std::size_t k = r.columns[i] * full.gridY + r.rows[j];
+          d.x[i * rows + j] = full.x[k];
+          d.y[i * rows + j] = full.y[k];
+        }
+      }
+      d.z = std::move(r.z);
+      d.gridX = cols;
+      d.gridY = rows;
+    } else {
+      ClusteredMesh c = ClusterTriangulation(full.x, full.y, full.indices, level);
+      for (const std::int32_t k : c.kept) {
+        d.x.push_back(full.x[static_cast<std::size_t>(k)]);
+        d.y.push_back(full.y[static_cast<std::size_t>(k)]);
+        d.z.push_back(full.z[static_cast<std::size_t>(k)]);
+      }
+      d.indices = std::move(c.triangles);
+    }
+    d.level = level;
+    d.generation = s.meshGeneration;
+  }
+  MeshGeometry m;
+  m.x = d.x;
+  m.y = d.y;
+  m.z = d.z;
+  m.indices = d.indices;
+  m.gridX = d.gridX;
+  m.gridY = d.gridY;
   return m;
 }
 
@@ -248,8 +305,8 @@ const std::vector<bool>& OutsideUserHull(const DataSetState& s, const MeshGeomet
   return g.outside;
 }
 
-void DrawFill(const DataSetState& s, const View& view, const CCoordMapper& map, const ViewContext& context) {
-  const MeshGeometry mesh = Mesh(s);
+void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view, const CCoordMapper& map,
+              const ViewContext& context) {
   const std::size_t triangles = mesh.TriangleCount();
   if (triangles == 0) return;
   FillCache ownCache;
@@ -452,10 +509,9 @@ void DrawContourLines(const DataSetState& s, const View& view, const CCoordMappe
 }
 
 // Every edge of the mesh once.
-void DrawMesh(const DataSetState& s, const View& view, const CCoordMapper& map) {
+void DrawMesh(const MeshGeometry& mesh, const View& view, const CCoordMapper& map) {
   const Line& line = view.MeshLine();
   if (line.Width() == 0) return;
-  const MeshGeometry mesh = Mesh(s);
   const std::size_t triangles = mesh.TriangleCount();
   if (triangles == 0) return;
   glPushAttrib(GL_CURRENT_BIT | GL_LINE_BIT | GL_ENABLE_BIT);
@@ -705,15 +761,21 @@ void DrawMarkers(const DataSetState& s, const Marker& marker, const CCoordMapper
 
 double MarkerHalfWidth(double size) { return size / 200.0; }
 
+std::size_t DetailLevel(DataSet& data, std::size_t pixels) {
+  return LevelOf(Mesh(DataSetAccess::State(data)), pixels);
+}
+
 void DrawView(DataSet& data, const View& view, const ViewContext& context) {
-  const DataSetState& s = DataSetAccess::State(data);
+  DataSetState& s = DataSetAccess::State(data);
   CCoordMapper map;
   map.Init(data, context.axes);
   if (view.DataMarkersMaster().Visible() && context.is3D) DrawMarkers(s, view.DataMarkersMaster(), map, context);
-  if (view.ContourFillVisible()) DrawFill(s, view, map, context);
+  const bool drawsMesh = view.ContourFillVisible() || view.MeshVisible();
+  const MeshGeometry mesh = drawsMesh ? DrawnMesh(s, context) : MeshGeometry{};
+  if (view.ContourFillVisible()) DrawFill(s, mesh, view, map, context);
   if (view.BaseVisible() && context.is3D && ViewAccess::PlotPosition(view) == kPlotMain) DrawBase(s, view, map, context);
   if (view.ContourLinesVisible()) DrawContourLines(s, view, map, context);
-  if (view.MeshVisible()) DrawMesh(s, view, map);
+  if (view.MeshVisible()) DrawMesh(mesh, view, map);
   if (context.is3D) DrawHulls(s, view, map, true);
 }
 

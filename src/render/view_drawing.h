@@ -66,12 +66,18 @@ struct ViewContext {
   std::array<double, 3> cubeLengths{1.0, 1.0, 1.0};
   // Where the views of one frame share their fill geometry; none: each view makes its own.
   FillCache* fillCache = nullptr;
+  // The plot's pixels, over which a mesh of many more triangles is drawn at a level of
+  // detail (level_of_detail.h); 0 draws every mesh whole.
+  std::size_t detailPixels = 0;
 };
 
 // Draws, in cube coordinates, the data set's markers, filled surface, contour lines,
 // mesh and hulls as the view's switches say; in 2-D the fill, lines and mesh alone. The
 // caller checked that the view is visible.
 void DrawView(DataSet& data, const View& view, const ViewContext& context);
+// The level the data set's fill and mesh are drawn at over `pixels`: a grid's stride or
+// a triangulation's clustering cells; 1 when drawn whole.
+std::size_t DetailLevel(DataSet& data, std::size_t pixels);
 // A 2-D map's hulls and markers of the data set, over whatever was drawn: they come after
 // every view, so that no fill buries them.
 void DrawOverlays(DataSet& data, const View& view, const ViewContext& context);

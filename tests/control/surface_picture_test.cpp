@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
@@ -15,9 +16,11 @@
 
 #include "control/fitting_zoom.h"
 #include "control_fixture.h"
+#include "data/data_set_state.h"
 #include "orvane/axes/axes.h"
 #include "orvane/axes/axis.h"
 #include "orvane/contour/contouring.h"
+#include "orvane/core/property_bag.h"
 #include "orvane/data/data_file.h"
 #include "orvane/render/faces.h"
 #include "orvane/render/marker.h"
@@ -579,6 +582,65 @@ TEST(SurfacePicture, ABlankHoleShowsTheBackgroundAndTheContourLinesStopAtIt) {
     EXPECT_TRUE(dark(0.5, 0.7));
     EXPECT_FALSE(dark(0.5, 0.45));
   }
+}
+
+TEST(SurfacePicture, ADecimatedMeshDiffersFromTheWholeInUnderOnePercentOfPixelsAndKeepsItsSpikes) {
+  // 401 x 401 nodes (320,000 triangles) over a plot of under 30,000 pixels: drawn at
+  // stride 3 or more, yet a one-node spike off every kept node keeps its height, and the
+  // picture, contour lines traced from the whole grid, is all but the same.
+  const int n = 401;
+  std::vector<double> x(n), z(static_cast<std::size_t>(n) * n);
+  for (int i = 0; i < n; ++i) x[static_cast<std::size_t>(i)] = i / (n - 1.0);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      z[static_cast<std::size_t>(i * n + j)] = std::sin(3.0 * x[static_cast<std::size_t>(i)]) * std::cos(2.0 * x[static_cast<std::size_t>(j)]);
+    }
+  }
+  z[static_cast<std::size_t>(203 * n + 101)] = 3.0;  // at (0.5075, 0.2525): no kept node at strides 3 to 5
+  for (const bool is3D : {false, true}) {
+    std::vector<detail::Bitmap> images;
+    std::vector<std::size_t> levels;
+    for (const bool detail : {true, false}) {
+      Control c(200, 150);
+      BareViews(c);
+      c.surface.SetPlotType(is3D ? orvPlotType3D : orvPlotType2D);
+      c.surface.SetLevelOfDetail(detail);
+      DataSet& data = c.surface.DataSets().Item(0);
+      data.DataAsRectangularGridSet(x, n, x, n, Array2D(z, x.size(), x.size()));
+      data.ViewMain().SetContourLinesVisible(true);
+      c.surface.Refresh();
+      levels.push_back(detail::DataSetAccess::State(data).detailMesh.level);
+      images.push_back(c.Image());
+      if (detail) {
+        // The spike's height is drawn, at the kept node of its block.
+        const auto& drawn = detail::DataSetAccess::State(data).detailMesh.z;
+        EXPECT_EQ(*std::max_element(drawn.begin(), drawn.end()), 1.0);  // 3 of -1 to 3, normalised
+      }
+    }
+    EXPECT_GE(levels[0], 3U);  // the decimated grid was drawn, the whole one not
+    EXPECT_EQ(levels[1], 0U);
+    int differ = 0;
+    for (int py = 0; py < 150; ++py) {
+      for (int px = 0; px < 200; ++px) differ += images[0].Pixel(px, py) != images[1].Pixel(px, py);
+    }
+    EXPECT_LE(differ, 200 * 150 / 100) << (is3D ? "3-D" : "2-D");
+  }
+}
+
+TEST(SurfacePicture, LevelOfDetailIsStoredOnlyWhenOff) {
+  Control c;
+  PropertyBag bag;
+  c.surface.WriteProperties(bag);
+  EXPECT_FALSE(bag.Contains("LevelOfDetail"));
+  c.surface.SetLevelOfDetail(false);
+  bag = PropertyBag{};
+  c.surface.WriteProperties(bag);
+  EXPECT_EQ(bag.ReadProperty("LevelOfDetail", true), false);
+  Control other;
+  other.surface.ReadProperties(bag);
+  EXPECT_FALSE(other.surface.LevelOfDetail());
+  other.surface.InitProperties();
+  EXPECT_TRUE(other.surface.LevelOfDetail());
 }
 
 }  // namespace

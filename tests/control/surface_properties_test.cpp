@@ -189,6 +189,7 @@ TEST_F(SurfaceProperties, EachLetTellsTheHostItsStoredKeyOnceAndNothingWhenUncha
       {[](Surface& surface) { surface.SetOffsetVertical(-0.3); }, "VerticalOffset"},
       {[](Surface& surface) { surface.SetPlotType(orvPlotType2D); }, "ViewType"},
       {[](Surface& surface) { surface.SetZoom(2.5); }, "Zoom"},
+      {[](Surface& surface) { surface.SetLevelOfDetail(false); }, "LevelOfDetail"},
       // The trackball takes every rotation let, since a drag may have turned it since.
       {[](Surface& surface) { surface.SetRotationX(10); }, "XRotation", 1},
       {[](Surface& surface) { surface.SetRotationY(20); }, "YRotation", 1},

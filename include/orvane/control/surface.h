@@ -194,6 +194,12 @@ class Surface {
   bool FitPlotArea() const noexcept;
   /// Lets it. Key "FitPlotArea".
   void SetFitPlotArea(bool value);
+  /// Whether a data set of more than 4 triangles per plot pixel has its fill and mesh
+  /// drawn from a decimated mesh (contour lines and labels still from the whole data;
+  /// True when new).
+  bool LevelOfDetail() const noexcept;
+  /// Lets it. Key "LevelOfDetail", stored only when False.
+  void SetLevelOfDetail(bool value);
   /// "Returns or sets the zoom level of the control." (1 when new)
   double Zoom() const noexcept;
   /// Lets it: a value not above 0 raises error 5, an infinite one too. Key "Zoom".
