@@ -3,8 +3,8 @@
 # packages that are missing are installed, and the package lists are refreshed
 # once, only when something has to be installed.
 #   --bench  installs only the peers the benchmarks and comparisons use (CGAL, contourpy,
-#            matplotlib, scipy, dask, R's gstat); the tests compare with them where they
-#            are present
+#            matplotlib, scipy, dask, R's gstat, VTK); the tests compare with them where
+#            they are present
 set -euo pipefail
 
 packages=(
@@ -39,7 +39,7 @@ packages=(
 )
 
 if [[ "${1:-}" == "--bench" ]]; then
-  packages=(libcgal-dev python3-contourpy python3-matplotlib python3-scipy python3-dask r-cran-gstat)
+  packages=(libcgal-dev python3-contourpy python3-matplotlib python3-scipy python3-dask r-cran-gstat python3-vtk9 python3-gdal)
 fi
 
 missing=()
