@@ -47,8 +47,10 @@ namespace fs = std::filesystem;
 constexpr const char* kSource = "DataFile";
 // The control refuses coordinates and heights of this size or more.
 constexpr double kLargest = 1e300;
-// The most cells of a raster read whole into a grid (8 bytes a value, several copies).
-constexpr std::int64_t kMostCells = 50'000'000;
+// The most cells of a raster read whole into a grid: 16384 x 16384. The control keeps
+// two 8-byte copies of Z (as given and normalised) and the file a third while it is
+// handed over, so such a grid takes about 6.5 GB.
+constexpr std::int64_t kMostCells = std::int64_t{16384} * 16384;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 [[noreturn]] void Fail(const std::string& text) { throw Error(5, kSource, text); }

@@ -192,8 +192,9 @@ double DataSetState::Denormalise(int axis, double value) const {
 }
 
 void DataSetState::ComputeLimits() {
-  AxisLimits(inputX, pointCount, min[0], max[0], range[0]);
-  AxisLimits(inputY, pointCount, min[1], max[1], range[1]);
+  const bool grid = dataType == kRectangularGrid;
+  AxisLimits(inputX, grid ? xCount : pointCount, min[0], max[0], range[0]);
+  AxisLimits(inputY, grid ? yCount : pointCount, min[1], max[1], range[1]);
   AxisLimits(inputZ, pointCount, min[2], max[2], range[2]);
 }
 
@@ -256,8 +257,8 @@ void DataSetState::Resample() {
   const auto n = static_cast<std::size_t>(pointCount);
   for (std::size_t k = 0; k < n; ++k) {
     if (std::isnan(inputZ[k])) continue;
-    px.push_back(inputX[k]);
-    py.push_back(inputY[k]);
+    px.push_back(PointX(k));
+    py.push_back(PointY(k));
     pz.push_back(inputZ[k]);
   }
   if (px.empty()) throw Error(5, kSource, "Every cell of the grid is blank: there is nothing to resample.");
@@ -272,16 +273,12 @@ void DataSetState::Resample() {
   blankCount = std::count_if(resampledZ.begin(), resampledZ.end(), [](double v) { return std::isnan(v); });
   const std::size_t nx = gridX.size();
   const std::size_t ny = gridY.size();
-  meshX.resize(nx * ny);
-  meshY.resize(nx * ny);
+  meshX.resize(nx);
+  meshY.resize(ny);
   meshZ.resize(nx * ny);
-  for (std::size_t i = 0; i < nx; ++i) {
-    for (std::size_t j = 0; j < ny; ++j) {
-      meshX[i * ny + j] = Normalise(0, gridX[i]);
-      meshY[i * ny + j] = Normalise(1, gridY[j]);
-      meshZ[i * ny + j] = Normalise(2, resampledZ[i * ny + j]);
-    }
-  }
+  for (std::size_t i = 0; i < nx; ++i) meshX[i] = Normalise(0, gridX[i]);
+  for (std::size_t j = 0; j < ny; ++j) meshY[j] = Normalise(1, gridY[j]);
+  for (std::size_t k = 0; k < nx * ny; ++k) meshZ[k] = Normalise(2, resampledZ[k]);
   meshType = kGridMesh;
   NormaliseDataHull();
 }
@@ -299,24 +296,24 @@ void DataSetState::RebuildMeshIfNeeded() {
     const auto n = static_cast<std::size_t>(pointCount);
     ComputeLimits();
     if (wasResampled) NormaliseDataHull();
-    meshX.resize(n);
-    meshY.resize(n);
-    meshZ.resize(n);
-    for (std::size_t k = 0; k < n; ++k) {
-      meshX[k] = Normalise(0, inputX[k]);
-      meshY[k] = Normalise(1, inputY[k]);
-      meshZ[k] = Normalise(2, inputZ[k]);
-    }
     if (dataType == kRectangularGrid) {
       meshType = kGridMesh;
       const auto nx = static_cast<std::size_t>(xCount);
       const auto ny = static_cast<std::size_t>(yCount);
-      gridX.resize(nx);
-      gridY.resize(ny);
-      for (std::size_t i = 0; i < nx; ++i) gridX[i] = inputX[i * ny];
-      for (std::size_t j = 0; j < ny; ++j) gridY[j] = inputY[j];
+      gridX.assign(inputX.begin(), inputX.begin() + static_cast<std::ptrdiff_t>(nx));
+      gridY.assign(inputY.begin(), inputY.begin() + static_cast<std::ptrdiff_t>(ny));
+      meshX.resize(nx);
+      meshY.resize(ny);
+      meshZ.resize(n);
+      for (std::size_t i = 0; i < nx; ++i) meshX[i] = Normalise(0, gridX[i]);
+      for (std::size_t j = 0; j < ny; ++j) meshY[j] = Normalise(1, gridY[j]);
+      for (std::size_t k = 0; k < n; ++k) meshZ[k] = Normalise(2, inputZ[k]);
     } else {
+      // The triangulation holds the normalised points the mesh is drawn from.
       meshType = kTriangleMesh;
+      meshX.assign(1, 0.0);
+      meshY.assign(1, 0.0);
+      meshZ.assign(1, 0.0);
     }
   }
   geometryChanged = {true, true, true};
@@ -378,11 +375,7 @@ void DataSetState::TraceContours(std::span<const double> levels) {
   }
   ContourTrace trace;
   if (meshType == kGridMesh) {
-    const std::size_t ny = gridY.size();
-    std::vector<double> nx(gridX.size()), nyv(ny);
-    for (std::size_t i = 0; i < nx.size(); ++i) nx[i] = meshX[i * ny];
-    for (std::size_t j = 0; j < ny; ++j) nyv[j] = meshY[j];
-    trace = CContourer::TraceGrid(nx, nyv, meshZ, boundaries, clip, traceBands, tiesAbove);
+    trace = CContourer::TraceGrid(meshX, meshY, meshZ, boundaries, clip, traceBands, tiesAbove);
   } else if (meshType == kTriangleMesh && triangulation) {
     const CTriangulate& t = *triangulation;
     trace = CContourer::TraceMesh(
@@ -440,14 +433,8 @@ void StoreGrid(DataSetState& s, std::span<const double> x, std::span<const doubl
   s.dataType = detail::kRectangularGrid;
   s.pointCount = static_cast<std::int32_t>(nx * ny);
   if (s.pointCount > 0) {
-    s.inputX.resize(nx * ny);
-    s.inputY.resize(nx * ny);
-    for (std::size_t i = 0; i < nx; ++i) {
-      for (std::size_t j = 0; j < ny; ++j) {
-        s.inputX[i * ny + j] = x[i];
-        s.inputY[i * ny + j] = y[j];
-      }
-    }
+    s.inputX.assign(x.begin(), x.end());
+    s.inputY.assign(y.begin(), y.end());
     s.inputZ = std::move(z);
   }
   s.ComputeLimits();
@@ -676,7 +663,7 @@ void DataSet::DataAsRectangularGridGet(Array& xValues, std::int32_t& xCount, Arr
   const auto nx = static_cast<std::size_t>(s.xCount);
   const auto ny = static_cast<std::size_t>(s.yCount);
   std::vector<double> x(nx), y(ny);
-  for (std::size_t i = 0; i < nx && s.pointCount > 0; ++i) x[i] = s.inputX[i * ny];
+  for (std::size_t i = 0; i < nx && s.pointCount > 0; ++i) x[i] = s.inputX[i];
   for (std::size_t j = 0; j < ny && s.pointCount > 0; ++j) y[j] = s.inputY[j];
   std::vector<double> z = s.pointCount > 0 ? s.inputZ : std::vector<double>(nx * ny);
   xValues = Array(std::move(x));

@@ -28,14 +28,25 @@ enum DataType : std::int32_t { kNoData = 0, kRectangularGrid = 1, kSparse = 2 };
 enum MeshType : std::int32_t { kNoMesh = 0, kGridMesh = 1, kTriangleMesh = 2 };
 
 struct DataSetState {
-  // Input as flat lists (grid point k = i * yCount + j); one element each when cleared.
+  // Input: scattered points as three lists; a grid as its xCount column X values, its
+  // yCount row Y values and Z as a flat list (grid point k = i * yCount + j), so that a
+  // grid's X and Y take no room per node. One element each when cleared.
   std::vector<double> inputX{0.0}, inputY{0.0}, inputZ{0.0};
+  // X and Y of input point k, a grid's included.
+  double PointX(std::size_t k) const {
+    return dataType == kRectangularGrid ? inputX[k / static_cast<std::size_t>(yCount)] : inputX[k];
+  }
+  double PointY(std::size_t k) const {
+    return dataType == kRectangularGrid ? inputY[k % static_cast<std::size_t>(yCount)] : inputY[k];
+  }
   std::int32_t pointCount = 0;
   std::int32_t xCount = 0;
   std::int32_t yCount = 0;
   std::int32_t dataType = kNoData;
 
-  // The mesh that is drawn, normalised; for a grid mesh also its axes in data units.
+  // The grid mesh that is drawn, normalised: its column X and row Y values and the
+  // flat Z (X index outer); also its axes in data units. A triangle mesh is the
+  // triangulation's own.
   std::vector<double> meshX{0.0}, meshY{0.0}, meshZ{0.0};
   std::vector<double> gridX, gridY;
   std::int32_t meshType = kNoMesh;

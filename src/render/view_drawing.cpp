@@ -48,10 +48,15 @@ namespace {
 // worked out from their number rather than stored: two per cell, cells numbered with X
 // outer, the lower (i,j) (i+1,j) (i+1,j+1) before the upper (i,j) (i+1,j+1) (i,j+1).
 struct MeshGeometry {
+  // A triangulation's vertices; a grid's column X and row Y values and its flat Z.
   std::span<const double> x, y, z;
   std::span<const std::int32_t> indices;     // a triangulation's vertex triples
   std::span<const std::int32_t> neighbours;  // a triangulation's, else empty
   std::size_t gridX = 0, gridY = 0;          // counts of a grid mesh
+
+  std::size_t VertexCount() const noexcept { return gridY > 0 ? gridX * gridY : x.size(); }
+  double X(std::size_t k) const noexcept { return gridY > 0 ? x[k / gridY] : x[k]; }
+  double Y(std::size_t k) const noexcept { return gridY > 0 ? y[k % gridY] : y[k]; }
 
   std::size_t TriangleCount() const noexcept {
     return gridY > 0 ? 2 * (gridX - 1) * (gridY - 1) : indices.size() / 3;
@@ -73,7 +78,7 @@ MeshGeometry Mesh(const DataSetState& s) {
   MeshGeometry m;
   if (s.meshType == kGridMesh) {
     const std::size_t nx = s.gridX.size(), ny = s.gridY.size();
-    if (nx < 2 || ny < 2 || s.meshZ.size() < nx * ny) return m;
+    if (nx < 2 || ny < 2 || s.meshX.size() < nx || s.meshY.size() < ny || s.meshZ.size() < nx * ny) return m;
     m.x = s.meshX;
     m.y = s.meshY;
     m.z = s.meshZ;
@@ -111,19 +116,11 @@ MeshGeometry DrawnMesh(DataSetState& s, const ViewContext& context) {
     d = {};
     if (full.gridY > 0) {
       ReducedGrid r = ReduceGrid(full.z, full.gridX, full.gridY, level);
-      const std::size_t cols = r.columns.size(), rows = r.rows.size();
-      d.x.resize(cols * rows);
-      d.y.resize(cols * rows);
-      for (std::size_t i = 0; i < cols; ++i) {
-        for (std::size_t j = 0; j < rows; ++j) {
-          const std::size_t k = r.columns[i] * full.gridY + r.rows[j];
-          d.x[i * rows + j] = full.x[k];
-          d.y[i * rows + j] = full.y[k];
-        }
-      }
+      for (const std::size_t i : r.columns) d.x.push_back(full.x[i]);
+      for (const std::size_t j : r.rows) d.y.push_back(full.y[j]);
       d.z = std::move(r.z);
-      d.gridX = cols;
-      d.gridY = rows;
+      d.gridX = r.columns.size();
+      d.gridY = r.rows.size();
     } else {
       ClusteredMesh c = ClusterTriangulation(full.x, full.y, full.indices, level);
       for (const std::int32_t k : c.kept) {
@@ -218,13 +215,13 @@ FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const
                           const ViewContext& context, FillCache& cache) {
   FillGeometry& g = cache[&s];
   if (g.ready) return g;
-  const std::size_t n = mesh.x.size();
+  const std::size_t n = mesh.VertexCount();
   const std::size_t triangles = mesh.TriangleCount();
   g.position.resize(3 * n);
   std::vector<double> zData(n);
   for (std::size_t k = 0; k < n; ++k) {
-    g.position[3 * k] = static_cast<GLfloat>(map.NormalisedToCubeX(mesh.x[k]));
-    g.position[3 * k + 1] = static_cast<GLfloat>(map.NormalisedToCubeY(mesh.y[k]));
+    g.position[3 * k] = static_cast<GLfloat>(map.NormalisedToCubeX(mesh.X(k)));
+    g.position[3 * k + 1] = static_cast<GLfloat>(map.NormalisedToCubeY(mesh.Y(k)));
     g.position[3 * k + 2] = static_cast<GLfloat>(map.NormalisedToCubeZ(mesh.z[k]));
     zData[k] = map.NormalisedToDataZ(mesh.z[k]);
   }
@@ -297,8 +294,8 @@ const std::vector<bool>& OutsideUserHull(const DataSetState& s, const MeshGeomet
     for (std::size_t t = 0; t < triangles; ++t) {
       std::size_t v[3];
       mesh.Corners(t, v);
-      g.outside[t] = (g.hasBlanks && g.blank[t]) || !IsPointInPolygonInclusive((mesh.x[v[0]] + mesh.x[v[1]] + mesh.x[v[2]]) / 3.0,
-                                                (mesh.y[v[0]] + mesh.y[v[1]] + mesh.y[v[2]]) / 3.0, hx, hy);
+      g.outside[t] = (g.hasBlanks && g.blank[t]) || !IsPointInPolygonInclusive((mesh.X(v[0]) + mesh.X(v[1]) + mesh.X(v[2])) / 3.0,
+                                                (mesh.Y(v[0]) + mesh.Y(v[1]) + mesh.Y(v[2])) / 3.0, hx, hy);
     }
     g.outsideReady = true;
   }
@@ -466,6 +463,8 @@ void DrawContourLines(const DataSetState& s, const View& view, const CCoordMappe
   glEnable(GL_LINE_STIPPLE);
   if (master) ApplyLineFormat(view.ContourLinesMaster());
   const Contours& levels = context.contouring.Contours();
+  // About a pixel in cube units, the cube's edge taken as the plot's side.
+  const double step = context.detailPixels > 0 ? 1.0 / std::sqrt(static_cast<double>(context.detailPixels)) : 0.0;
   for (std::size_t k = 0; k < s.contourLines.size(); ++k) {
     const CLineList& lines = s.contourLines[k];
     if (lines.Count() == 0) continue;
@@ -482,10 +481,20 @@ void DrawContourLines(const DataSetState& s, const View& view, const CCoordMappe
     const auto& starts = lines.PolylineStarts();
     const auto vertices = [&](std::size_t begin, std::size_t end) {
       const CLine& first = lines.Item(begin);
-      glVertex3d(map.NormalisedToCubeX(first.x1), map.NormalisedToCubeY(first.y1), map.NormalisedToCubeZ(first.z1));
+      double last[3] = {map.NormalisedToCubeX(first.x1), map.NormalisedToCubeY(first.y1), map.NormalisedToCubeZ(first.z1)};
+      glVertex3dv(last);
       for (std::size_t i = begin; i < end; ++i) {
         const CLine& l = lines.Item(i);
-        glVertex3d(map.NormalisedToCubeX(l.x2), map.NormalisedToCubeY(l.y2), map.NormalisedToCubeZ(l.z2));
+        const double next[3] = {map.NormalisedToCubeX(l.x2), map.NormalisedToCubeY(l.y2), map.NormalisedToCubeZ(l.z2)};
+        // At a level of detail, a vertex closer than `step` to the last drawn is passed
+        // over (the line's last is always drawn): pieces shorter than a pixel each
+        // rasterise to nothing, and a chain of them would show as dots.
+        if (i + 1 < end && step > 0.0 &&
+            std::fabs(next[0] - last[0]) + std::fabs(next[1] - last[1]) + std::fabs(next[2] - last[2]) < step) {
+          continue;
+        }
+        glVertex3dv(next);
+        std::copy(next, next + 3, last);
       }
     };
     // A wide line is a chain of separate quads: a solid one gets a dot of its width at
@@ -519,7 +528,7 @@ void DrawMesh(const MeshGeometry& mesh, const View& view, const CCoordMapper& ma
   glEnable(GL_LINE_STIPPLE);
   ApplyLineFormat(line);
   auto vertex = [&](std::size_t k) {
-    glVertex3d(map.NormalisedToCubeX(mesh.x[k]), map.NormalisedToCubeY(mesh.y[k]), map.NormalisedToCubeZ(mesh.z[k]));
+    glVertex3d(map.NormalisedToCubeX(mesh.X(k)), map.NormalisedToCubeY(mesh.Y(k)), map.NormalisedToCubeZ(mesh.z[k]));
   };
   glBegin(GL_LINES);
   for (std::size_t t = 0; t < triangles; ++t) {
@@ -595,8 +604,8 @@ void DrawBase(const DataSetState& s, const View& view, const CCoordMapper& map, 
   glBegin(GL_QUADS);
   for (const auto& [a, b] : edges) {
     if (!std::isfinite(mesh.z[a]) || !std::isfinite(mesh.z[b])) continue;
-    const double xa = map.NormalisedToCubeX(mesh.x[a]), ya = map.NormalisedToCubeY(mesh.y[a]);
-    const double xb = map.NormalisedToCubeX(mesh.x[b]), yb = map.NormalisedToCubeY(mesh.y[b]);
+    const double xa = map.NormalisedToCubeX(mesh.X(a)), ya = map.NormalisedToCubeY(mesh.Y(a));
+    const double xb = map.NormalisedToCubeX(mesh.X(b)), yb = map.NormalisedToCubeY(mesh.Y(b));
     const double dx = xb - xa, dy = yb - ya, length = std::hypot(dx, dy);
     if (!(length > 0.0)) continue;
     const double shade = context.lightingOn ? 1.0 : 0.7 + 0.3 * std::fabs(dx) / length;
@@ -735,7 +744,7 @@ void DrawMarkers(const DataSetState& s, const Marker& marker, const CCoordMapper
   for (std::size_t k = 0; k < count; ++k) {
     if (std::isnan(s.inputZ[k])) continue;  // a blank cell: no data to mark
     glPushMatrix();
-    glTranslated(map.DataToCubeX(s.inputX[k]), map.DataToCubeY(s.inputY[k]), map.DataToCubeZ(s.inputZ[k]));
+    glTranslated(map.DataToCubeX(s.PointX(k)), map.DataToCubeY(s.PointY(k)), map.DataToCubeZ(s.inputZ[k]));
     if (fill) {
       SetColor(marker.FillColor());
       MarkerFaces(shape, h, false);

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <filesystem>
 #include <memory>
+#include <numbers>
 #include <random>
 #include <set>
 #include <string>
@@ -625,6 +626,47 @@ TEST(SurfacePicture, ADecimatedMeshDiffersFromTheWholeInUnderOnePercentOfPixelsA
     }
     EXPECT_LE(differ, 200 * 150 / 100) << (is3D ? "3-D" : "2-D");
   }
+}
+
+TEST(SurfacePicture, AContourOfPiecesFarShorterThanAPixelIsDrawnUnbroken) {
+  // A cone over 1201 x 1201 nodes: the level 0.3 is a circle of about 3000 pieces, each
+  // a fifth of a pixel long. Drawn with 4 samples a pixel, every piece alone covers too
+  // few samples and the circle fades to gaps (llvmpipe: 153 of 360 degrees); at a level
+  // of detail the pieces are joined to about a pixel and it shows all the way round.
+  const int n = 1201;
+  std::vector<double> x(n), z;
+  for (int i = 0; i < n; ++i) x[static_cast<std::size_t>(i)] = i / (n - 1.0);
+  for (const double xi : x) {
+    for (const double yj : x) z.push_back(std::hypot(xi - 0.5, yj - 0.5));
+  }
+  Control c(200, 150);
+  BareViews(c);
+  c.surface.SetSamples(4);
+  c.surface.SetPlotType(orvPlotType2D);
+  c.surface.Contouring().SetAutoSetContoursType(orvAutoSetOff);
+  c.surface.Contouring().Contours().RemoveAll();
+  c.surface.Contouring().Contours().AddLevels(std::vector<double>{0.3});
+  DataSet& data = c.surface.DataSets().Item(0);
+  data.DataAsRectangularGridSet(x, x, z);
+  data.ViewMain().SetContourFillVisible(false);
+  data.ViewMain().SetContourLinesVisible(true);
+  data.ViewMain().SetUseMasterProperties(true);
+  data.ViewMain().ContourLinesMaster().SetColor(0x000000);
+  c.surface.Refresh();
+  int drawn = 0;
+  for (int k = 0; k < 360; ++k) {
+    const double a = k * std::numbers::pi / 180.0;
+    const auto p = c.Project(0.5 + 0.3 * std::cos(a), 0.5 + 0.3 * std::sin(a), 0.5);
+    unsigned darkest = 765;
+    for (int dx = -1; dx <= 1; ++dx) {
+      for (int dy = -1; dy <= 1; ++dy) {
+        const Color q = c.Image().Pixel(p[0] + dx, p[1] + dy);
+        darkest = std::min(darkest, (q & 0xFF) + ((q >> 8) & 0xFF) + ((q >> 16) & 0xFF));
+      }
+    }
+    drawn += darkest <= 384;  // half a pixel of black at least
+  }
+  EXPECT_EQ(drawn, 360);
 }
 
 TEST(SurfacePicture, LevelOfDetailIsStoredOnlyWhenOff) {

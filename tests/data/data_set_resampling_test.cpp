@@ -89,7 +89,8 @@ TEST(DataSetResampling, TheRebuildDrawsTheResampledGrid) {
   }
   // Limits now describe the grid; the mesh is the grid, normalised.
   EXPECT_EQ(d.ZMax(), *std::max_element(gz.Values().begin(), gz.Values().end()));
-  EXPECT_EQ(s.meshX.size(), 25u);
+  EXPECT_EQ(s.meshX.size(), 5u);  // the grid's columns
+  EXPECT_EQ(s.meshZ.size(), 25u);
   EXPECT_EQ(s.meshZ[6], (gz.At(1, 1) - d.ZMin()) / (d.ZMax() - d.ZMin()));
   double z = 0;
   ASSERT_TRUE(d.ZValueInterpolate(0.75, 3, z));

@@ -181,7 +181,7 @@ TEST(DataSet, SparseCountZeroPassesAndSkipsTheTriangulation) {
   EXPECT_EQ(hx.Size(), 1u);  // left as passed
 }
 
-TEST(DataSet, RectangularGridIsStoredPointByPointAndReturned) {
+TEST(DataSet, RectangularGridIsStoredAsItsAxesAndZAndReturned) {
   Watched w;
   DataSet& d = w.First();
   const std::vector<double> x{0, 10, 20}, y{-1, 1};
@@ -190,8 +190,9 @@ TEST(DataSet, RectangularGridIsStoredPointByPointAndReturned) {
   EXPECT_EQ(w.changes.size(), 2u);
   const auto& s = DataSetAccess::State(d);
   EXPECT_EQ(s.pointCount, 6);
-  EXPECT_EQ(s.inputX, (std::vector<double>{0, 0, 10, 10, 20, 20}));
-  EXPECT_EQ(s.inputY, (std::vector<double>{-1, 1, -1, 1, -1, 1}));
+  EXPECT_EQ(s.inputX, x);  // no X or Y per node
+  EXPECT_EQ(s.inputY, y);
+  EXPECT_EQ((std::array{s.PointX(3), s.PointY(3), s.PointX(4), s.PointY(4)}), (std::array{10.0, 1.0, 20.0, -1.0}));
   EXPECT_EQ(s.needsRebuild, true);
   EXPECT_EQ(s.meshType, detail::kNoMesh);  // nothing built yet
   Array gx, gy;
@@ -295,8 +296,7 @@ TEST(DataSet, RebuildIsLazyAndRaisesTheDrawingFlags) {
   EXPECT_EQ(s.meshType, detail::kTriangleMesh);
   EXPECT_EQ(s.geometryChanged, (std::array<bool, 3>{true, true, true}));
   EXPECT_FALSE(s.contoursStale);
-  EXPECT_EQ(s.meshX.size(), 50u);
-  EXPECT_DOUBLE_EQ(s.Denormalise(0, s.meshX[7]), p.x[7]);
+  EXPECT_DOUBLE_EQ(s.Denormalise(0, s.triangulation->PointX()[7]), p.x[7]);
   // Nothing to do the second time.
   s.geometryChanged = {false, false, false};
   s.PrepareForDrawing();
