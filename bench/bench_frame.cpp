@@ -57,6 +57,7 @@ struct Surface {
     data.ViewBottom().SetVisible(false);
     contouring.SetAutoSetIntervalCount(20);
     target.Create(kWidth, kHeight);
+    settings.levelOfDetail = false;  // every one of the 2 million triangles drawn
     Rotate(60, 30);
     renderer.Render(target, scene, settings);  // meshes, levels and the list
   }
@@ -82,16 +83,39 @@ void SetBands(Surface& s, const benchmark::State& state) {
   s.renderer.MarkPlotsStale();
 }
 
+// prepare_ms: the fill's vertex data built anew (positions, normals, colours, strips),
+// GL calls apart, per frame.
 void BM_FrameFirst(benchmark::State& state) {
   Surface& s = Shared();
   SetBands(s, state);
+  double prepare = 0.0;
   for (auto _ : state) {
+    s.renderer.ForgetFills();
     s.renderer.MarkPlotsStale();
     s.renderer.Render(s.target, s.scene, s.settings, nullptr, false);
+    prepare += s.renderer.LastFrame().fillPreparationSeconds;
   }
   state.counters["builds"] = static_cast<double>(s.renderer.PlotOfKind(0).BuildCount());
+  state.counters["prepare_ms"] = 1e3 * prepare / static_cast<double>(state.iterations());
 }
 BENCHMARK(BM_FrameFirst)->ArgName("bands")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+// A change of colours: the list is built again, the vertex positions kept.
+void BM_FrameAfterColourChange(benchmark::State& state) {
+  Surface& s = Shared();
+  SetBands(s, state);
+  s.renderer.Render(s.target, s.scene, s.settings, nullptr, false);
+  double prepare = 0.0;
+  int flip = 0;
+  for (auto _ : state) {
+    s.contouring.SetColorMapType((++flip % 2) != 0 ? orvane::orvColorMapRainbow : orvane::orvColorMapBlueRed);
+    s.renderer.MarkPlotsStale();
+    s.renderer.Render(s.target, s.scene, s.settings, nullptr, false);
+    prepare += s.renderer.LastFrame().fillPreparationSeconds;
+  }
+  state.counters["prepare_ms"] = 1e3 * prepare / static_cast<double>(state.iterations());
+}
+BENCHMARK(BM_FrameAfterColourChange)->ArgName("bands")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void BM_FrameAfterRotation(benchmark::State& state) {
   Surface& s = Shared();

@@ -216,7 +216,7 @@ void DataSetState::Reset(bool keepUserHull) {
   resampledZ.clear();
   blankCount = 0;
   geometryChanged = {true, true, true};  // the views' caches of the old mesh are stale
-  ++meshGeneration;
+  meshGeneration = NextContourGeneration();
   detailMesh = {};
   contourLines.assign(1, CLineList{});
   contourGeneration = NextContourGeneration();
@@ -317,7 +317,7 @@ void DataSetState::RebuildMeshIfNeeded() {
     }
   }
   geometryChanged = {true, true, true};
-  ++meshGeneration;
+  meshGeneration = NextContourGeneration();
   detailMesh = {};
   contoursStale = true;
   needsRebuild = false;

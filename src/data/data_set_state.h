@@ -56,8 +56,8 @@ struct DataSetState {
   // Blank nodes (NaN) of the grid mesh: a blanked input grid's, or the resampled grid's.
   std::int64_t blankCount = 0;
   std::unique_ptr<CTriangulate> triangulation;  // made on first use
-  // Changes whenever the mesh is rebuilt or cleared: what the views work out from the
-  // mesh follows it.
+  // Changes, to a value no other data set has had, whenever the mesh is rebuilt or
+  // cleared: what the views work out from the mesh follows it.
   std::uint64_t meshGeneration = 0;
   // The decimated mesh the views draw in place of a mesh of far more triangles than the
   // plot has pixels (src/render/level_of_detail.h), kept while the mesh and its level

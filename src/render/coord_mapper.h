@@ -43,6 +43,11 @@ class CCoordMapper {
   double NormalisedToCubeX(double v) const { return NormalisedToCube(0, v); }
   double NormalisedToCubeY(double v) const { return NormalisedToCube(1, v); }
   double NormalisedToCubeZ(double v) const { return NormalisedToCube(2, v); }
+  // Every number the mapping depends on: two mappers with equal ones map alike.
+  std::array<double, 12> Signature() const {
+    return {origin_[0], origin_[1], origin_[2], span_[0], span_[1], span_[2],
+            offset_[0], offset_[1], offset_[2], scale_[0], scale_[1], scale_[2]};
+  }
 
  private:
   std::array<double, 3> origin_{0.0, 0.0, 0.0};

@@ -254,8 +254,18 @@ void Renderer::RenderFrame(std::int32_t width, std::int32_t height, Scene& scene
     MarkPlotsStale();
     listInputs_ = listInputs;
   }
-  FillCache fills;
-  ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.is3D, f.cubeLengths, &fills};
+  // The fills of data sets no longer in the scene are let go.
+  for (auto it = fills_.begin(); it != fills_.end();) {
+    bool present = false;
+    for (std::int32_t i = 0; i < scene.dataSets.Count() && !present; ++i) {
+      present = &DataSetAccess::State(scene.dataSets.Item(i)) == it->first;
+    }
+    it = present ? std::next(it) : fills_.erase(it);
+  }
+  f.fillPreparationSeconds = 0.0;
+  ViewContext context{scene.axes, scene.contouring, settings.lightingOn, f.is3D, f.cubeLengths, &fills_};
+  context.frame = static_cast<std::uint64_t>(frames_);
+  context.preparationSeconds = &f.fillPreparationSeconds;
   if (settings.levelOfDetail) {
     context.detailPixels = static_cast<std::size_t>(f.plotWidth) * static_cast<std::size_t>(f.plotHeight);
   }

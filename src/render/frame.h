@@ -76,6 +76,7 @@ struct FrameState {
   bool is3D = true;
   Color foreColor = 0;  // the colour of all text
   bool labelTestByStencil = false;  // FrameSettings::labelTestByStencil
+  double fillPreparationSeconds = 0.0;  // building the fills' vertex data, GL calls apart
 };
 
 // Drawing that belongs to the caption, legend, axes, faces, text and cursor; each is
@@ -124,6 +125,8 @@ class Renderer {
   void InvalidatePlots();
   // Marks every plot's list stale.
   void MarkPlotsStale() noexcept;
+  // Lets go of the fills' vertex data, so that the next list is built from nothing.
+  void ForgetFills() noexcept { fills_.clear(); }
   // Deletes the plots' lists when they were compiled in target's context (made current
   // for the call), and forgets them in any case: the next frame compiles them anew.
   void ReleaseLists(RenderTarget& target) noexcept;
@@ -151,6 +154,7 @@ class Renderer {
   std::optional<DataRange> dataRange_;  // the data range the axes and levels last followed
   std::array<double, 11> listInputs_{};  // axis ranges, cube lengths, lighting, 3-D of the lists
   std::vector<std::size_t> detailLevels_;  // each data set's level of detail in the lists
+  FillCache fills_;  // the data sets' fill geometry, kept from frame to frame
   std::int64_t frames_ = 0;
 };
 

@@ -23,6 +23,7 @@
 #include "view_drawing.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <cmath>
 #include <numbers>
@@ -30,6 +31,7 @@
 #include <vector>
 
 #include "coord_mapper.h"
+#include "core/parallel.h"
 #include "data/data_set_state.h"
 #include "data/geometry.h"
 #include "gl_line.h"
@@ -53,6 +55,7 @@ struct MeshGeometry {
   std::span<const std::int32_t> indices;     // a triangulation's vertex triples
   std::span<const std::int32_t> neighbours;  // a triangulation's, else empty
   std::size_t gridX = 0, gridY = 0;          // counts of a grid mesh
+  std::size_t level = 1;                     // the level of detail drawn (1: whole)
 
   std::size_t VertexCount() const noexcept { return gridY > 0 ? gridX * gridY : x.size(); }
   double X(std::size_t k) const noexcept { return gridY > 0 ? x[k / gridY] : x[k]; }
@@ -140,6 +143,7 @@ MeshGeometry DrawnMesh(DataSetState& s, const ViewContext& context) {
   m.indices = d.indices;
   m.gridX = d.gridX;
   m.gridY = d.gridY;
+  m.level = level;
   return m;
 }
 
@@ -209,36 +213,83 @@ BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::si
 
 namespace {
 
-// The filled surface's vertex data, worked out once a frame for each data set: its
-// main, top and bottom views share it (the flat views squash Z with their matrix).
+// item(k) for k = 0 .. count - 1, in fixed parts over the cores (each k written alone).
+template <class Item>
+void InParts(std::size_t count, const Item& item) {
+  constexpr std::size_t kPart = std::size_t{1} << 16;
+  RunTasks((count + kPart - 1) / kPart, [&](std::size_t part) {
+    for (std::size_t k = part * kPart; k < std::min(count, (part + 1) * kPart); ++k) item(k);
+  });
+}
+
+// The filled surface's vertex data for each data set, shared by its main, top and
+// bottom views (the flat views squash Z with their matrix): positions, normals and
+// blanks are kept from frame to frame while the mesh, its level, the mapping and the
+// lighting stay; the colours are worked out again once a frame, since levels and colours
+// may have changed whenever the lists are built.
 FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const CCoordMapper& map,
                           const ViewContext& context, FillCache& cache) {
   FillGeometry& g = cache[&s];
-  if (g.ready) return g;
   const std::size_t n = mesh.VertexCount();
   const std::size_t triangles = mesh.TriangleCount();
-  g.position.resize(3 * n);
-  std::vector<double> zData(n);
-  for (std::size_t k = 0; k < n; ++k) {
-    g.position[3 * k] = static_cast<GLfloat>(map.NormalisedToCubeX(mesh.X(k)));
-    g.position[3 * k + 1] = static_cast<GLfloat>(map.NormalisedToCubeY(mesh.Y(k)));
-    g.position[3 * k + 2] = static_cast<GLfloat>(map.NormalisedToCubeZ(mesh.z[k]));
-    zData[k] = map.NormalisedToDataZ(mesh.z[k]);
-  }
-  // Triangles with a blank corner (NaN height) are left out of the drawing.
-  g.hasBlanks = std::any_of(mesh.z.begin(), mesh.z.end(), [](double z) { return std::isnan(z); });
-  if (g.hasBlanks) {
-    g.blank.assign(triangles, false);
-    for (std::size_t t = 0; t < triangles; ++t) {
-      std::size_t v[3];
-      mesh.Corners(t, v);
-      g.blank[t] = std::isnan(mesh.z[v[0]] + mesh.z[v[1]] + mesh.z[v[2]]);
+  const bool kept = g.ready && g.meshGeneration == s.meshGeneration && g.level == mesh.level &&
+                    g.mapping == map.Signature() && g.lit == context.lightingOn && g.zData.size() == n;
+  if (!kept) {
+    g.position.resize(3 * n);
+    g.zData.resize(n);
+    InParts(n, [&](std::size_t k) {
+      g.position[3 * k] = static_cast<GLfloat>(map.NormalisedToCubeX(mesh.X(k)));
+      g.position[3 * k + 1] = static_cast<GLfloat>(map.NormalisedToCubeY(mesh.Y(k)));
+      g.position[3 * k + 2] = static_cast<GLfloat>(map.NormalisedToCubeZ(mesh.z[k]));
+      g.zData[k] = map.NormalisedToDataZ(mesh.z[k]);
+    });
+    // Triangles with a blank corner (NaN height) are left out of the drawing.
+    g.hasBlanks = std::any_of(mesh.z.begin(), mesh.z.end(), [](double z) { return std::isnan(z); });
+    g.blank.clear();
+    if (g.hasBlanks) {
+      g.blank.assign(triangles, false);
+      for (std::size_t t = 0; t < triangles; ++t) {
+        std::size_t v[3];
+        mesh.Corners(t, v);
+        g.blank[t] = std::isnan(mesh.z[v[0]] + mesh.z[v[1]] + mesh.z[v[2]]);
+      }
     }
+    // Vertex normals: the sum of the adjoining triangles' normals (in cube coordinates,
+    // computed in double), normalised by the pipeline.
+    g.normal.clear();
+    if (context.lightingOn) {
+      std::vector<double> sum(3 * n, 0.0);
+      const auto c = [&](std::size_t k, std::size_t axis) { return static_cast<double>(g.position[3 * k + axis]); };
+      for (std::size_t t = 0; t < triangles; ++t) {
+        if (g.hasBlanks && g.blank[t]) continue;
+        std::size_t v[3];
+        mesh.Corners(t, v);
+        const double ux = c(v[1], 0) - c(v[0], 0), uy = c(v[1], 1) - c(v[0], 1), uz = c(v[1], 2) - c(v[0], 2);
+        const double vx = c(v[2], 0) - c(v[0], 0), vy = c(v[2], 1) - c(v[0], 1), vz = c(v[2], 2) - c(v[0], 2);
+        const double nt[3] = {uy * vz - uz * vy, uz * vx - ux * vz, ux * vy - uy * vx};
+        for (const std::size_t k : v) {
+          for (std::size_t a = 0; a < 3; ++a) sum[3 * k + a] += nt[a];
+        }
+      }
+      g.normal.resize(3 * n);
+      for (std::size_t k = 0; k < 3 * n; ++k) g.normal[k] = static_cast<GLfloat>(sum[k]);
+    }
+    g.meshGeneration = s.meshGeneration;
+    g.level = mesh.level;
+    g.mapping = map.Signature();
+    g.lit = context.lightingOn;
+    g.colourFrame = 0;
+    g.ready = true;
   }
+  if (g.colourFrame == context.frame && context.frame != 0) return g;
   // Colours: each vertex's own when interpolating, else one per triangle from the mean
   // of its corners' heights; or, for exact bands, each vertex's place in the texture.
+  g.colourFrame = context.frame;
+  g.outsideReady = false;  // the user hull may have moved
   g.interpolated = context.contouring.InterpolateColors();
   g.bands = false;
+  g.colour.clear();
+  g.texel.clear();
   if (!g.interpolated && context.contouring.ExactBands()) {
     GLint largest = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
@@ -248,38 +299,18 @@ FillGeometry& PrepareFill(const DataSetState& s, const MeshGeometry& mesh, const
   }
   if (g.bands) {
     g.texel.resize(n);
-    for (std::size_t k = 0; k < n; ++k) g.texel[k] = g.texture.Coordinate(zData[k]);
+    InParts(n, [&](std::size_t k) { g.texel[k] = g.texture.Coordinate(g.zData[k]); });
   } else if (g.interpolated) {
     g.colour.resize(n);
-    for (std::size_t k = 0; k < n; ++k) g.colour[k] = FillColor(context.contouring, zData[k]);
+    InParts(n, [&](std::size_t k) { g.colour[k] = FillColor(context.contouring, g.zData[k]); });
   } else {
     g.colour.resize(triangles);
-    for (std::size_t t = 0; t < triangles; ++t) {
+    InParts(triangles, [&](std::size_t t) {
       std::size_t v[3];
       mesh.Corners(t, v);
-      g.colour[t] = FillColor(context.contouring, (zData[v[0]] + zData[v[1]] + zData[v[2]]) / 3.0);
-    }
+      g.colour[t] = FillColor(context.contouring, (g.zData[v[0]] + g.zData[v[1]] + g.zData[v[2]]) / 3.0);
+    });
   }
-  // Vertex normals: the sum of the adjoining triangles' normals (in cube coordinates,
-  // computed in double), normalised by the pipeline.
-  if (context.lightingOn) {
-    std::vector<double> sum(3 * n, 0.0);
-    const auto c = [&](std::size_t k, std::size_t axis) { return static_cast<double>(g.position[3 * k + axis]); };
-    for (std::size_t t = 0; t < triangles; ++t) {
-      if (g.hasBlanks && g.blank[t]) continue;
-      std::size_t v[3];
-      mesh.Corners(t, v);
-      const double ux = c(v[1], 0) - c(v[0], 0), uy = c(v[1], 1) - c(v[0], 1), uz = c(v[1], 2) - c(v[0], 2);
-      const double vx = c(v[2], 0) - c(v[0], 0), vy = c(v[2], 1) - c(v[0], 1), vz = c(v[2], 2) - c(v[0], 2);
-      const double nt[3] = {uy * vz - uz * vy, uz * vx - ux * vz, ux * vy - uy * vx};
-      for (const std::size_t k : v) {
-        for (std::size_t a = 0; a < 3; ++a) sum[3 * k + a] += nt[a];
-      }
-    }
-    g.normal.resize(3 * n);
-    for (std::size_t k = 0; k < 3 * n; ++k) g.normal[k] = static_cast<GLfloat>(sum[k]);
-  }
-  g.ready = true;
   return g;
 }
 
@@ -306,6 +337,9 @@ void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view,
               const ViewContext& context) {
   const std::size_t triangles = mesh.TriangleCount();
   if (triangles == 0) return;
+  // The time spent here, GL calls apart, is the preparation of the vertex data.
+  const auto started = std::chrono::steady_clock::now();
+  double inGl = 0.0;
   FillCache ownCache;
   FillGeometry& g = PrepareFill(s, mesh, map, context, context.fillCache != nullptr ? *context.fillCache : ownCache);
   const bool lit = context.lightingOn;
@@ -372,39 +406,44 @@ void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view,
     glColor4ub(0, 0, 0, 0);
     glColor4ub(255, 255, 255, alpha);
   }
+  // The block's arrays are sized once and filled by index: `used` vertices so far.
+  std::size_t used = 0;
   auto flush = [&]() {
-    if (position.empty()) return;
+    if (used == 0) return;
+    const auto glStarted = std::chrono::steady_clock::now();
     glVertexPointer(3, GL_FLOAT, 0, position.data());
     if (colourArray) glColorPointer(4, GL_UNSIGNED_BYTE, 0, colour.data());
     if (lit) glNormalPointer(GL_FLOAT, 0, normal.data());
     if (g.bands) glTexCoordPointer(1, GL_FLOAT, 0, texel.data());
     if (stripFirst.empty()) {
-      glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(position.size() / 3));
+      glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(used));
     } else {
       glMultiDrawArrays(GL_TRIANGLE_STRIP, stripFirst.data(), stripCount.data(),
                         static_cast<GLsizei>(stripFirst.size()));
     }
     if (compiling == 0) glFinish();
-    position.clear();
-    colour.clear();
-    normal.clear();
-    texel.clear();
+    inGl += std::chrono::duration<double>(std::chrono::steady_clock::now() - glStarted).count();
+    used = 0;
     stripFirst.clear();
     stripCount.clear();
   };
   auto rgba = [alpha](Color c) { return PackRgba(c, alpha); };
   auto vertex = [&](std::size_t k, std::uint32_t colourOf) {
-    if (colourArray) colour.push_back(colourOf);
-    position.insert(position.end(), {g.position[3 * k], g.position[3 * k + 1], g.position[3 * k + 2]});
-    if (lit) normal.insert(normal.end(), {g.normal[3 * k], g.normal[3 * k + 1], g.normal[3 * k + 2]});
-    if (g.bands) texel.push_back(g.texel[k]);
+    if (colourArray) colour[used] = colourOf;
+    std::copy_n(&g.position[3 * k], 3, &position[3 * used]);
+    if (lit) std::copy_n(&g.normal[3 * k], 3, &normal[3 * used]);
+    if (g.bands) texel[used] = g.texel[k];
+    ++used;
   };
   const std::uint32_t white = rgba(0xFFFFFF);
   auto colourAt = [&](std::size_t k) { return g.bands ? white : rgba(g.colour[k]); };
-  position.reserve(9 * kBlock + 6 * mesh.gridX);
-  if (colourArray) colour.reserve(3 * kBlock + 2 * mesh.gridX);
-  if (lit) normal.reserve(9 * kBlock + 6 * mesh.gridX);
-  if (g.bands) texel.reserve(3 * kBlock + 2 * mesh.gridX);
+  // A block ends after the row of cells or the triangle that takes it past 3 kBlock
+  // vertices: room for one more row (2 gridX) or triangle (3) beyond that.
+  const std::size_t room = 3 * kBlock + 2 * mesh.gridX + 3;
+  position.resize(3 * room);
+  if (colourArray) colour.resize(room);
+  if (lit) normal.resize(3 * room);
+  if (g.bands) texel.resize(room);
   // Smooth shading of flat colours (lit, not interpolated) needs each triangle's colour
   // at all three corners, which a strip cannot give: those go as separate triangles.
   if (mesh.gridY > 0 && skip == nullptr && (perVertex || !lit)) {
@@ -415,7 +454,7 @@ void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view,
     // a strip no other triangle ends on.
     const std::size_t nx = mesh.gridX, ny = mesh.gridY;
     for (std::size_t j = 0; j + 1 < ny; ++j) {
-      stripFirst.push_back(static_cast<GLint>(position.size() / 3));
+      stripFirst.push_back(static_cast<GLint>(used));
       stripCount.push_back(static_cast<GLsizei>(2 * nx));
       for (std::size_t q = 0; q < nx; ++q) {
         const std::size_t i = nx - 1 - q;
@@ -433,7 +472,7 @@ void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view,
           vertex(k0 + 1, rgba(g.colour[lower + 1]));
         }
       }
-      if (position.size() >= 9 * kBlock) flush();
+      if (used >= 3 * kBlock) flush();
     }
   } else {
     for (std::size_t t = 0; t < triangles; ++t) {
@@ -442,12 +481,15 @@ void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view,
       mesh.Corners(t, v);
       const std::uint32_t flat = perVertex ? 0 : rgba(g.colour[t]);
       for (const std::size_t k : v) vertex(k, perVertex ? colourAt(k) : flat);
-      if (position.size() >= 9 * kBlock) flush();
+      if (used >= 3 * kBlock) flush();
     }
   }
   flush();
   glPopClientAttrib();
   glPopAttrib();
+  if (context.preparationSeconds != nullptr) {
+    *context.preparationSeconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count() - inGl;
+  }
 }
 
 // Polylines of every level, chained, in the master format or each level's own.

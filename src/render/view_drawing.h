@@ -36,10 +36,18 @@ struct BandTexture {
 // maxTexels wide.
 BandTexture MakeBandTexture(const Contouring& contouring, double zRange, std::size_t maxTexels);
 
-// A data set's filled surface as the views draw it, in cube coordinates.
+// A data set's filled surface as the views draw it, in cube coordinates. The vertex
+// data (positions, normals, blanks) are kept while the mesh, its level of detail, the
+// mapping into the cube and the lighting stay; the colours are worked out once a frame.
 struct FillGeometry {
   bool ready = false;
+  std::uint64_t meshGeneration = 0;   // what the vertex data were made for
+  std::size_t level = 0;
+  std::array<double, 12> mapping{};
+  bool lit = false;
+  std::uint64_t colourFrame = 0;      // the frame whose colours it holds
   std::vector<float> position;  // x, y, z of each mesh vertex
+  std::vector<double> zData;    // each vertex's Z in data units, for its colour
   std::vector<float> normal;    // the same, when lit
   bool interpolated = false;    // colour per vertex (true) or per triangle
   std::vector<Color> colour;
@@ -52,7 +60,7 @@ struct FillGeometry {
   bool outsideReady = false;
   std::vector<bool> outside;  // triangles outside the user hull, or blank
 };
-// The fills of one frame, by data set.
+// The fills, by data set, kept by the renderer from frame to frame.
 using FillCache = std::unordered_map<const DataSetState*, FillGeometry>;
 
 // What a view's drawing needs from the frame.
@@ -64,8 +72,12 @@ struct ViewContext {
   // Drawn lengths of the cube's X, Y and Z edges: markers are divided by them, so that
   // a cube marker stays a cube however the plot cube is stretched.
   std::array<double, 3> cubeLengths{1.0, 1.0, 1.0};
-  // Where the views of one frame share their fill geometry; none: each view makes its own.
+  // Where the views share their fill geometry, within a frame and across frames; none:
+  // each view makes its own.
   FillCache* fillCache = nullptr;
+  std::uint64_t frame = 0;  // the frame being drawn (numbered from 1)
+  // Where the fills add the seconds spent preparing their vertex data (GL calls apart).
+  double* preparationSeconds = nullptr;
   // The plot's pixels, over which a mesh of many more triangles is drawn at a level of
   // detail (level_of_detail.h); 0 draws every mesh whole.
   std::size_t detailPixels = 0;

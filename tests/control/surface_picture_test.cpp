@@ -669,6 +669,34 @@ TEST(SurfacePicture, AContourOfPiecesFarShorterThanAPixelIsDrawnUnbroken) {
   EXPECT_EQ(drawn, 360);
 }
 
+TEST(SurfacePicture, TheKeptFillFollowsChangesOfColoursLightingAndAxes) {
+  // The fill's vertex data outlive a frame; each change below must still show.
+  Control c(240, 240);
+  ScatteredRamp(c);
+  c.surface.SetPlotType(orvPlotType2D);
+  c.surface.Refresh();
+  Contouring& contouring = c.surface.Contouring();
+  const auto at = [&c](double x) { return c.PixelAt(x, 0.5, x); };
+  EXPECT_EQ(at(0.42), contouring.FindColor(0.42, false));
+  contouring.SetColorMapType(orvColorMapBlueRed);
+  c.surface.Refresh();
+  EXPECT_EQ(at(0.42), contouring.FindColor(0.42, false));
+  EXPECT_EQ(at(0.82), contouring.FindColor(0.82, false));
+  // The X axis over [0, 2]: the ramp takes the left half, in the same colours.
+  c.surface.Axes().XAxis().SetAutoRangeType(orvAutoRangeOff);
+  c.surface.Axes().XAxis().SetMax(2.0);
+  c.surface.Refresh();
+  EXPECT_EQ(at(0.21), contouring.FindColor(0.42, false));
+  EXPECT_EQ(at(0.75), c.Image().Pixel(1, 1));  // nothing drawn beyond x = 1
+  // Lit in 3-D, then unlit again: normals made for the light, dropped without it.
+  c.surface.SetPlotType(orvPlotType3D);
+  c.surface.SetLightingOn(true);
+  c.surface.Refresh();
+  c.surface.SetLightingOn(false);
+  c.surface.Refresh();
+  EXPECT_EQ(c.PixelAt(0.21, 0.5, 0.42), contouring.FindColor(0.42, false));
+}
+
 TEST(SurfacePicture, LevelOfDetailIsStoredOnlyWhenOff) {
   Control c;
   PropertyBag bag;
