@@ -1,5 +1,6 @@
-// Reading and writing data files: Orvane's own reader for plain text, GDAL for every
-// raster and vector source, and for the grid formats written (CSV aside).
+// Reading and writing data files: Orvane's own readers for plain text and DSAA grids,
+// GDAL for every other raster and vector source, and for the grid formats written (CSV
+// aside).
 //
 // GDAL's rasters are areas: a cell's value belongs to its centre, which is where the
 // grid node goes, so a raster of nx by ny cells is a grid of nx by ny nodes. Rows come
@@ -34,6 +35,7 @@
 #include <ogr_spatialref.h>
 #include <ogrsf_frmts.h>
 
+#include "data/dsaa_file.h"
 #include "orvane/core/error.h"
 #include "orvane/data/data_set.h"
 #include "orvane/resample/resampling.h"
@@ -46,11 +48,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSource = "DataFile";
 // The control refuses coordinates and heights of this size or more.
-constexpr double kLargest = 1e300;
-// The most cells of a raster read whole into a grid: 16384 x 16384. The control keeps
-// two 8-byte copies of Z (as given and normalised) and the file a third while it is
-// handed over, so such a grid takes about 6.5 GB.
-constexpr std::int64_t kMostCells = std::int64_t{16384} * 16384;
+constexpr double kLargest = detail::kLargestValue;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 [[noreturn]] void Fail(const std::string& text) { throw Error(5, kSource, text); }
@@ -253,60 +251,62 @@ std::string GdalName(const std::string& name) {
 
 void ReadRaster(GDALDataset& source, const std::string& name, const DataReadOptions& options, DataFile& file) {
   const int nx = source.GetRasterXSize(), ny = source.GetRasterYSize();
-  if (nx < 2 || ny < 2) Fail(name + ": a grid needs at least 2 by 2 cells, not " + std::to_string(nx) + " by " + std::to_string(ny));
-  if (std::int64_t{nx} * ny > kMostCells) {
-    Fail(name + ": the raster has " + std::to_string(std::int64_t{nx} * ny) + " cells, more than the " +
-         std::to_string(kMostCells) + " a grid may hold; cut or thin it first (gdal_translate -srcwin or -outsize)");
-  }
+  detail::CheckRasterSize(name, nx, ny);
   double gt[6] = {0.0, 1.0, 0.0, 0.0, 0.0, 1.0};
   if (source.GetGeoTransform(gt) != CE_None) {
     gt[0] = 0.0, gt[1] = 1.0, gt[2] = 0.0, gt[3] = 0.0, gt[4] = 0.0, gt[5] = 1.0;
   }
-  if (gt[2] != 0.0 || gt[4] != 0.0) Fail(name + ": the raster is rotated (its geotransform has shear terms); warp it north-up first (gdalwarp)");
-  if (gt[1] == 0.0 || gt[5] == 0.0) Fail(name + ": the raster's cells have no size");
+  GridFile& grid = file.grid;
+  const auto cols = static_cast<std::size_t>(nx), rows = static_cast<std::size_t>(ny);
+  const detail::RasterLayout layout(gt, cols, rows, name, grid);
   GDALRasterBand* band = source.GetRasterBand(1);
   int hasNoData = 0;
   const double noData = band->GetNoDataValue(&hasNoData);
   int hasScale = 0, hasOffset = 0;
   const double scale = band->GetScale(&hasScale), offset = band->GetOffset(&hasOffset);
-
-  GridFile& grid = file.grid;
-  const auto cols = static_cast<std::size_t>(nx), rows = static_cast<std::size_t>(ny);
-  grid.x.resize(cols);
-  grid.y.resize(rows);
-  // Columns and rows in ascending X and Y, whichever way the raster runs.
-  const auto columnOf = [&](std::size_t i) { return gt[1] > 0 ? i : cols - 1 - i; };
-  const auto rowOf = [&](std::size_t j) { return gt[5] < 0 ? rows - 1 - j : j; };
-  for (std::size_t i = 0; i < cols; ++i) {
-    grid.x[i] = gt[0] + (static_cast<double>(columnOf(i)) + 0.5) * gt[1];
-  }
-  for (std::size_t j = 0; j < rows; ++j) {
-    grid.y[j] = gt[3] + (static_cast<double>(rowOf(j)) + 0.5) * gt[5];
-  }
-  CheckFinite(grid.x.front(), name, "the first column's X");
-  CheckFinite(grid.x.back(), name, "the last column's X");
-  CheckFinite(grid.y.front(), name, "the first row's Y");
-  CheckFinite(grid.y.back(), name, "the last row's Y");
   grid.z.assign(cols * rows, kNan);
   std::vector<double> line(cols);
   for (std::size_t r = 0; r < rows; ++r) {
     if (band->RasterIO(GF_Read, 0, static_cast<int>(r), nx, 1, line.data(), nx, 1, GDT_Float64, 0, 0) != CE_None) {
       Fail(name + ": row " + std::to_string(r + 1) + " could not be read" + QuietGdal::Why());
     }
-    const std::size_t j = rowOf(r);
     for (std::size_t c = 0; c < cols; ++c) {
       double v = line[c];
       if (std::isnan(v) || (hasNoData && v == noData) || (options.noData && v == *options.noData)) continue;
       v = v * (hasScale ? scale : 1.0) + (hasOffset ? offset : 0.0);
-      if (!std::isfinite(v) || std::fabs(v) >= kLargest) {
-        Fail(name + ": the cell in column " + std::to_string(c + 1) + ", row " + std::to_string(r + 1) +
-             " is not a finite number below 1e300");
-      }
-      grid.z[columnOf(c) * rows + j] = v;
+      if (!std::isfinite(v) || std::fabs(v) >= kLargest) detail::FailCell(name, c, r);
+      grid.z[layout.Index(c, r)] = v;
     }
   }
   file.isGrid = true;
   file.crs = Wkt(source.GetSpatialRef());
+}
+
+// A DSAA grid, read by Orvane's own reader as GDAL's driver reads it. GDAL is asked only
+// when a sidecar it reads lies beside the file (".aux.xml", or an ".aux"), for what that
+// may add: a CRS, a geotransform, a scale and an offset.
+void ReadDsaa(const std::string& name, const DataReadOptions& options, DataFile& file) {
+  std::error_code ignored;
+  const bool sidecar = fs::exists(name + ".aux.xml", ignored) || fs::exists(name + ".aux", ignored) ||
+                       fs::exists(fs::path(name).replace_extension(".aux"), ignored);
+  std::optional<detail::RasterGeoreference> georeference;
+  if (sidecar) {
+    QuietGdal quiet;
+    GDALDatasetUniquePtr source(GDALDataset::Open(name.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr));
+    if (source && source->GetRasterCount() > 0) {
+      georeference.emplace();
+      if (source->GetGeoTransform(georeference->gt) != CE_None) georeference.emplace();
+      GDALRasterBand* band = source->GetRasterBand(1);
+      int hasScale = 0, hasOffset = 0;
+      const double scale = band->GetScale(&hasScale), offset = band->GetOffset(&hasOffset);
+      georeference->scale = hasScale ? scale : 1.0;
+      georeference->offset = hasOffset ? offset : 0.0;
+      file.crs = Wkt(source->GetSpatialRef());
+    }
+  }
+  detail::ReadDsaaFile(name, name, options.noData, georeference ? &*georeference : nullptr, file.grid);
+  file.format = "DSAA";
+  file.isGrid = true;
 }
 
 // Every vertex of a geometry, collections and rings included.
@@ -575,7 +575,7 @@ DataFile ReadDataFile(const std::string& name, const DataReadOptions& options) {
   if (exists && fs::is_directory(name)) {
     if (!ReadGdal(name, options, file)) Fail(name + ": cannot open a folder as data");
   } else if (exists && StartsWith(name, "DSAA")) {
-    if (!ReadGdal(name, options, file)) Fail(name + ": not a readable DSAA grid" + QuietGdal::Why());
+    ReadDsaa(name, options, file);
   } else if (exists && IsTextExtension(extension)) {
     ReadText(name, options, file);
   } else if (!ReadGdal(name, options, file)) {

@@ -1,12 +1,19 @@
 // XYZ text: one point per line, three numbers separated by commas, semicolons, tabs or
 // spaces (or chosen columns of wider lines).
 //
-// The input is read in blocks of 64 KiB and cut into lines in place; only a line that
-// straddles two blocks is copied, into one buffer reused for every such line. A line may
-// hold at most 1 MiB (its ending not counted), so a file without line breaks, or a device
-// that never ends, is refused after about 1 MiB instead of being read into memory whole.
+// The input is read in blocks (with read() from a file: 256 KiB from a regular one, 64 KiB
+// from a pipe or a device; 64 KiB from a stream) and cut into lines in place; only a line
+// that straddles two blocks is copied, into one buffer reused for every such line. A line
+// may hold at most 1 MiB (its ending not counted), so a file without line breaks, or a
+// device that never ends, is refused after about 1 MiB instead of being read into memory
+// whole.
 // A UTF-8 byte-order mark at the very start is skipped; a line ends at "\n" and any run
 // of carriage returns before it ("\r\n", "\r\r\n") is dropped.
+//
+// An ordinary data line (numbers in the wanted fields, once the first line has been read)
+// is parsed in one pass with from_chars straight from the block; anything else (a header,
+// a comment, a blank Z, decimal commas, the first comma of a file, a refusal) goes the
+// general way, which gives the very same points.
 //
 // A malformed line is quoted in its error message, cut to 80 characters, with control
 // characters and bytes that are not UTF-8 escaped, so that what the file holds never
@@ -14,12 +21,15 @@
 
 #include "orvane/data/xyz_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <limits>
 #include <map>
 #include <memory>
@@ -35,7 +45,8 @@ namespace orvane {
 namespace {
 
 constexpr const char* kSource = "XyzFile";
-constexpr std::size_t kBlock = std::size_t{1} << 16;
+constexpr std::size_t kBlock = std::size_t{1} << 16;      // from a stream
+constexpr std::size_t kFileBlock = std::size_t{1} << 18;  // with read() from a regular file
 // Longest line accepted, without its line ending.
 constexpr std::size_t kMaxLine = std::size_t{1} << 20;
 // Characters of a line quoted in an error message.
@@ -157,12 +168,17 @@ std::string Printable(std::string_view text, std::size_t limit) {
   return out;
 }
 
-// Cuts the input into lines, reading it in blocks.
+// Cuts the input into lines, reading it in blocks: from a stream, or with read() from a
+// file descriptor.
 class LineReader {
  public:
   enum class Result { kLine, kEnd, kTooLong, kUnreadable };
 
-  explicit LineReader(std::istream& in) : in_(in), block_(new char[kBlock]) {}
+  explicit LineReader(std::istream& in) : in_(&in), size_(kBlock), block_(new char[kBlock]) {}
+  // A file open as fd (which stays the caller's to close): a regular file of fileSize
+  // bytes in large blocks, anything else (fileSize 0) in the blocks of a stream.
+  LineReader(int fd, std::size_t fileSize)
+      : fd_(fd), fileSize_(fileSize), size_(fileSize > 0 ? kFileBlock : kBlock), block_(new char[size_]) {}
 
   // The next line without its ending, valid until the next call.
   Result Next(std::string_view& line) {
@@ -191,6 +207,28 @@ class LineReader {
     }
   }
 
+  // The whole lines ahead in the block, for a caller that cuts them itself: [first, last),
+  // last just past a line break (empty when none is ahead). The caller passes back with
+  // SkipTo how far it read.
+  void WholeLines(const char*& first, const char*& last) const {
+    first = block_.get() + pos_;
+    last = block_.get() + std::max(pos_, lines_);
+  }
+  void SkipTo(const char* at) { pos_ = static_cast<std::size_t>(at - block_.get()); }
+
+  // About how many lines a regular file holds, judged by its first block (0 when the
+  // size is not known or the first block holds no line break), to reserve room for at
+  // most kMostExpected points. Reads that block.
+  std::size_t ExpectedLines() {
+    constexpr std::size_t kMostExpected = std::size_t{1} << 26;
+    if (fileSize_ == 0 || !first_ || !Fill()) return 0;
+    const auto breaks = static_cast<std::size_t>(std::count(block_.get(), block_.get() + end_, '\n'));
+    if (breaks == 0) return 0;
+    if (atEnd_) return breaks + 1;  // the whole file
+    const double lines = static_cast<double>(breaks) * static_cast<double>(fileSize_) / static_cast<double>(end_);
+    return static_cast<std::size_t>(std::min(lines * 1.0625, static_cast<double>(kMostExpected)));  // later lines may be shorter
+  }
+
  private:
   static Result Finish(std::string_view text, std::string_view& line) {
     while (!text.empty() && text.back() == '\r') text.remove_suffix(1);
@@ -199,13 +237,31 @@ class LineReader {
     return Result::kLine;
   }
 
-  // Reads the next block; false when the stream failed.
+  // Reads the next block; false when the input failed.
   bool Fill() {
-    in_.read(block_.get(), static_cast<std::streamsize>(kBlock));
-    if (in_.bad()) return false;
-    end_ = static_cast<std::size_t>(in_.gcount());
+    if (failed_) return false;
+    std::size_t got = 0;
+    if (in_ != nullptr) {
+      in_->read(block_.get(), static_cast<std::streamsize>(size_));
+      if (in_->bad()) return false;
+      got = static_cast<std::size_t>(in_->gcount());
+    } else {
+      while (got < size_) {
+        const ssize_t n = ::read(fd_, block_.get() + got, size_ - got);
+        if (n == 0) break;
+        if (n < 0) {
+          if (errno == EINTR) continue;
+          failed_ = true;
+          return false;
+        }
+        got += static_cast<std::size_t>(n);
+      }
+    }
+    end_ = got;
     pos_ = 0;
-    atEnd_ = end_ < kBlock;
+    atEnd_ = end_ < size_;
+    lines_ = end_;
+    while (lines_ > 0 && block_[lines_ - 1] != '\n') --lines_;
     if (first_) {
       first_ = false;
       if (end_ >= 3 && std::memcmp(block_.get(), "\xEF\xBB\xBF", 3) == 0) pos_ = 3;
@@ -213,20 +269,104 @@ class LineReader {
     return true;
   }
 
-  std::istream& in_;
+  std::istream* in_ = nullptr;
+  int fd_ = -1;
+  std::size_t fileSize_ = 0;
+  std::size_t size_;  // bytes a block holds
   std::unique_ptr<char[]> block_;
   std::size_t pos_ = 0;
   std::size_t end_ = 0;
+  std::size_t lines_ = 0;  // just past the block's last line break, or 0
   bool atEnd_ = false;
   bool first_ = true;
+  bool failed_ = false;
   std::string spill_;  // a line that straddles blocks
 };
 
-}  // namespace
+// The fast way for ordinary data lines. It reads them straight from the block, where
+// each ends in a line break: after a line's last character come its carriage returns,
+// if any, and then '\n'.
 
-XyzPoints ReadXyzText(std::istream& in, const std::string& name) { return ReadXyzText(in, name, XyzReadOptions{}); }
+// Skips the separators at p; false when one is a comma and commas must be looked at.
+inline bool SkipSeparators(const char*& p, bool watchCommas) {
+  for (; IsSeparator(*p, false); ++p) {
+    if (*p == ',' && watchCommas) return false;
+  }
+  return true;
+}
 
-XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOptions& options) {
+// Whether p is at the end of a line: carriage returns, if any, then '\n'.
+inline bool AtLineEnd(const char* p) {
+  while (*p == '\r') ++p;
+  return *p == '\n';
+}
+
+// Whether a field ends at p, as the general path cuts a line.
+inline bool FieldEnds(const char* p) { return IsSeparator(*p, false) || AtLineEnd(p); }
+
+// The number at p (a leading '+' allowed, as ParseNumber takes it) that fills its field;
+// the position after it, or nullptr when the field holds something else or a number that
+// is not finite. The line break ahead bounds the reading.
+inline const char* FieldNumber(const char* p, const char* end, double& value) {
+  if (*p == '+') ++p;
+  // A whole number of up to 15 digits, as coordinates often are, is exact as a double.
+  const char* const digits = p + (*p == '-' ? 1 : 0);
+  const char* const stop = end - digits > 16 ? digits + 16 : end;
+  const char* q = digits;
+  std::uint64_t whole = 0;
+  for (unsigned digit; q < stop && (digit = static_cast<unsigned char>(*q) - 48U) < 10; ++q) whole = whole * 10 + digit;
+  if (q != digits && q - digits <= 15 && FieldEnds(q)) {
+    value = digits == p ? static_cast<double>(whole) : -static_cast<double>(whole);
+    return q;
+  }
+  const auto result = std::from_chars(p, end, value);
+  if (result.ec != std::errc() || !FieldEnds(result.ptr) || !std::isfinite(value)) return nullptr;
+  return result.ptr;
+}
+
+// Reads the data line at p, within [p, end) that ends in a line break: the position past
+// its break, with values set, when the general path would take the line as one point with
+// these values. That is, the fields at where[] hold finite numbers, the line has exactly
+// three fields (plain) or at least `used`, the first is no comment, no comma appears while
+// the file's use of commas is undecided (watchCommas), and the line is no longer than
+// kMaxLine. nullptr leaves the line to the general path.
+const char* FastLine(const char* p, const char* end, bool plain, const std::size_t (&where)[3], std::size_t used,
+                     bool watchCommas, double (&values)[3]) {
+  const char* const start = p;
+  if (plain) {
+    for (double& value : values) {
+      if (!SkipSeparators(p, watchCommas)) return nullptr;
+      p = FieldNumber(p, end, value);
+      if (p == nullptr) return nullptr;
+    }
+    if (!SkipSeparators(p, watchCommas)) return nullptr;
+    while (*p == '\r') ++p;
+    if (*p != '\n') return nullptr;
+  } else {
+    for (std::size_t field = 0; field < used; ++field) {
+      if (!SkipSeparators(p, watchCommas) || AtLineEnd(p)) return nullptr;
+      if (field == 0 && *p == '#') return nullptr;
+      if (field != where[0] && field != where[1] && field != where[2]) {
+        while (!IsSeparator(*p, false) && *p != '\n') ++p;
+        continue;
+      }
+      double value = 0.0;
+      p = FieldNumber(p, end, value);
+      if (p == nullptr) return nullptr;
+      for (std::size_t k = 0; k < 3; ++k) {
+        if (where[k] == field) values[k] = value;
+      }
+    }
+    // Further fields may hold anything but an undecided comma.
+    const char* const rest = p;
+    p = static_cast<const char*>(std::memchr(rest, '\n', static_cast<std::size_t>(end - rest)));
+    if (watchCommas && std::memchr(rest, ',', static_cast<std::size_t>(p - rest)) != nullptr) return nullptr;
+  }
+  if (static_cast<std::size_t>(p - start) > kMaxLine) return nullptr;  // the general path says how long
+  return p + 1;
+}
+
+XyzPoints ReadLines(LineReader& reader, const std::string& name, const XyzReadOptions& options) {
   constexpr int kMostColumns = 1 << 20;  // no line of 1 MiB holds more fields
   for (int column : options.columns) {
     if (column < 1 || column > kMostColumns) {
@@ -242,7 +382,11 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOp
     used = std::max(used, where[k] + 1);
   }
   XyzPoints points;
-  LineReader reader(in);
+  if (const std::size_t expected = reader.ExpectedLines(); expected > 0) {
+    points.x.reserve(expected);
+    points.y.reserve(expected);
+    points.z.reserve(expected);
+  }
   const std::string shownName = Printable(name, std::string::npos);
   long number = 0;
   bool firstContent = true;
@@ -255,6 +399,24 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOp
   enum class Commas { kUndecided, kSeparate, kDecimal } commas = Commas::kUndecided;
   std::string_view line;
   for (;;) {
+    // Once the first line is read, ordinary lines go the fast way until one does not.
+    if (!firstContent && commas != Commas::kDecimal) {
+      const bool watchCommas = commas == Commas::kUndecided;
+      const char* p = nullptr;
+      const char* end = nullptr;
+      reader.WholeLines(p, end);
+      double values[3];
+      while (p < end) {
+        const char* const next = FastLine(p, end, plain, where, used, watchCommas, values);
+        if (next == nullptr) break;
+        ++number;
+        points.x.push_back(values[0]);
+        points.y.push_back(values[1]);
+        points.z.push_back(values[2]);
+        p = next;
+      }
+      reader.SkipTo(p);
+    }
     const LineReader::Result result = reader.Next(line);
     if (result == LineReader::Result::kEnd) break;
     if (result == LineReader::Result::kUnreadable) {
@@ -323,15 +485,42 @@ XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOp
   return points;
 }
 
+// Closes a file descriptor when it goes.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : fd_(fd) {}
+  ~FileDescriptor() { ::close(fd_); }
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+ private:
+  int fd_;
+};
+
+}  // namespace
+
+XyzPoints ReadXyzText(std::istream& in, const std::string& name) { return ReadXyzText(in, name, XyzReadOptions{}); }
+
+XyzPoints ReadXyzText(std::istream& in, const std::string& name, const XyzReadOptions& options) {
+  LineReader reader(in);
+  return ReadLines(reader, name, options);
+}
+
 XyzPoints ReadXyzFile(const std::string& path) { return ReadXyzFile(path, XyzReadOptions{}); }
 
 XyzPoints ReadXyzFile(const std::string& path, const XyzReadOptions& options) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
     throw Error(5, kSource, Printable(path, std::string::npos) + ": cannot open the file (" +
                                 std::strerror(errno) + ")");
   }
-  return ReadXyzText(in, path, options);
+  const FileDescriptor closer(fd);
+  // A regular file is read in large blocks, with room for its points reserved; a pipe
+  // or a device in the blocks of a stream.
+  struct stat status {};
+  const bool regular = ::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+  LineReader reader(fd, regular ? static_cast<std::size_t>(status.st_size) : 0);
+  return ReadLines(reader, path, options);
 }
 
 std::size_t MergeDuplicatePoints(XyzPoints& points) {

@@ -1,15 +1,20 @@
 // Data files in and out: every grid format written is read back by GDAL itself (size,
-// geotransform, no-data, CRS) and by ReadDataFile; NetCDF variables, vector points, text
-// with decimal commas, blank rows and named columns; and the refusals, word for word.
+// geotransform, no-data, CRS) and by ReadDataFile; DSAA text read by Orvane's own reader
+// exactly as GDAL's driver reads it; NetCDF variables, vector points, text with decimal
+// commas, blank rows and named columns; and the refusals, word for word.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <memory>
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -112,6 +117,118 @@ TEST_F(DataFileTest, EveryGridFormatReadsBackThroughGdalAndThroughReadDataFile) 
   EXPECT_EQ(csv.BlankCount(), 1U);
   EXPECT_TRUE(std::isnan(csv.grid.z[1 * 4 + 2]));
   EXPECT_EQ(csv.grid.z[0], grid.z[0]);
+}
+
+// The grid GDAL's DSAA driver gives for a file, laid out as ReadDataFile lays out a
+// raster: node i at gt0 + (i + 0.5) gt1, X and Y ascending, cells holding the no-data
+// value or NaN blank, and the others through the band's scale and offset (1 and 0,
+// which makes -0 into 0).
+GridFile ThroughGdal(const std::string& path) {
+  GridFile g;
+  GDALDatasetH raster = GDALOpen(path.c_str(), GA_ReadOnly);
+  EXPECT_NE(raster, nullptr) << path;
+  if (raster == nullptr) return g;
+  EXPECT_STREQ(GDALGetDriverShortName(GDALGetDatasetDriver(raster)), "GSAG");
+  const int nx = GDALGetRasterXSize(raster), ny = GDALGetRasterYSize(raster);
+  double gt[6] = {};
+  EXPECT_EQ(GDALGetGeoTransform(raster, gt), CE_None);
+  const auto column = [&](int c) { return gt[1] > 0 ? c : nx - 1 - c; };
+  const auto row = [&](int r) { return gt[5] < 0 ? ny - 1 - r : r; };
+  for (int i = 0; i < nx; ++i) g.x.push_back(gt[0] + (column(i) + 0.5) * gt[1]);
+  for (int j = 0; j < ny; ++j) g.y.push_back(gt[3] + (row(j) + 0.5) * gt[5]);
+  GDALRasterBandH band = GDALGetRasterBand(raster, 1);
+  const double noData = GDALGetRasterNoDataValue(band, nullptr);
+  g.z.assign(static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny), kBlank);
+  std::vector<double> line(static_cast<std::size_t>(nx));
+  for (int r = 0; r < ny; ++r) {
+    EXPECT_EQ(GDALRasterIO(band, GF_Read, 0, r, nx, 1, line.data(), nx, 1, GDT_Float64, 0, 0), CE_None);
+    for (int c = 0; c < nx; ++c) {
+      const double v = line[static_cast<std::size_t>(c)];
+      if (!std::isnan(v) && v != noData) g.z[static_cast<std::size_t>(column(c) * ny + row(r))] = v * 1.0 + 0.0;
+    }
+  }
+  GDALClose(raster);
+  return g;
+}
+
+std::vector<std::uint64_t> Bits(const std::vector<double>& values) {
+  std::vector<std::uint64_t> bits(values.size());
+  if (!values.empty()) std::memcpy(bits.data(), values.data(), values.size() * sizeof(double));
+  return bits;
+}
+
+TEST_F(DataFileTest, DsaaTextReadsBitForBitAsGdalReadsIt) {
+  // Rows wrapped anyhow, CRLF, exponents, blanks written three ways, values just beside
+  // the blank, -0, +5, a subnormal and an underflow; limits falling in X and in Y; limits
+  // whose nodes, as GDAL places them, differ in the last bit from xlo + i dx.
+  std::vector<std::string> files = {
+      Write("wrapped.grd", "DSAA\r\n4 3\r\n-2.5 7.3\r\n1e3 1.5E+3\r\n-1 9\r\n1.5 -0 +5\r\n2.5e-3 1.70141e38\r\n"
+                           "1.70141E+038 170141000000000000000000000000000000000 1.70142e38 1.7014100091878e+38\r\n\r\n"
+                           "4.9e-324 1e-400\t -7.25\r\n"),
+      Write("falling.grd", "DSAA\n4 3\n10.1 9.2\n5 -1\n0 1\n1 2 3 4\n5 6 7 1.70141e38\n9 10 11 12\n"),
+      Write("tenths.grd", "DSAA\n7 2\n0.1 0.7\n0.3 1.2\n0 1\n1 2 3 4 5 6 7 8 9 10 11 12 13 14\n")};
+  // And a larger grid, over several of the reader's blocks, with a blank now and then.
+  std::mt19937 random(11);
+  std::uniform_real_distribution<double> value(-1e5, 1e5);
+  std::string text = "DSAA\n300 200\n-1234.5 987.25\n0.001 0.002\n-1e5 1e5\n";
+  char number[32];
+  for (int k = 0; k < 300 * 200; ++k) {
+    std::snprintf(number, sizeof number, "%.17g", value(random));
+    text += k % 97 == 0 ? "1.70141e+38" : number;
+    text += k % 13 == 12 ? "\n" : " ";
+  }
+  files.push_back(Write("large.grd", text));
+  for (const std::string& path : files) {
+    SCOPED_TRACE(path);
+    const GridFile gdal = ThroughGdal(path);
+    const DataFile file = ReadDataFile(path);
+    EXPECT_EQ(file.format, "DSAA");
+    ASSERT_TRUE(file.isGrid);
+    EXPECT_EQ(file.grid.x, gdal.x);
+    EXPECT_EQ(file.grid.y, gdal.y);
+    EXPECT_EQ(Bits(file.grid.z), Bits(gdal.z));
+    EXPECT_TRUE(file.crs.empty());
+  }
+  const DataFile wrapped = ReadDataFile(files[0]);
+  EXPECT_EQ(wrapped.BlankCount(), 3U);
+  EXPECT_EQ(Bits({wrapped.grid.z[1 * 3 + 0]}), Bits({0.0}));  // "-0"
+  EXPECT_EQ(wrapped.grid.z[0 * 3 + 2], 1.7014100091878e+38);  // not quite the blank: a value
+  // X falls, Y rises: the last row's last value is at the lowest X and Y.
+  const DataFile falling = ReadDataFile(files[1]);
+  EXPECT_EQ(falling.grid.z[0], 12.0);
+  EXPECT_TRUE(std::isnan(falling.grid.z[0 * 3 + 1]));
+  EXPECT_EQ(falling.grid.x[2], 9.8);  // not xlo + dx, 9.799999999999999
+  EXPECT_EQ(ReadDataFile(files[2]).grid.x[3], 0.39999999999999997);  // not 0.4
+  // NaN is blank too, and so is the no-data value asked for.
+  DataReadOptions options;
+  options.noData = 4.0;
+  const DataFile blanks = ReadDataFile(Write("nan.grd", "DSAA\n2 2\n0 1\n0 1\n0 1\nnan 4\n-NaN 5\n"), options);
+  EXPECT_EQ(blanks.BlankCount(), 3U);
+  EXPECT_EQ(blanks.grid.z[1 * 2 + 1], 5.0);
+}
+
+TEST_F(DataFileTest, MalformedDsaaTextIsRefusedByNameAndLine) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"DSAA 2 2\n0 1\n0 1\n0 1\n1 2 3 4\n", "not a DSAA grid (the first line is not \"DSAA\")"},
+      {"DSAA\n2 2\n0 1\n0 1\n", "the DSAA header ends before its lowest Z"},
+      {"DSAA\n2.5 2\n0 1\n0 1\n0 1\n1 2 3 4\n", "line 2: the number of columns in the DSAA header is not a whole number (\"2.5\")"},
+      {"DSAA\r\n2 2\r\n0 1\r\n0 one\r\n", "line 4: the highest Y in the DSAA header is not a number (\"one\")"},
+      {"DSAA\n1 5\n0 1\n0 1\n0 1\n1 2 3 4 5\n", "a grid needs at least 2 by 2 cells, not 1 by 5"},
+      {"DSAA\n20000 20000\n0 1\n0 1\n0 1\n",
+       "the raster has 400000000 cells, more than the 268435456 a grid may hold; cut or thin it first (gdal_translate -srcwin or -outsize)"},
+      {"DSAA\n2 2\n3 3\n0 1\n0 1\n1 2 3 4\n", "the raster's cells have no size"},
+      {"DSAA\n2 2\n0 1e300\n0 1\n0 1\n1 2 3 4\n", "the last column's X is not a finite number below 1e300"},
+      {"DSAA\n3 2\n0 1\n0 1\n0 1\n1 2 3\n4 5\n", "the file holds 5 values, fewer than the 3 by 2 its header gives"},
+      {"DSAA\n3 2\n0 1\n0 1\n0 1\n1 2 3\n4 5 6\n\n7\n", "line 9: more values than the 3 by 2 the header gives (\"7\")"},
+      {"DSAA\n3 2\n0 1\n0 1\n0 1\n1 2,5 3\n4 5 6\n", "line 6: \"2,5\" is not a number"},
+      {"DSAA\n3 2\n0 1\n0 1\n0 1\n1 2 3\n4 5 \x1b[2J\n", "line 7: \"\\x1b[2J\" is not a number"},
+      // The first bad cell in the order GDAL's rows run, from the top (the file's last row).
+      {"DSAA\n3 2\n0 1\n0 1\n0 1\ninf 2 3\n4 5 -1e400\n", "the cell in column 3, row 1 is not a finite number below 1e300"},
+      {"DSAA\n3 2\n0 1\n0 1\n0 1\n1 2e300 3\n4 5 6\n", "the cell in column 2, row 2 is not a finite number below 1e300"}};
+  for (const auto& [text, message] : cases) {
+    const std::string path = Write("bad.grd", text);
+    EXPECT_ORVANE_ERROR(ReadDataFile(path), 5, "DataFile", path + ": " + message) << text;
+  }
 }
 
 TEST_F(DataFileTest, NetcdfVariablesAreNamedAfterTheFile) {

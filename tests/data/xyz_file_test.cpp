@@ -1,12 +1,17 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
+#include <fstream>
 #include <random>
 #include <sstream>
 #include <streambuf>
 #include <string>
+#include <thread>
 
 #include "orvane/data/xyz_file.h"
 #include "support/expect_error.h"
@@ -80,6 +85,57 @@ TEST(XyzFile, ManyLinesAcrossReadBlocks) {
   EXPECT_EQ(p.x, expected[0]);
   EXPECT_EQ(p.y, expected[1]);
   EXPECT_EQ(p.z, expected[2]);
+}
+
+TEST(XyzFile, AFileAPipeAndAStreamReadAlike) {
+  // A file is read with read() in blocks of 256 KiB, a pipe or a stream in blocks of
+  // 64 KiB, most lines straight from the block: whole numbers, long ones, signs, CRLF,
+  // comments and blank Z among them, across the blocks of each.
+  std::mt19937 random(7);
+  std::uniform_int_distribution<int> pick(0, 19);
+  std::uniform_real_distribution<double> value(-1e3, 1e3);
+  std::string text = "x y z\n";
+  std::vector<double> expected[3];
+  char buffer[96];
+  for (int k = 0; k < 40000; ++k) {
+    const int kind = pick(random);
+    const double z = kind == 1 ? std::nan("") : value(random);
+    if (kind == 0) {
+      text += "# a comment\r\n";
+      continue;
+    }
+    if (kind == 1) {
+      std::snprintf(buffer, sizeof buffer, "%d %d\t\n", k, -k);  // "x y" and a separator: a blank
+    } else if (kind == 2) {
+      std::snprintf(buffer, sizeof buffer, "+%d -1234567890123456 %.17g\r\n", k, z);
+    } else {
+      std::snprintf(buffer, sizeof buffer, "%d %d %.17g\n", k, k % 1000, z);
+    }
+    text += buffer;
+    expected[0].push_back(k);
+    expected[1].push_back(kind == 1 ? -k : kind == 2 ? -1234567890123456.0 : k % 1000);
+    expected[2].push_back(z);
+  }
+  const auto check = [&expected](const XyzPoints& p) {
+    EXPECT_EQ(p.x, expected[0]);
+    EXPECT_EQ(p.y, expected[1]);
+    ASSERT_EQ(p.z.size(), expected[2].size());
+    for (std::size_t k = 0; k < p.z.size(); ++k) {
+      ASSERT_TRUE(p.z[k] == expected[2][k] || (std::isnan(p.z[k]) && std::isnan(expected[2][k]))) << k;
+    }
+  };
+  check(Read(text));
+  const std::string path = ::testing::TempDir() + "orvane_xyz_" + std::to_string(::getpid()) + ".xyz";
+  std::ofstream(path, std::ios::binary) << text;
+  check(ReadXyzFile(path));
+  const std::string fifo = path + ".fifo";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  std::thread writer([&fifo, &text] { std::ofstream(fifo, std::ios::binary) << text; });
+  const XyzPoints piped = ReadXyzFile(fifo);
+  writer.join();
+  check(piped);
+  std::remove(path.c_str());
+  std::remove(fifo.c_str());
 }
 
 TEST(XyzFile, LinesLongerThanOneMebibyteAreRefused) {

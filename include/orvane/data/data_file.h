@@ -25,7 +25,7 @@ struct DataReadOptions {
 /// Data read from a file: a grid, whose blank cells are NaN, or scattered points.
 struct DataFile {
   std::string name;    ///< the source as given (a path, or "file.nc:variable")
-  std::string format;  ///< what read it: "XYZ", or GDAL's driver ("GTiff", "netCDF", "GSAG", "GPKG", ...)
+  std::string format;  ///< what read it: "XYZ" or "DSAA" (Orvane's readers), or GDAL's driver ("GTiff", "netCDF", "GPKG", ...)
   bool isGrid = false;  ///< a grid (grid) or scattered points (points)
   GridFile grid;        ///< a grid's nodes, NaN in blank cells
   XyzPoints points;     ///< scattered points, exact duplicates merged into their mean Z
@@ -40,8 +40,10 @@ struct DataFile {
 };
 
 /// Reads a data file, the one way in for the command, the viewer and the bindings.
-/// Plain text (.xyz, .csv, .txt, .dat, .tsv) is read by Orvane's XYZ reader; any raster
-/// GDAL opens (GeoTIFF, NetCDF with "file.nc:variable", ESRI ASCII, DSAA, ERDAS, ...) is
+/// Plain text (.xyz, .csv, .txt, .dat, .tsv) is read by Orvane's XYZ reader, and a file that
+/// starts with "DSAA" by Orvane's DSAA reader, which gives the very grid GDAL's driver
+/// gives; any other raster GDAL opens (GeoTIFF, NetCDF with "file.nc:variable", ESRI
+/// ASCII, ERDAS, ...) is
 /// a grid, honouring its no-data value, scale, offset, geotransform and CRS; a vector source (GeoPackage, Shapefile, GeoJSON) gives its points, Z from
 /// zField or the geometry. Text rows with an empty Z are no data; when they and the
 /// others together fill a regular lattice the file is a grid with those cells blank.
