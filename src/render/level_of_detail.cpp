@@ -102,9 +102,9 @@ ReducedGrid ReduceGrid(std::span<const double> z, std::size_t nx, std::size_t ny
 std::size_t ClusterCells(std::size_t triangles, std::size_t pixels) {
   const auto t = static_cast<double>(triangles), p = static_cast<double>(pixels);
   if (pixels == 0 || t <= kDetailTrianglesPerPixel * p) return 0;
-  // About two triangles a kept vertex: a cell a pixel gives the target. Cell indices
-  // stay below 2^21 so that a triangle's three fit in one 64-bit key.
-  return std::clamp<std::size_t>(static_cast<std::size_t>(std::sqrt(kDetailTargetPerPixel * p / 2.0)), 2, 1448);
+  // A cell a pixel. Cell indices stay below 2^21 so that a triangle's three fit in one
+  // 64-bit key.
+  return std::clamp<std::size_t>(static_cast<std::size_t>(std::sqrt(p)), 2, 1448);
 }
 
 ClusteredMesh ClusterTriangulation(std::span<const double> x, std::span<const double> y,

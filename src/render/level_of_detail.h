@@ -16,11 +16,13 @@ namespace orvane::detail {
 
 // A mesh is decimated when it has more than this many triangles per plot pixel...
 inline constexpr double kDetailTrianglesPerPixel = 4.0;
-// ...and then to at most about this many.
-inline constexpr double kDetailTargetPerPixel = 2.0;
+// ...a grid then to at most this many (a cell about a pixel and a half across, whose
+// band edges the contour lines cover), so that a turn of a 10,000 x 10,000 grid at
+// 1024 x 768 redraws in well under 150 ms on llvmpipe.
+inline constexpr double kDetailTargetPerPixel = 1.0;
 
 // The grid stride for a mesh of `triangles` drawn over `pixels`: 1 (draw it all) unless
-// triangles > 4 * pixels; then the smallest s with triangles / s^2 <= 2 * pixels.
+// triangles > 4 * pixels; then the smallest s with triangles / s^2 <= pixels.
 std::size_t DetailStride(std::size_t triangles, std::size_t pixels);
 
 // The nodes kept along an axis of `count` nodes at stride s: 0, s, 2s, ... and the last.
@@ -41,7 +43,8 @@ struct ReducedGrid {
 ReducedGrid ReduceGrid(std::span<const double> z, std::size_t nx, std::size_t ny, std::size_t stride);
 
 // The cells per side of the clustering grid for a triangulation of `triangles` drawn over
-// `pixels`: 0 (draw it all) unless triangles > 4 * pixels.
+// `pixels`: 0 (draw it all) unless triangles > 4 * pixels; else about a cell a pixel
+// (some 2 triangles a pixel: coarser clusters move the band edges visibly).
 std::size_t ClusterCells(std::size_t triangles, std::size_t pixels);
 
 // A triangulation simplified by vertex clustering: the points kept (indices into the

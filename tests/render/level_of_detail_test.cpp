@@ -13,13 +13,13 @@ namespace {
 
 const double kNaN = std::nan("");
 
-TEST(LevelOfDetail, StrideStartsAboveFourTrianglesAPixelAndAimsAtTwo) {
+TEST(LevelOfDetail, StrideStartsAboveFourTrianglesAPixelAndAimsAtOne) {
   EXPECT_EQ(DetailStride(1000, 250), 1U);  // exactly four a pixel: drawn whole
-  EXPECT_EQ(DetailStride(1001, 250), 2U);
+  EXPECT_EQ(DetailStride(1001, 250), 3U);  // 2 would leave 250.25 a pixel
   EXPECT_EQ(DetailStride(5000, 0), 1U);    // no pixels: nothing to fit
-  // 1000 x 1000 nodes at 800 x 600; 10,000 x 10,000 at 1024 x 768 (11 would leave 1.65M).
-  EXPECT_EQ(DetailStride(2 * 999 * 999, 800 * 600), 2U);
-  EXPECT_EQ(DetailStride(std::size_t{2} * 9999 * 9999, 1024 * 768), 12U);
+  // 1000 x 1000 nodes at 800 x 600; 10,000 x 10,000 at 1024 x 768 (15 would leave 888,711).
+  EXPECT_EQ(DetailStride(2 * 999 * 999, 800 * 600), 3U);
+  EXPECT_EQ(DetailStride(std::size_t{2} * 9999 * 9999, 1024 * 768), 16U);
   EXPECT_EQ(ClusterCells(1000, 250), 0U);
   EXPECT_EQ(ClusterCells(20'000'000, 800 * 600), 692U);  // a cell a pixel
   EXPECT_EQ(ClusterCells(std::size_t{1} << 40, std::size_t{1} << 30), 1448U);
