@@ -29,6 +29,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <map>
@@ -525,51 +526,75 @@ XyzPoints ReadXyzFile(const std::string& path, const XyzReadOptions& options) {
 
 std::size_t MergeDuplicatePoints(XyzPoints& points) {
   const std::size_t n = points.x.size();
-  // The points in order of place (-0 and 0 one place), then of their position in the
-  // file: each run of one place starts with the point that stands for it, and its Z add
-  // up in file order. A NaN place is never the same as another.
-  std::vector<std::size_t> order(n);
-  for (std::size_t i = 0; i < n; ++i) order[i] = i;
-  const auto place = [&points](std::size_t i) { return std::pair{points.x[i] + 0.0, points.y[i] + 0.0}; };
-  const auto comparable = [&points](std::size_t i) { return !std::isnan(points.x[i]) && !std::isnan(points.y[i]); };
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    const bool ca = comparable(a), cb = comparable(b);
-    if (ca != cb) return ca;  // the NaN places last, each alone
-    if (ca && place(a) != place(b)) return place(a) < place(b);
-    return a < b;
-  });
-  std::vector<double> mean(n, 0.0);
-  std::vector<bool> kept(n, false);
-  std::size_t keptCount = 0;
-  for (std::size_t r = 0; r < n;) {
-    const std::size_t first = order[r];
-    double sum = points.z[first];
-    std::size_t end = r + 1;
-    while (end < n && comparable(first) && comparable(order[end]) && place(order[end]) == place(first)) {
-      sum += points.z[order[end]];
-      ++end;
-    }
-    const std::size_t count = end - r;
-    mean[first] = count == 1 ? sum : sum / static_cast<double>(count);
-    kept[first] = true;
-    ++keptCount;
-    r = end;
+  if (n >= std::numeric_limits<std::uint32_t>::max()) {
+    throw Error(5, kSource, "Too many points to merge: " + std::to_string(n) + ".");
   }
-  if (keptCount == n) return 0;
-  XyzPoints merged;
-  merged.skipped = points.skipped;
-  merged.blanks = points.blanks;
-  merged.x.reserve(keptCount);
-  merged.y.reserve(keptCount);
-  merged.z.reserve(keptCount);
+  // Each place (-0 and 0 one place) is looked up in an open-addressing table of the first
+  // point there, in file order: a later point at the same place adds its Z to the first's
+  // sum, so the sums run in file order. A NaN place is never the same as another.
+  std::size_t slots = 16;
+  while (slots < 2 * n) slots *= 2;
+  std::vector<std::uint32_t> table(slots, 0);  // 1 + the first point's index; 0 empty
+  const auto bits = [](double v) {
+    std::uint64_t b = 0;
+    v += 0.0;  // -0 as 0
+    std::memcpy(&b, &v, sizeof b);
+    return b;
+  };
+  std::vector<std::uint32_t> firstOf;  // made at the first duplicate: each point's first
+  std::vector<double> sum;
+  std::vector<std::uint32_t> count;
+  std::size_t merged = 0;
   for (std::size_t i = 0; i < n; ++i) {
-    if (!kept[i]) continue;
-    merged.x.push_back(points.x[i]);
-    merged.y.push_back(points.y[i]);
-    merged.z.push_back(mean[i]);
+    if (std::isnan(points.x[i]) || std::isnan(points.y[i])) continue;
+    const std::uint64_t bx = bits(points.x[i]), by = bits(points.y[i]);
+    std::uint64_t h = (bx * 0x9E3779B97F4A7C15ULL) ^ (by + 0x632BE59BD9B4E019ULL + (bx << 6) + (bx >> 2));
+    h ^= h >> 29;
+    h *= 0xBF58476D1CE4E5B9ULL;
+    h ^= h >> 32;
+    std::size_t slot = static_cast<std::size_t>(h) & (slots - 1);
+    while (true) {
+      const std::uint32_t held = table[slot];
+      if (held == 0) {
+        table[slot] = static_cast<std::uint32_t>(i + 1);
+        break;
+      }
+      const std::size_t first = held - 1;
+      if (bits(points.x[first]) == bx && bits(points.y[first]) == by) {
+        if (firstOf.empty()) {
+          firstOf.assign(n, std::numeric_limits<std::uint32_t>::max());
+          sum.assign(n, 0.0);
+          count.assign(n, 0);
+        }
+        if (count[first] == 0) {
+          sum[first] = points.z[first];
+          count[first] = 1;
+        }
+        sum[first] += points.z[i];
+        ++count[first];
+        firstOf[i] = static_cast<std::uint32_t>(first);
+        ++merged;
+        break;
+      }
+      slot = (slot + 1) & (slots - 1);
+    }
   }
-  points = std::move(merged);
-  return n - keptCount;
+  if (merged == 0) return 0;
+  std::vector<std::uint32_t>().swap(table);
+  XyzPoints out;
+  out.skipped = points.skipped;
+  out.blanks = points.blanks;
+  out.x.reserve(n - merged);
+  out.y.reserve(n - merged);
+  out.z.reserve(n - merged);
+  for (std::size_t i = 0; i < n; ++i) {
+    if (firstOf[i] != std::numeric_limits<std::uint32_t>::max()) continue;
+    out.x.push_back(points.x[i]);
+    out.y.push_back(points.y[i]);
+    out.z.push_back(count[i] > 1 ? sum[i] / static_cast<double>(count[i]) : points.z[i]);
+  }
+  points = std::move(out);
+  return merged;
 }
 
 }  // namespace orvane

@@ -268,5 +268,40 @@ TEST(XyzFileOptions, DuplicatePointsMergeIntoTheirMeanZ) {
   EXPECT_EQ(MergeDuplicatePoints(odd), 0u);
 }
 
+TEST(XyzFileOptions, MergingEqualsTheLiteralRuleOnManyRepeatedPlaces) {
+  // 3000 points on 40 places (with -0 beside 0, and NaN places that never merge): each
+  // place keeps its first point, with the Z of all its points summed in file order.
+  std::mt19937 random(5);
+  XyzPoints p;
+  for (int k = 0; k < 3000; ++k) {
+    const int a = static_cast<int>(random() % 8), b = static_cast<int>(random() % 5);
+    p.x.push_back(a == 7 ? (k % 2 == 0 ? -0.0 : 0.0) : a * 0.1);
+    p.y.push_back(b == 4 && k % 97 == 0 ? std::nan("") : b * 0.3);
+    p.z.push_back(static_cast<double>(random() % 1000) / 7.0);
+  }
+  XyzPoints expected;
+  std::vector<std::size_t> members;
+  for (std::size_t i = 0; i < p.x.size(); ++i) {
+    bool seen = false;
+    for (std::size_t j = 0; j < i && !seen; ++j) seen = p.x[j] == p.x[i] && p.y[j] == p.y[i];
+    if (seen) continue;
+    double sum = p.z[i];
+    std::size_t count = 1;
+    for (std::size_t j = i + 1; j < p.x.size(); ++j) {
+      if (p.x[j] == p.x[i] && p.y[j] == p.y[i]) sum += p.z[j], ++count;
+    }
+    expected.x.push_back(p.x[i]);
+    expected.y.push_back(p.y[i]);
+    expected.z.push_back(count > 1 ? sum / static_cast<double>(count) : sum);
+  }
+  EXPECT_EQ(MergeDuplicatePoints(p), 3000 - expected.x.size());
+  ASSERT_EQ(p.x.size(), expected.x.size());
+  for (std::size_t k = 0; k < p.x.size(); ++k) {
+    EXPECT_EQ(std::signbit(p.x[k]), std::signbit(expected.x[k])) << k;
+    EXPECT_TRUE(p.y[k] == expected.y[k] || (std::isnan(p.y[k]) && std::isnan(expected.y[k]))) << k;
+    EXPECT_EQ(p.z[k], expected.z[k]) << k;
+  }
+}
+
 }  // namespace
 }  // namespace orvane
