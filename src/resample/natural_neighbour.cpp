@@ -5,7 +5,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
+#include <memory>
+#include <mutex>
 #include <numeric>
 #include <tuple>
 
@@ -373,12 +377,29 @@ NaturalNeighbour::Location NaturalNeighbour::Locate(double x, double y, Cursor& 
   const std::size_t limit = tri_.size() + 3;
   bool found = false;
   bool left = false;
+  // The first edge tried at each step is drawn at random (a stochastic walk, which
+  // cannot go round in circles for ever as one in a fixed turn can), from a generator
+  // seeded by the query, so that a query always walks alike.
+  std::uint64_t seed = 0;
+  std::memcpy(&seed, &x, sizeof seed);
+  std::uint64_t other = 0;
+  std::memcpy(&other, &y, sizeof other);
+  seed = (seed ^ (other * 0x9E3779B97F4A7C15ULL)) | 1;  // never 0, which xorshift keeps
   for (std::size_t step = 0; step < limit; ++step) {
-    const int first = static_cast<int>(step % 3);  // a varying first edge avoids cycles
+    seed ^= seed << 13;
+    seed ^= seed >> 7;
+    seed ^= seed << 17;
+    const int first = static_cast<int>(seed % 3);
     std::int32_t next = t;
     for (int j = 0; j < 3; ++j) {
       const int k = (first + j) % 3;
-      if (Orient(tri_[3 * U(t) + U(k)], tri_[3 * U(t) + U(Next(k))], x, y) < 0.0) {
+      // The edge's side is worked out from its lower-numbered end whichever triangle
+      // asks, so the two triangles of an edge never both send the point across it (their
+      // own orders can round to that, and the walk then went back and forth until its
+      // limit, then looked through every triangle: seconds a query on millions).
+      const std::int32_t a = tri_[3 * U(t) + U(k)], b = tri_[3 * U(t) + U(Next(k))];
+      const double side = a < b ? Orient(a, b, x, y) : -Orient(b, a, x, y);
+      if (side < 0.0) {
         next = nb_[3 * U(t) + U(k)];
         break;
       }
@@ -608,9 +629,23 @@ std::vector<double> NaturalNeighbour::Grid(const std::vector<double>& gridX,
                                            RunProgress& progress) const {
   const std::size_t ny = gridY.size();
   std::vector<double> z(gridX.size() * ny);
+  // A cursor's marks are as long as the mesh's lists: each thread takes one from a pool
+  // for a column and gives it back, rather than making (and clearing) one a column.
+  std::mutex poolLock;
+  std::vector<std::unique_ptr<Cursor>> pool;
   ParallelFor(gridX.size(), static_cast<std::int64_t>(ny), progress, [&](std::size_t i) {
-    Cursor cursor;
-    for (std::size_t j = 0; j < ny; ++j) z[i * ny + j] = ValueAt(gridX[i], gridY[j], options, cursor);
+    std::unique_ptr<Cursor> cursor;
+    {
+      const std::lock_guard<std::mutex> lock(poolLock);
+      if (!pool.empty()) {
+        cursor = std::move(pool.back());
+        pool.pop_back();
+      }
+    }
+    if (!cursor) cursor = std::make_unique<Cursor>();
+    for (std::size_t j = 0; j < ny; ++j) z[i * ny + j] = ValueAt(gridX[i], gridY[j], options, *cursor);
+    const std::lock_guard<std::mutex> lock(poolLock);
+    pool.push_back(std::move(cursor));
   });
   return z;
 }
