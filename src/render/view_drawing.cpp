@@ -505,8 +505,9 @@ void DrawContourLines(const DataSetState& s, const View& view, const CCoordMappe
   glEnable(GL_LINE_STIPPLE);
   if (master) ApplyLineFormat(view.ContourLinesMaster());
   const Contours& levels = context.contouring.Contours();
-  // About a pixel in cube units, the cube's edge taken as the plot's side.
-  const double step = context.detailPixels > 0 ? 1.0 / std::sqrt(static_cast<double>(context.detailPixels)) : 0.0;
+  // A pixel and a half in cube units, the cube's edge taken as the plot's side (which it
+  // rarely fills: a piece is then about a pixel long).
+  const double step = context.detailPixels > 0 ? 1.5 / std::sqrt(static_cast<double>(context.detailPixels)) : 0.0;
   for (std::size_t k = 0; k < s.contourLines.size(); ++k) {
     const CLineList& lines = s.contourLines[k];
     if (lines.Count() == 0) continue;
