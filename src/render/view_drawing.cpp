@@ -428,21 +428,18 @@ void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view,
     stripCount.clear();
   };
   auto rgba = [alpha](Color c) { return PackRgba(c, alpha); };
-  // Mesh vertex k as the block's vertex at.
-  auto put = [&](std::size_t at, std::size_t k, std::uint32_t colourOf) {
-    if (colourArray) colour[at] = colourOf;
-    std::copy_n(&g.position[3 * k], 3, &position[3 * at]);
-    if (lit) std::copy_n(&g.normal[3 * k], 3, &normal[3 * at]);
-    if (g.bands) texel[at] = g.texel[k];
+  auto vertex = [&](std::size_t k, std::uint32_t colourOf) {
+    if (colourArray) colour[used] = colourOf;
+    std::copy_n(&g.position[3 * k], 3, &position[3 * used]);
+    if (lit) std::copy_n(&g.normal[3 * k], 3, &normal[3 * used]);
+    if (g.bands) texel[used] = g.texel[k];
+    ++used;
   };
-  auto vertex = [&](std::size_t k, std::uint32_t colourOf) { put(used++, k, colourOf); };
   const std::uint32_t white = rgba(0xFFFFFF);
   auto colourAt = [&](std::size_t k) { return g.bands ? white : rgba(g.colour[k]); };
-  // A grid's strips are laid out kRows rows of cells at a time (below). A block ends
-  // after the rows or the triangle that take it past 3 kBlock vertices: room for kRows
-  // more rows (2 gridX each) or a triangle (3) beyond that.
-  constexpr std::size_t kRows = 8;
-  const std::size_t room = 3 * kBlock + kRows * 2 * mesh.gridX + 3;
+  // A block ends after the row of cells or the triangle that takes it past 3 kBlock
+  // vertices: room for one more row (2 gridX) or triangle (3) beyond that.
+  const std::size_t room = 3 * kBlock + 2 * mesh.gridX + 3;
   position.resize(3 * room);
   if (colourArray) colour.resize(room);
   if (lit) normal.resize(3 * room);
@@ -455,36 +452,26 @@ void DrawFill(const DataSetState& s, const MeshGeometry& mesh, const View& view,
     // lower and upper triangles with their own diagonal and winding, in a third of the
     // vertices. Flat shading takes each triangle's colour from its last vertex, which in
     // a strip no other triangle ends on.
-    //
-    // The vertices of a column i for kRows rows lie side by side in the mesh's lists, so
-    // the strips of kRows rows are filled together, column by column: each strip keeps
-    // its own place in the block, and the block is the same as one filled row by row.
     const std::size_t nx = mesh.gridX, ny = mesh.gridY;
-    for (std::size_t j0 = 0; j0 + 1 < ny; j0 += kRows) {
-      const std::size_t rows = std::min(kRows, ny - 1 - j0);
-      for (std::size_t r = 0; r < rows; ++r) {
-        stripFirst.push_back(static_cast<GLint>(used + 2 * nx * r));
-        stripCount.push_back(static_cast<GLsizei>(2 * nx));
-      }
+    for (std::size_t j = 0; j + 1 < ny; ++j) {
+      stripFirst.push_back(static_cast<GLint>(used));
+      stripCount.push_back(static_cast<GLsizei>(2 * nx));
       for (std::size_t q = 0; q < nx; ++q) {
         const std::size_t i = nx - 1 - q;
-        for (std::size_t r = 0; r < rows; ++r) {
-          const std::size_t j = j0 + r, k0 = i * ny + j, at = used + 2 * nx * r + 2 * q;
-          if (perVertex) {
-            put(at, k0, colourAt(k0));
-            put(at + 1, k0 + 1, colourAt(k0 + 1));
-          } else if (q == 0) {
-            put(at, k0, 0);
-            put(at + 1, k0 + 1, 0);
-          } else {
-            // Ends the lower triangle of cell (i, j), then its upper one.
-            const std::size_t lower = 2 * (i * (ny - 1) + j);
-            put(at, k0, rgba(g.colour[lower]));
-            put(at + 1, k0 + 1, rgba(g.colour[lower + 1]));
-          }
+        const std::size_t k0 = i * ny + j;
+        if (perVertex) {
+          vertex(k0, colourAt(k0));
+          vertex(k0 + 1, colourAt(k0 + 1));
+        } else if (q == 0) {
+          vertex(k0, 0);
+          vertex(k0 + 1, 0);
+        } else {
+          // Ends the lower triangle of cell (i, j), then its upper one.
+          const std::size_t lower = 2 * (i * (ny - 1) + j);
+          vertex(k0, rgba(g.colour[lower]));
+          vertex(k0 + 1, rgba(g.colour[lower + 1]));
         }
       }
-      used += 2 * nx * rows;
       if (used >= 3 * kBlock) flush();
     }
   } else {

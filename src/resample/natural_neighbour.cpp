@@ -393,13 +393,7 @@ NaturalNeighbour::Location NaturalNeighbour::Locate(double x, double y, Cursor& 
     std::int32_t next = t;
     for (int j = 0; j < 3; ++j) {
       const int k = (first + j) % 3;
-      // The edge's side is worked out from its lower-numbered end whichever triangle
-      // asks, so the two triangles of an edge never both send the point across it (their
-      // own orders can round to that, and the walk then went back and forth until its
-      // limit, then looked through every triangle: seconds a query on millions).
-      const std::int32_t a = tri_[3 * U(t) + U(k)], b = tri_[3 * U(t) + U(Next(k))];
-      const double side = a < b ? Orient(a, b, x, y) : -Orient(b, a, x, y);
-      if (side < 0.0) {
+      if (Orient(tri_[3 * U(t) + U(k)], tri_[3 * U(t) + U(Next(k))], x, y) < 0.0) {
         next = nb_[3 * U(t) + U(k)];
         break;
       }
